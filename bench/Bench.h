@@ -1,0 +1,69 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// A job done several ways on the same data: by us, by our plain form, by what a user would pick instead.
+/// A memcpy that moves the same number of bytes is added to every job.
+class Job
+{
+public:
+    /// @param bytes  read and written by one run
+    /// @param items  what a run handles: pixels, points, table entries
+    /// @param item   the name of one of them
+    Job(std::size_t bytes, std::size_t items, std::string item = "px");
+
+    Job& ours(std::function<void()> run);
+    Job& plain(std::function<void()> run);
+    Job& peer(std::string name, std::function<void()> run);
+    /// Runs before every run of the form added last and is not timed: gives work done in place fresh input.
+    Job& before(std::function<void()> prepare);
+
+    /// The forms must agree before they are timed; `agree` says whether this job's do.
+    Job& check(bool agree);
+
+    /// A bar: ours is to take at most `factor` times what `form` takes (a peer's name, "plain" or "memcpy").
+    Job& atMost(double factor, std::string form);
+    /// A bar: ours is to be at least `factor` times as fast as `form`.
+    Job& atLeast(double factor, std::string form);
+
+    struct Form
+    {
+        std::string name;
+        std::function<void()> run;
+        std::function<void()> prepare; ///< may be empty
+    };
+    struct Bar
+    {
+        std::string form;
+        double factor;
+        bool bSpeedup; ///< at least this much faster; otherwise at most this much slower
+    };
+
+    const std::vector<Form>& forms() const { return m_aForms; }
+    const std::vector<Bar>& bars() const { return m_aBars; }
+    bool agrees() const { return m_bAgrees; }
+    std::size_t items() const { return m_u64Items; }
+    const std::string& item() const { return m_strItem; }
+
+private:
+    std::vector<Form> m_aForms;
+    std::vector<Bar> m_aBars;
+    bool m_bAgrees = true;
+    std::size_t m_u64Items;
+    std::string m_strItem;
+};
+
+/// The frame sizes that every job over frames runs on.
+extern const std::vector<cv::Size> frameSizes;
+
+/// A variable of this type enters a job into the benchmark; `make` builds it for one size.
+struct Registration
+{
+    Registration(std::string name, std::function<Job(cv::Size)> make,
+                 std::vector<cv::Size> sizes = frameSizes);
+};

@@ -1,0 +1,23 @@
+# What every target of this project is compiled with.
+
+add_library(velmo_options INTERFACE)
+
+# Floating point is evaluated as written: a fused multiply-add rounds once instead of twice and
+# changes results from one instruction set to the next.
+target_compile_options(velmo_options INTERFACE -ffp-contract=off)
+
+# Locations in error messages and assertions name files from the root of the project.
+target_compile_options(velmo_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+
+target_compile_options(velmo_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align)
+if(VELMO_WERROR)
+    target_compile_options(velmo_options INTERFACE -Werror)
+endif()
+if(NOT VELMO_TARGET_CLONES)
+    target_compile_definitions(velmo_options INTERFACE VELMO_NO_CLONES)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # Without this, clang 14 does not vectorise sliding windows over restrict rows.
+    target_compile_options(velmo_options INTERFACE "SHELL:-mllvm -enable-load-pre=false")
+endif()

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Installs a build into a scratch folder and builds the example program against it, once as a CMake
+# package and once as a pkg-config module; both must run.
+# usage: install.sh BUILD_FOLDER EXAMPLES_FOLDER COMPILER
+set -euo pipefail
+build=$1 examples=$2 compiler=$3
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+cmake --install "$build" --prefix "$scratch/prefix" >/dev/null
+library=$(dirname "$(find "$scratch/prefix" -name libvision_imgproc_1_0.so)")
+
+cmake -S "$examples" -B "$scratch/cmake" --log-level=WARNING -DCMAKE_PREFIX_PATH="$scratch/prefix" \
+    -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
+cmake --build "$scratch/cmake" >/dev/null
+"$scratch/cmake/consumer"
+
+export PKG_CONFIG_PATH="$library/pkgconfig"
+flags=$(pkg-config --cflags --libs vision_imgproc-1.0)
+# shellcheck disable=SC2086 # a list of flags
+"$compiler" -std=c++17 "$examples/consumer.cpp" $flags -o "$scratch/consumer"
+LD_LIBRARY_PATH="$library" "$scratch/consumer"

@@ -1,0 +1,202 @@
+#include "vision/imgproc/TemporalNoiseReduction.h"
+
+#include "vision/imgproc/TemporalNoiseReductionKernel.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <utility>
+#include <vector>
+
+using namespace velmo::exp::vision;
+
+namespace {
+
+using Frame = cv::Mat_<unsigned short>;
+
+/// A 1 x 1 stream: the output of each input in turn.
+template <class T>
+std::vector<int> stream(TemporalNoiseReduction<T>& filter, const std::vector<int>& inputs)
+{
+    std::vector<int> outputs;
+    for (const int input : inputs) {
+        cv::Mat_<T> frame(1, 1, static_cast<T>(input));
+        filter.process(frame);
+        outputs.push_back(frame(0, 0));
+    }
+    return outputs;
+}
+
+std::vector<int> stream(unsigned char gain, unsigned short factor, const std::vector<int>& inputs)
+{
+    TemporalNoiseReduction<unsigned short> filter(gain, factor);
+    return stream(filter, inputs);
+}
+
+using Values = std::vector<int>;
+
+} // namespace
+
+TEST(TemporalNoiseReduction, HasTheWeightCurve)
+{
+    const std::pair<int, int> telling[] = {{0, 32768}, {14, 32768}, {15, 31457}, {33, 16384}, {47, 9175},
+                                           {48, 9175}, {49, 8847},  {50, 7862},  {64, 6143},  {100, 3931},
+                                           {895, 439}, {896, 438},  {1008, 48},  {1023, 3}};
+    for (const auto& [k, weight] : telling)
+        EXPECT_EQ(mg_aFeedbackStrength[static_cast<std::size_t>(k)], weight) << "k " << k;
+}
+
+TEST(TemporalNoiseReduction, HoldsNoisePullsStepsAndLetsJumpsPass)
+{
+    // 14 counts are held. 100 counts: 3931 * -100 / 32768 = -11.99..., rounded down to -12. 1024 pass.
+    EXPECT_EQ(stream(16, 2048, {1000, 1014, 986, 1100, 2113}), (Values{1000, 1000, 1000, 1088, 2113}));
+    // The general path at the same index rounds the same pull half up: 12.
+    EXPECT_EQ(stream(16, 2047, {1000, 900}), (Values{1000, 912}));
+}
+
+TEST(TemporalNoiseReduction, RoundsDownOnTheFastPathAndHalfUpOnTheGeneralOne)
+{
+    TemporalNoiseReduction<unsigned short> filter(16, 2048), general(16, 2048);
+    Frame first(1, 1, 1000), down(1, 1, 900), up(1, 1, 900);
+    filter.initFilter(first);
+    general.initFilter(first);
+    filter.filterWithMaxParam(down);
+    general.filterWithAnyParam(up);
+    EXPECT_EQ(down(0, 0), 911);
+    EXPECT_EQ(up(0, 0), 912);
+}
+
+TEST(TemporalNoiseReduction, IsAFixedAverageWithoutGainAndOffWithoutFactor)
+{
+    EXPECT_EQ(stream(0, 1024, {1000, 3000, 3000}), (Values{1000, 2000, 2500}));
+    EXPECT_EQ(stream(0, 2048, {1000, 3000, 65535}), (Values{1000, 1000, 1000}));
+    EXPECT_EQ(stream(16, 0, {1000, 1003, 0}), (Values{1000, 1003, 0}));
+}
+
+TEST(TemporalNoiseReduction, StaysInsideTheTableAtBothEndsOfTheRange)
+{
+    EXPECT_EQ(stream(16, 2048, {0, 65535, 65530, 0}), (Values{0, 65535, 65535, 0}));
+    TemporalNoiseReduction<short> filter(15, 2048);
+    EXPECT_EQ(stream(filter, {-32768, 32767, 32760, -32768}), (Values{-32768, 32767, 32767, -32768}));
+}
+
+TEST(TemporalNoiseReduction, StartsAnewAfterASetterOrAnotherSize)
+{
+    TemporalNoiseReduction<unsigned short> filter(16, 2048);
+    EXPECT_EQ(stream(filter, {1000, 1005}), (Values{1000, 1000}));
+    filter.setControlGain(16);
+    EXPECT_EQ(stream(filter, {1005, 1000}), (Values{1005, 1005}));
+    Frame other(1, 2, 1000);
+    filter.process(other);
+    EXPECT_EQ(stream(filter, {1010}), (Values{1010}));
+}
+
+TEST(TemporalNoiseReduction, LimitsAndWarnsInSettersOnly)
+{
+    TemporalNoiseReduction<unsigned short> filter(0, 0);
+    testing::internal::CaptureStdout();
+    filter.setControlGain(200);
+    filter.setFeedbackFactor(4000);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "TemporalNoiseReduction Attention: limiting ControlGain to 16!!\n"
+              "TemporalNoiseReduction Attention: limiting m_u16FeedbackFactor to 2048!!\n");
+    EXPECT_EQ(stream(filter, {1000, 1100}), (Values{1000, 1088})); // both at their maximum
+}
+
+TEST(TemporalNoiseReduction, FiltersViewsAndLeavesTheirSurroundingsAlone)
+{
+    Frame large(6, 9, 1000);
+    Frame view = large(cv::Rect(2, 1, 5, 4));
+    TemporalNoiseReduction<unsigned short> filter(16, 2048);
+    filter.process(view);
+    large.setTo(1008);
+    filter.process(view);
+    EXPECT_EQ(cv::countNonZero(large == 1000), 20);
+    EXPECT_EQ(cv::countNonZero(view == 1000), 20);
+
+    Frame none;
+    filter.process(none);
+    EXPECT_TRUE(none.empty());
+}
+
+TEST(TemporalNoiseReduction, BuildsItsStateFromTheFrameIfAPathIsCalledFirst)
+{
+    TemporalNoiseReduction<unsigned short> filter(8, 1000);
+    Frame frame(3, 5, 777);
+    filter.filterWithAnyParam(frame);
+    EXPECT_EQ(cv::countNonZero(frame == 777), 15);
+    Frame other(5, 3, 42);
+    filter.filterWithMaxParam(other);
+    EXPECT_EQ(cv::countNonZero(other == 42), 15);
+}
+
+TEST(TemporalNoiseReduction, CopiesDeeplyAndIsUsableAfterAMove)
+{
+    TemporalNoiseReduction<unsigned short> filter(16, 2048);
+    stream(filter, {1000});
+    TemporalNoiseReduction<unsigned short> copy(filter);
+    EXPECT_EQ(stream(filter, {1100}), (Values{1088}));
+    EXPECT_EQ(stream(copy, {1005}), (Values{1000}));
+
+    TemporalNoiseReduction<unsigned short> moved(std::move(copy));
+    EXPECT_EQ(stream(moved, {1005}), (Values{1000}));
+    EXPECT_EQ(stream(copy, {500, 505}), (Values{500, 500})); // NOLINT: usable again is what is tested
+    copy = filter;
+    EXPECT_EQ(stream(copy, {1090}), (Values{1088}));
+}
+
+template <class T>
+class TemporalKernel : public testing::Test
+{
+protected:
+    /// Filters some frames both ways. Narrow ranges keep differences where the curve bends.
+    void compare(int gain, int factor, int low, int high)
+    {
+        TemporalNoiseReduction<T> fast(static_cast<unsigned char>(gain), static_cast<unsigned short>(factor));
+        std::uniform_int_distribution<int> pixel(low, high);
+        const int size = 1 + static_cast<int>(random() % 700);
+        std::vector<T> state(static_cast<std::size_t>(size));
+        for (int n = 0; n < 4; ++n) {
+            cv::Mat_<T> frame(1, size);
+            for (T& value : frame)
+                value = static_cast<T>(pixel(random));
+            std::vector<T> expected(frame.begin(), frame.end());
+            if (n == 0)
+                state = expected;
+            if (gain == 16 && factor == 2048)
+                filterMaxParamPlain(expected.data(), state.data(), expected.size(), lut);
+            else
+                filterAnyParamPlain(expected.data(), state.data(), expected.size(), lut, gain, factor);
+            fast.process(frame);
+            ASSERT_EQ(std::vector<T>(frame.begin(), frame.end()), expected)
+                << "gain " << gain << ", factor " << factor << ", size " << size;
+        }
+    }
+
+    TemporalKernel()
+    {
+        for (int k = 0; k < 1024; ++k)
+            lut[k] = lut[-k] = mg_aFeedbackStrength[static_cast<std::size_t>(k)];
+    }
+
+    std::mt19937 random{7};
+    std::vector<unsigned short> table = std::vector<unsigned short>(differenceTableSize);
+    unsigned short* lut = table.data() + differenceTableCentre;
+};
+
+using PixelTypes = testing::Types<short, unsigned short>;
+TYPED_TEST_SUITE(TemporalKernel, PixelTypes, );
+
+TYPED_TEST(TemporalKernel, GivesTheBitsOfThePlainForm)
+{
+    constexpr int low = std::numeric_limits<TypeParam>::min(), high = std::numeric_limits<TypeParam>::max();
+    const std::pair<int, int> ranges[] = {
+        {low, high}, {low, low + 1}, {high - 1, high}, {200, 260}, {9000, 11000}};
+    for (const auto& [from, to] : ranges) {
+        this->compare(16, 2048, from, to);
+        for (int n = 0; n < 12; ++n)
+            this->compare(static_cast<int>(this->random() % 17), static_cast<int>(this->random() % 2049),
+                          from, to);
+        this->compare(255, 65535, from, to); // far outside the contract: the same bits, nothing out of bounds
+    }
+}
