@@ -34,12 +34,13 @@ TemporalNoiseReduction<T>::~TemporalNoiseReduction() = default;
 template <class T>
 TemporalNoiseReduction<T>::TemporalNoiseReduction(const TemporalNoiseReduction& other)
     : m_u8ControlGain(other.m_u8ControlGain), m_u16FeedbackFactor(other.m_u16FeedbackFactor),
-      m_pu16FeedbackTable(new unsigned short[differenceTableSize]),
-      m_pu16FeedbackLut(m_pu16FeedbackTable.get() + differenceTableCentre),
       m_oPreviousFrame(other.m_oPreviousFrame.clone()), m_bInitNeeded(other.m_bInitNeeded),
       m_aPullsAnyParam(other.m_aPullsAnyParam), m_aPullsMaxParam(other.m_aPullsMaxParam)
 {
-    std::copy_n(other.m_pu16FeedbackTable.get(), differenceTableSize, m_pu16FeedbackTable.get());
+    buildFeedbackTable();
+    // The weights may have been edited since the other filter read them.
+    if (other.m_pu16FeedbackTable)
+        std::copy_n(other.m_pu16FeedbackTable.get(), differenceTableSize, m_pu16FeedbackTable.get());
 }
 
 template <class T>
@@ -50,23 +51,22 @@ TemporalNoiseReduction<T>& TemporalNoiseReduction<T>::operator=(const TemporalNo
     return *this;
 }
 
-// A move leaves a whole filter behind: the new one is born with its own table, then both trade places.
 template <class T>
-TemporalNoiseReduction<T>::TemporalNoiseReduction(TemporalNoiseReduction&& other)
-    : TemporalNoiseReduction(other.m_u8ControlGain, other.m_u16FeedbackFactor)
+TemporalNoiseReduction<T>::TemporalNoiseReduction(TemporalNoiseReduction&& other) noexcept
+    : m_u8ControlGain(other.m_u8ControlGain), m_u16FeedbackFactor(other.m_u16FeedbackFactor)
 {
     *this = std::move(other);
 }
 
 template <class T>
-TemporalNoiseReduction<T>& TemporalNoiseReduction<T>::operator=(TemporalNoiseReduction&& other)
+TemporalNoiseReduction<T>& TemporalNoiseReduction<T>::operator=(TemporalNoiseReduction&& other) noexcept
 {
     if (this == &other)
         return *this;
     m_u8ControlGain = other.m_u8ControlGain;
     m_u16FeedbackFactor = other.m_u16FeedbackFactor;
-    std::swap(m_pu16FeedbackTable, other.m_pu16FeedbackTable);
-    std::swap(m_pu16FeedbackLut, other.m_pu16FeedbackLut);
+    m_pu16FeedbackTable = std::exchange(other.m_pu16FeedbackTable, nullptr);
+    m_pu16FeedbackLut = std::exchange(other.m_pu16FeedbackLut, nullptr);
     m_oPreviousFrame = std::exchange(other.m_oPreviousFrame, cv::Mat_<T>());
     m_bInitNeeded = std::exchange(other.m_bInitNeeded, true);
     m_aPullsAnyParam = std::exchange(other.m_aPullsAnyParam, Table());
@@ -83,6 +83,14 @@ void TemporalNoiseReduction<T>::buildFeedbackTable()
         m_pu16FeedbackLut[k] = mg_aFeedbackStrength[static_cast<std::size_t>(k)];
         m_pu16FeedbackLut[-k] = m_pu16FeedbackLut[k];
     }
+}
+
+template <class T>
+const unsigned short* TemporalNoiseReduction<T>::feedbackLut()
+{
+    if (!m_pu16FeedbackTable) // moved away
+        buildFeedbackTable();
+    return m_pu16FeedbackLut;
 }
 
 template <class T>
@@ -123,7 +131,6 @@ void TemporalNoiseReduction<T>::process(cv::Mat_<T>& frame)
 template <class T>
 void TemporalNoiseReduction<T>::initFilter(cv::Mat_<T>& frame)
 {
-    // Not `copyTo`: it would reuse the old matrix, which is as good, but leave a state of no rows its size.
     m_oPreviousFrame = frame.clone();
     m_bInitNeeded = false;
 }
@@ -133,7 +140,7 @@ void TemporalNoiseReduction<T>::filterWithAnyParam(cv::Mat_<T>& frame)
 {
     if (m_aPullsAnyParam.empty()) {
         m_aPullsAnyParam.resize(differenceTableSize);
-        buildPullsAnyParam(m_aPullsAnyParam.data(), m_pu16FeedbackLut, m_u8ControlGain, m_u16FeedbackFactor);
+        buildPullsAnyParam(m_aPullsAnyParam.data(), feedbackLut(), m_u8ControlGain, m_u16FeedbackFactor);
     }
     filter(frame, m_aPullsAnyParam);
 }
@@ -143,7 +150,7 @@ void TemporalNoiseReduction<T>::filterWithMaxParam(cv::Mat_<T>& frame)
 {
     if (m_aPullsMaxParam.empty()) {
         m_aPullsMaxParam.resize(differenceTableSize);
-        buildPullsMaxParam(m_aPullsMaxParam.data(), m_pu16FeedbackLut);
+        buildPullsMaxParam(m_aPullsMaxParam.data(), feedbackLut());
     }
     filter(frame, m_aPullsMaxParam);
 }

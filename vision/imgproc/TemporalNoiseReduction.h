@@ -42,8 +42,8 @@ public:
 
     TemporalNoiseReduction(const TemporalNoiseReduction& other);
     TemporalNoiseReduction& operator=(const TemporalNoiseReduction& other);
-    TemporalNoiseReduction(TemporalNoiseReduction&& other);
-    TemporalNoiseReduction& operator=(TemporalNoiseReduction&& other);
+    TemporalNoiseReduction(TemporalNoiseReduction&& other) noexcept;
+    TemporalNoiseReduction& operator=(TemporalNoiseReduction&& other) noexcept;
 
     /// Limits to 16 with a warning on standard output. The filter starts anew with the next frame, even if
     /// the value is the old one.
@@ -72,12 +72,14 @@ private:
     using Table = std::vector<unsigned short>;
 
     void buildFeedbackTable();
+    const unsigned short* feedbackLut();
     void filter(cv::Mat_<T>& frame, const Table& pulls);
 
     unsigned char m_u8ControlGain;
     unsigned short m_u16FeedbackFactor;
-    std::unique_ptr<unsigned short[]> m_pu16FeedbackTable; ///< weight per difference, mirrored
-    unsigned short* m_pu16FeedbackLut = nullptr;           ///< its entry for difference 0
+    std::unique_ptr<unsigned short[]>
+        m_pu16FeedbackTable;                     ///< weight per difference, mirrored; none after a move
+    unsigned short* m_pu16FeedbackLut = nullptr; ///< its entry for difference 0
     cv::Mat_<T> m_oPreviousFrame;
     bool m_bInitNeeded = true;
     Table m_aPullsAnyParam; ///< what filterWithAnyParam adds per difference; empty until needed
