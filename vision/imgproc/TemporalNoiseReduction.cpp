@@ -77,7 +77,7 @@ TemporalNoiseReduction<T>& TemporalNoiseReduction<T>::operator=(TemporalNoiseRed
 template <class T>
 void TemporalNoiseReduction<T>::buildFeedbackTable()
 {
-    m_pu16FeedbackTable.reset(new unsigned short[differenceTableSize]());
+    m_pu16FeedbackTable = std::make_unique<unsigned short[]>(differenceTableSize);
     m_pu16FeedbackLut = m_pu16FeedbackTable.get() + differenceTableCentre;
     for (std::ptrdiff_t k = 0; k < static_cast<std::ptrdiff_t>(mg_aFeedbackStrength.size()); ++k) {
         m_pu16FeedbackLut[k] = mg_aFeedbackStrength[static_cast<std::size_t>(k)];
