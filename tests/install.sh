@@ -10,7 +10,7 @@ trap 'rm -rf "$scratch"' EXIT
 cmake --install "$build" --prefix "$scratch/prefix" >/dev/null
 library=$(dirname "$(find "$scratch/prefix" -name libvision_imgproc_1_0.so)")
 
-cmake -S "$examples" -B "$scratch/cmake" --log-level=WARNING -DCMAKE_PREFIX_PATH="$scratch/prefix" \
+cmake -S "$examples" -B "$scratch/cmake" -G Ninja --log-level=WARNING -DCMAKE_PREFIX_PATH="$scratch/prefix" \
     -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 cmake --build "$scratch/cmake" >/dev/null
 "$scratch/cmake/consumer"
