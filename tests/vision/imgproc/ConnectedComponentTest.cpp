@@ -1,0 +1,193 @@
+#include "vision/imgproc/ConnectedComponent.h"
+
+#include "vision/imgproc/ConnectedComponentKernel.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <utility>
+#include <vector>
+
+using namespace velmo::exp::vision;
+
+namespace {
+
+using Points = std::vector<cv::Point>;
+
+constexpr int lowest = std::numeric_limits<int>::min(), highest = std::numeric_limits<int>::max();
+
+ConnectedComponent blob(const Points& points)
+{
+    return ConnectedComponent(points, 1);
+}
+
+} // namespace
+
+TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
+{
+    const ConnectedComponent component;
+    EXPECT_EQ(component.getLabel(), 1U);
+    EXPECT_EQ(component.getNrOfPoints(), 0U);
+    EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(0, 0));
+    EXPECT_EQ(component.getElongation(), 0.0);
+    EXPECT_EQ(component.getBoundingBox(), cv::Rect(0, 0, 0, 0));
+    EXPECT_TRUE(component.getConvexHull().empty());
+    EXPECT_THROW(component.getPCA(), cv::Exception);
+}
+
+TEST(ConnectedComponent, CountsThePixelsOfItsBoxInclusively)
+{
+    EXPECT_EQ(blob({{5, 7}}).getBoundingBox(), cv::Rect(5, 7, 1, 1));
+    EXPECT_EQ(blob({{2, 2}, {0, 0}, {2, 0}, {0, 2}}).getBoundingBox(), cv::Rect(0, 0, 3, 3));
+    EXPECT_EQ(blob({{-3, 9}, {4, -2}}).getBoundingBox(), cv::Rect(-3, -2, 8, 12));
+}
+
+TEST(ConnectedComponent, MeasuresElongationAlongTheImageAxes)
+{
+    EXPECT_EQ(blob({{5, 7}}).getCenterOfGravity(), cv::Point2d(5, 7));
+    EXPECT_TRUE(std::isnan(blob({{5, 7}}).getElongation()));
+    EXPECT_EQ(blob({{0, 0}, {2, 0}, {0, 2}, {2, 2}}).getElongation(), 1.0);
+    EXPECT_EQ(blob({{0, 0}, {1, 1}, {2, 2}}).getElongation(), 1.0); // a diagonal bar
+    EXPECT_EQ(blob({{0, 0}, {2, 6}}).getElongation(), 1.0 / 9.0);
+}
+
+TEST(ConnectedComponent, RoundsTheCentreWithTiesToEven)
+{
+    EXPECT_EQ(blob({{0, 0}, {3, 0}}).getCenterOfGravity(), cv::Point2d(1.5, 0));
+    EXPECT_EQ(blob({{0, 0}, {3, 0}}).getElongation(), 0.0);
+    // The mean of x lies half way between two pixels, the centre of y on row 1: 3 rows to the last point. The
+    // point on the right is 4 pixels from the left one of the two, 3 from the right one.
+    const std::pair<int, double> ties[] = {{-2, 9.0 / 16.0}, {-1, 1.0}, {0, 9.0 / 16.0}, {1, 1.0}};
+    for (const auto& [x, elongation] : ties)
+        EXPECT_EQ(blob({{x, 0}, {x + 2, 0}, {x + 2, 0}, {x + 6, 4}}).getElongation(), elongation) << x;
+}
+
+TEST(ConnectedComponent, WrapsDistancesAndTheirSquaresAt32Bits)
+{
+    // 46341 squared is the first to turn negative: it does not count. 92682 squared wraps to 18532.
+    EXPECT_EQ(blob({{0, 0}, {92680, 2}}).getElongation(), 1.0 / 2147395600.0);
+    EXPECT_EQ(blob({{0, 0}, {92682, 2}}).getElongation(), 0.0);
+    EXPECT_EQ(blob({{0, 0}, {185364, 2}}).getElongation(), 1.0 / 18532.0);
+    // 2^31 becomes 0, and 2^31 - 1 becomes 1.
+    const ConnectedComponent widest = blob({{lowest, 0}, {highest, 4}});
+    EXPECT_EQ(widest.getCenterOfGravity(), cv::Point2d(-0.5, 2));
+    EXPECT_EQ(widest.getElongation(), 1.0 / 4.0);
+    EXPECT_EQ(widest.getBoundingBox(), cv::Rect(lowest, 0, 0, 5));
+    EXPECT_EQ(blob({{0, highest}, {1, 0}}).getBoundingBox(), cv::Rect(0, 0, 2, lowest));
+}
+
+TEST(ConnectedComponent, AppendsTheOthersPointsWhenItJoins)
+{
+    ConnectedComponent component({{1, 1}, {2, 2}}, 7);
+    const ConnectedComponent other({{3, 3}, {1, 1}, {5, 5}}, 9);
+    component.join(other);
+    EXPECT_EQ(component.getPoints(), (Points{{1, 1}, {2, 2}, {3, 3}, {1, 1}, {5, 5}}));
+    EXPECT_EQ(component.getNrOfPoints(), 5U);
+    EXPECT_EQ(component.getLabel(), 7U);
+    EXPECT_EQ(other.getNrOfPoints(), 3U);
+    component.join(ConnectedComponent(3));
+    EXPECT_EQ(component.getNrOfPoints(), 5U);
+}
+
+TEST(ConnectedComponent, JoinsItself)
+{
+    ConnectedComponent component(-1);
+    component.join(component);
+    EXPECT_EQ(component.getNrOfPoints(), 0U);
+    component.addPoint({1, 2});
+    component.addPoint({3, 4});
+    component.addPoint({5, 6});
+    component.join(component);
+    EXPECT_EQ(component.getPoints(), (Points{{1, 2}, {3, 4}, {5, 6}, {1, 2}, {3, 4}, {5, 6}}));
+    EXPECT_EQ(component.getNrOfPoints(), 6U);
+    EXPECT_EQ(component.getLabel(), 4294967295U);
+    component.setLabel(12);
+    EXPECT_EQ(component.getLabel(), 12U);
+}
+
+TEST(ConnectedComponent, CountsItsPointsAfterCopiesAndMoves)
+{
+    ConnectedComponent component({{1, 1}, {2, 2}}, 7);
+    ConnectedComponent copy(component);
+    copy.addPoint({3, 3});
+    ConnectedComponent moved(std::move(component));
+    EXPECT_EQ(moved.getNrOfPoints(), 2U);
+    EXPECT_EQ(moved.getLabel(), 7U);
+    EXPECT_EQ(component.getNrOfPoints(), 0U); // NOLINT: what a moved-from component is like
+    EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(0, 0));
+    component = std::move(copy);
+    EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(2, 2));
+    EXPECT_EQ(copy.getNrOfPoints(), 0U); // NOLINT
+}
+
+TEST(ConnectedComponent, HasTheCornersAsItsHullCounterclockwise)
+{
+    Points hull = blob({{0, 0}, {1, 1}, {4, 0}, {2, 0}, {4, 3}, {0, 3}, {2, 2}}).getConvexHull();
+    ASSERT_EQ(hull.size(), 4U);
+    int area = 0; // twice the area, positive if counterclockwise with y upward
+    for (std::size_t n = 0; n < 4; ++n)
+        area += hull[n].x * hull[(n + 1) % 4].y - hull[(n + 1) % 4].x * hull[n].y;
+    EXPECT_EQ(area, 24);
+    EXPECT_EQ(blob({{5, 7}}).getConvexHull(), (Points{{5, 7}}));
+}
+
+TEST(ConnectedComponent, HasPrincipalComponentsWithTheRowFirst)
+{
+    const auto line = blob({{0, 0}, {1, 0}, {2, 0}, {3, 0}}).getPCA();
+    EXPECT_FLOAT_EQ(line->mean.at<float>(0, 0), 0.0F);
+    EXPECT_FLOAT_EQ(line->mean.at<float>(0, 1), 1.5F);
+    EXPECT_NEAR(line->eigenvectors.at<float>(0, 0), 0, 1e-6);
+    EXPECT_NEAR(std::abs(line->eigenvectors.at<float>(0, 1)), 1, 1e-6);
+    EXPECT_NEAR(line->eigenvalues.at<float>(0), 1.25, 1e-6);
+    EXPECT_NEAR(line->eigenvalues.at<float>(1), 0, 1e-6);
+
+    // Two to the right for each one down.
+    const auto slope = blob({{10, 20}, {12, 21}, {14, 22}}).getPCA();
+    EXPECT_FLOAT_EQ(slope->mean.at<float>(0, 0), 21.0F);
+    EXPECT_FLOAT_EQ(slope->mean.at<float>(0, 1), 12.0F);
+    EXPECT_NEAR(slope->eigenvectors.at<float>(0, 1) / slope->eigenvectors.at<float>(0, 0), 2, 1e-5);
+    EXPECT_EQ(blob({{5, 7}}).getPCA()->eigenvectors.rows, 1);
+}
+
+TEST(ConnectedComponentKernel, GivesTheResultsOfThePlainForm)
+{
+    std::mt19937 random(7);
+    // On an image, around the origin, around what a block may hold, anywhere.
+    const std::pair<int, int> ranges[] = {{0, 639}, {-3, 3}, {262000, 262200}, {lowest, highest}};
+    for (const auto& [low, high] : ranges) {
+        std::uniform_int_distribution<int> coordinate(low, high);
+        for (std::size_t count : {0, 1, 2, 3, 4, 7, 15, 16, 17, 31, 33, 100, 16383, 16385, 40000}) {
+            Points points(count);
+            for (cv::Point& point : points)
+                point = {coordinate(random), coordinate(random)};
+            EXPECT_EQ(sumOf(points.data(), count), sumPlain(points.data(), count)) << low << ", " << count;
+            const cv::Point centre(coordinate(random), coordinate(random));
+            const SquaredReach reach = squaredReachOf(points.data(), count, centre);
+            const SquaredReach expectedReach = squaredReachPlain(points.data(), count, centre);
+            EXPECT_EQ(cv::Point(reach.x, reach.y), cv::Point(expectedReach.x, expectedReach.y));
+            if (count == 0)
+                continue;
+            const PointExtents extents = extentsOf(points.data(), count);
+            const PointExtents expected = extentsPlain(points.data(), count);
+            EXPECT_EQ(cv::Vec4i(extents.minX, extents.maxX, extents.minY, extents.maxY),
+                      cv::Vec4i(expected.minX, expected.maxX, expected.minY, expected.maxY));
+        }
+    }
+}
+
+TEST(ConnectedComponentKernel, SumsAFullBlockOfTheLargestCoordinates)
+{
+    const Points points(16384, {262143, 262143}); // 2^18 - 1: one more has a large bit
+    EXPECT_EQ(sumOf(points.data(), points.size()), cv::Point2d(4294950912.0, 4294950912.0));
+}
+
+TEST(ConnectedComponentKernel, AddsInSequenceWhereSumsAreNoLongerExact)
+{
+    Points points(exactlySummedPoints, {lowest, highest});
+    EXPECT_EQ(sumOf(points.data(), points.size()), cv::Point2d(-9007199254740992.0, 9007199250546688.0));
+    // Past 2^53 doubles are even: 1 gets lost each time, at the end as well as in between.
+    points.insert(points.end(), {{-1, 0}, {-1, 0}, {-1, 0}});
+    EXPECT_EQ(sumOf(points.data(), points.size()).x, -9007199254740992.0);
+}
