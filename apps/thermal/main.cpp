@@ -1,4 +1,6 @@
-int main()
+#include "apps/thermal/Program.h"
+
+int main(int argc, char** argv)
 {
-    return 0;
+    return thermal::runProgram(argc, argv);
 }

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace thermal {
+
+// Each command adds itself, its options and what it does to the program.
+void addDemoCommand(CLI::App& program);
+void addRenderCommand(CLI::App& program);
+
+} // namespace thermal

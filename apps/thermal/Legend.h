@@ -1,0 +1,15 @@
+#pragma once
+
+#include "apps/thermal/Colouring.h"
+
+#include <string>
+
+namespace thermal {
+
+/// A raw value as a text: itself, or in degrees Celsius if values are hundredths of a kelvin.
+std::string valueText(double value, bool celsius);
+
+/// The picture with a bar of its colours at the right and the values that they stand for.
+Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range, bool celsius);
+
+} // namespace thermal

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace thermal {
+
+using Picture = cv::Mat_<cv::Vec3b>; ///< blue, green, red
+
+/// Where pictures go. They are written under another name beside the target and get their own only by
+/// finish(): whatever happens before that leaves the target as it was and nothing beside it.
+class PictureSink
+{
+public:
+    virtual ~PictureSink() = default;
+
+    virtual void write(const Picture& picture) = 0;
+    virtual void finish() = 0;
+};
+
+/// @param path      a .png for one picture, an .avi, or else a folder: frame_0000.png and so on
+/// @param expected  how many pictures will come, if that is known
+/// @param fps       pictures per second of an .avi
+/// @throws UsageError  that names the path, if it cannot take the pictures
+std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std::size_t> expected,
+                                      double fps);
+
+/// One picture that is a whole command's result.
+void writePicture(const std::string& path, const Picture& picture);
+
+} // namespace thermal

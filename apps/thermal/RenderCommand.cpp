@@ -1,0 +1,138 @@
+#include "apps/thermal/Colouring.h"
+#include "apps/thermal/Commands.h"
+#include "apps/thermal/FilterStages.h"
+#include "apps/thermal/Frames.h"
+#include "apps/thermal/Legend.h"
+#include "apps/thermal/PictureSink.h"
+#include "apps/thermal/Range.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <CLI/App.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace thermal {
+namespace {
+
+struct RenderOptions
+{
+    InputOptions input;
+    FilterOptions filters;
+    std::string out;
+    std::string range = "auto";
+    bool legend = false;
+    bool celsius = false;
+    bool quiet = false;
+    int scale = 1;
+    double fps = 9;
+};
+
+/// From filtered frames to pictures in the sink.
+class Renderer
+{
+public:
+    Renderer(const RenderOptions& options, PictureSink& sink)
+        : m_oOptions(options), m_oRule(RangeRule::parse(options.range)), m_oSink(sink)
+    {}
+
+    void add(const Frame& frame)
+    {
+        if (!m_oRule.locks()) {
+            draw(frame, m_oRule.of(frame));
+        } else if (m_oLocked) {
+            draw(frame, *m_oLocked);
+        } else {
+            // Drawn once the range is known, so that the first pictures have the colours of the last.
+            m_vecWaiting.push_back(frame.clone());
+            if (m_vecWaiting.size() == RangeRule::nLearnFrames)
+                lock();
+        }
+    }
+
+    void finish()
+    {
+        if (!m_vecWaiting.empty())
+            lock();
+        m_oSink.finish();
+    }
+
+private:
+    void lock()
+    {
+        m_oLocked = m_oRule.of(m_vecWaiting.front());
+        for (const Frame& frame : m_vecWaiting)
+            m_oLocked = unite(*m_oLocked, m_oRule.of(frame));
+        for (const Frame& frame : m_vecWaiting)
+            draw(frame, *m_oLocked);
+        m_vecWaiting.clear();
+    }
+
+    void draw(const Frame& frame, ValueRange range)
+    {
+        Picture picture = m_oColouring.paint(frame, range);
+        if (m_oOptions.scale > 1)
+            cv::resize(picture, picture, {}, m_oOptions.scale, m_oOptions.scale, cv::INTER_NEAREST);
+        if (m_oOptions.legend)
+            picture = withLegend(picture, m_oColouring, range, m_oOptions.celsius);
+        m_oSink.write(picture);
+    }
+
+    const RenderOptions& m_oOptions;
+    RangeRule m_oRule;
+    PictureSink& m_oSink;
+    Colouring m_oColouring;
+    std::optional<ValueRange> m_oLocked;
+    std::vector<Frame> m_vecWaiting;
+};
+
+void render(const RenderOptions& options)
+{
+    Chain chain = makeChain(options.filters);
+    RangeRule::parse(options.range); // refused before files are read
+    const auto source = openFrames(options.input);
+    const auto sink = openSink(options.out, source->count(), options.fps);
+    Renderer renderer(options, *sink);
+    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+        chain.apply(frame);
+        renderer.add(frame);
+    });
+    renderer.finish();
+}
+
+} // namespace
+
+void addRenderCommand(CLI::App& program)
+{
+    auto options = std::make_shared<RenderOptions>();
+    CLI::App& command = *program.add_subcommand("render", "Turns frames into pictures");
+    options->input.addTo(command);
+    command.add_option("--out", options->out, "Where the pictures go: a .png for one, an .avi, or a folder")
+        ->required()
+        ->type_name("PATH");
+    command
+        .add_option("--range", options->range,
+                    "Values at the ends of the palette: auto (each frame's own), lock (of the first 10 "
+                    "frames together, held), MIN:MAX, or percentiles like p1:p99")
+        ->capture_default_str()
+        ->type_name("RANGE");
+    options->filters.addTo(command);
+    command.add_flag("--legend", options->legend, "Add a bar of the colours with their values");
+    command.add_flag("--celsius", options->celsius,
+                     "Values are hundredths of a kelvin: label them in degrees Celsius");
+    command.add_option("--scale", options->scale, "Enlarge N times")
+        ->check(CLI::Range(1, 16))
+        ->capture_default_str()
+        ->type_name("N");
+    command.add_option("--fps", options->fps, "Pictures per second of an .avi")
+        ->check(CLI::Range(0.1, 240.0))
+        ->capture_default_str()
+        ->type_name("N");
+    command.add_flag("--quiet", options->quiet, "No progress bar");
+    command.callback([options] { render(*options); });
+}
+
+} // namespace thermal

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace thermal {
+
+/// How a table is printed.
+struct TableFormat
+{
+    bool json = false;
+    bool csv = false;
+
+    void addTo(CLI::App& command);
+};
+
+/// Rows of texts and numbers under headings; a table for people, or JSON or CSV for programs.
+class Table
+{
+public:
+    struct Column
+    {
+        std::string heading; ///< for people and CSV
+        std::string key;     ///< for JSON
+        int decimals = 0;    ///< of its numbers, for people
+    };
+    using Cell = std::variant<std::string, double>;
+
+    explicit Table(std::vector<Column> columns) : m_vecColumns(std::move(columns)) {}
+
+    /// As many cells as columns. A number that is NaN is one that does not exist: "-", null, empty.
+    void add(std::vector<Cell> row);
+
+    void print(std::ostream& out, const TableFormat& format) const;
+
+private:
+    void printAligned(std::ostream& out) const;
+    void printJson(std::ostream& out) const;
+    void printCsv(std::ostream& out) const;
+    std::string forPeople(std::size_t column, const Cell& cell) const;
+
+    std::vector<Column> m_vecColumns;
+    std::vector<std::vector<Cell>> m_vecRows;
+};
+
+} // namespace thermal

@@ -1,0 +1,66 @@
+#include "apps/thermal/Range.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using thermal::Frame;
+using thermal::RangeRule;
+
+std::pair<int, int> rangeOf(const std::string& rule, const Frame& frame)
+{
+    const thermal::ValueRange range = RangeRule::parse(rule).of(frame);
+    return {range.low, range.high};
+}
+
+/// 0, 10, ... 990, and then a dead and a saturated pixel.
+Frame countingFrame()
+{
+    Frame frame(1, 1000);
+    for (int c = 0; c < frame.cols; ++c)
+        frame(0, c) = static_cast<unsigned short>(10000 + c);
+    frame(0, 0) = 0;
+    frame(0, 999) = 65535;
+    return frame;
+}
+
+TEST(Range, PercentilesAreValuesOfPixels)
+{
+    EXPECT_EQ(rangeOf("p0:p100", countingFrame()), std::pair(0, 65535));
+    EXPECT_EQ(rangeOf("p1:p99", countingFrame()), std::pair(10009, 10989));
+    EXPECT_EQ(rangeOf("p0.5:p50", countingFrame()), std::pair(10004, 10499));
+}
+
+TEST(Range, AutomaticLeavesOutDeadAndSaturatedPixels)
+{
+    const auto [low, high] = rangeOf("auto", countingFrame());
+    EXPECT_GE(low, 10000);
+    EXPECT_LE(high, 10998);
+    EXPECT_GT(high - low, 980);
+}
+
+TEST(Range, AutomaticDoesNotStretchAFlatFrame)
+{
+    for (const int value : {0, 5000, 65535}) {
+        const auto [low, high] = rangeOf("auto", Frame(8, 8, static_cast<unsigned short>(value)));
+        EXPECT_EQ(high - low, 20);
+        EXPECT_LE(low, value);
+        EXPECT_GE(high, value);
+    }
+}
+
+TEST(Range, FixedIsWhatWasTyped)
+{
+    EXPECT_EQ(rangeOf("29000:30000", countingFrame()), std::pair(29000, 30000));
+    EXPECT_TRUE(RangeRule::parse("lock").locks());
+    EXPECT_FALSE(RangeRule::parse("auto").locks());
+}
+
+TEST(Range, PaddedRowsAreNotCounted)
+{
+    Frame wide(4, 40, static_cast<unsigned short>(60000));
+    wide(cv::Rect(0, 0, 20, 4)) = 300;
+    EXPECT_EQ(rangeOf("p0:p100", wide(cv::Rect(0, 0, 20, 4))), std::pair(300, 300));
+}
+
+} // namespace
