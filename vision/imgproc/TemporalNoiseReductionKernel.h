@@ -7,9 +7,13 @@
 namespace velmo::exp::vision {
 
 /// Entries of a table that is indexed by a difference of two 16-bit values, -65536..65535, and the place of
-/// difference 0 in it. The first entry is there for the sake of the power of two; no difference reaches it.
+/// difference 0 in it.
 constexpr std::size_t differenceTableSize = 131072;
 constexpr std::ptrdiff_t differenceTableCentre = 65536;
+
+/// No difference reaches the first entry. In a table of pulls it holds the difference from which on, either
+/// way, there is no pull.
+constexpr std::size_t differenceTableLimit = 0;
 
 /// Weight over the scaled difference k = 0..1023, Q15: the definition of mg_aFeedbackStrength.
 constexpr unsigned short feedbackStrength(int k)
