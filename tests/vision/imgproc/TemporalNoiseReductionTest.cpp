@@ -1,5 +1,6 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
+#include "tests/vision/imgproc/PixelStream.h"
 #include "vision/imgproc/TemporalNoiseReductionKernel.h"
 
 #include <gtest/gtest.h>
@@ -14,26 +15,11 @@ namespace {
 
 using Frame = cv::Mat_<unsigned short>;
 
-/// A 1 x 1 stream: the output of each input in turn.
-template <class T>
-std::vector<int> stream(TemporalNoiseReduction<T>& filter, const std::vector<int>& inputs)
-{
-    std::vector<int> outputs;
-    for (const int input : inputs) {
-        cv::Mat_<T> frame(1, 1, static_cast<T>(input));
-        filter.process(frame);
-        outputs.push_back(frame(0, 0));
-    }
-    return outputs;
-}
-
-std::vector<int> stream(unsigned char gain, unsigned short factor, const std::vector<int>& inputs)
+Values stream(unsigned char gain, unsigned short factor, const Values& inputs)
 {
     TemporalNoiseReduction<unsigned short> filter(gain, factor);
-    return stream(filter, inputs);
+    return outputsOf(filter, inputs);
 }
-
-using Values = std::vector<int>;
 
 } // namespace
 
@@ -77,18 +63,18 @@ TEST(TemporalNoiseReduction, StaysInsideTheTableAtBothEndsOfTheRange)
 {
     EXPECT_EQ(stream(16, 2048, {0, 65535, 65530, 0}), (Values{0, 65535, 65535, 0}));
     TemporalNoiseReduction<short> filter(15, 2048);
-    EXPECT_EQ(stream(filter, {-32768, 32767, 32760, -32768}), (Values{-32768, 32767, 32767, -32768}));
+    EXPECT_EQ(outputsOf(filter, {-32768, 32767, 32760, -32768}), (Values{-32768, 32767, 32767, -32768}));
 }
 
 TEST(TemporalNoiseReduction, StartsAnewAfterASetterOrAnotherSize)
 {
     TemporalNoiseReduction<unsigned short> filter(16, 2048);
-    EXPECT_EQ(stream(filter, {1000, 1005}), (Values{1000, 1000}));
+    EXPECT_EQ(outputsOf(filter, {1000, 1005}), (Values{1000, 1000}));
     filter.setControlGain(16);
-    EXPECT_EQ(stream(filter, {1005, 1000}), (Values{1005, 1005}));
+    EXPECT_EQ(outputsOf(filter, {1005, 1000}), (Values{1005, 1005}));
     Frame other(1, 2, 1000);
     filter.process(other);
-    EXPECT_EQ(stream(filter, {1010}), (Values{1010}));
+    EXPECT_EQ(outputsOf(filter, {1010}), (Values{1010}));
 }
 
 TEST(TemporalNoiseReduction, LimitsAndWarnsInSettersOnly)
@@ -100,7 +86,7 @@ TEST(TemporalNoiseReduction, LimitsAndWarnsInSettersOnly)
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "TemporalNoiseReduction Attention: limiting ControlGain to 16!!\n"
               "TemporalNoiseReduction Attention: limiting m_u16FeedbackFactor to 2048!!\n");
-    EXPECT_EQ(stream(filter, {1000, 1100}), (Values{1000, 1088})); // both at their maximum
+    EXPECT_EQ(outputsOf(filter, {1000, 1100}), (Values{1000, 1088})); // both at their maximum
 }
 
 TEST(TemporalNoiseReduction, FiltersViewsAndLeavesTheirSurroundingsAlone)
@@ -133,16 +119,16 @@ TEST(TemporalNoiseReduction, BuildsItsStateFromTheFrameIfAPathIsCalledFirst)
 TEST(TemporalNoiseReduction, CopiesDeeplyAndIsUsableAfterAMove)
 {
     TemporalNoiseReduction<unsigned short> filter(16, 2048);
-    stream(filter, {1000});
+    outputsOf(filter, {1000});
     TemporalNoiseReduction<unsigned short> copy(filter);
-    EXPECT_EQ(stream(filter, {1100}), (Values{1088}));
-    EXPECT_EQ(stream(copy, {1005}), (Values{1000}));
+    EXPECT_EQ(outputsOf(filter, {1100}), (Values{1088}));
+    EXPECT_EQ(outputsOf(copy, {1005}), (Values{1000}));
 
     TemporalNoiseReduction<unsigned short> moved(std::move(copy));
-    EXPECT_EQ(stream(moved, {1005}), (Values{1000}));
-    EXPECT_EQ(stream(copy, {500, 505}), (Values{500, 500}));
+    EXPECT_EQ(outputsOf(moved, {1005}), (Values{1000}));
+    EXPECT_EQ(outputsOf(copy, {500, 505}), (Values{500, 500}));
     copy = filter;
-    EXPECT_EQ(stream(copy, {1090}), (Values{1088}));
+    EXPECT_EQ(outputsOf(copy, {1090}), (Values{1088}));
 }
 
 template <class T>
