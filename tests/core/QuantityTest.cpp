@@ -1,0 +1,73 @@
+#include "core/quantity/MarkedFloat.h"
+#include "core/quantity/Relation.h"
+#include "core/quantity/Temperature.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+using velmo::exp::MarkedFloat;
+using namespace velmo::exp::quantity;
+
+namespace {
+
+MarkedFloat marked(float value, unsigned mark)
+{
+    MarkedFloat result(value);
+    result.setMark(mark);
+    return result;
+}
+
+} // namespace
+
+TEST(MarkedFloat, CarriesAMarkBesideItsValue)
+{
+    EXPECT_EQ(sizeof(MarkedFloat), 4u);
+    MarkedFloat humidity = marked(100.0f, 7);
+    EXPECT_EQ(humidity.mark(), 7u);
+    EXPECT_EQ(float(humidity), 100.0f); // not 100.00005
+    humidity.setMark(2);
+    EXPECT_EQ(humidity.mark(), 2u);
+    EXPECT_EQ(MarkedFloat(std::nextafter(100.0f, 200.0f)).mark(), 0u); // its lowest bit was set
+    EXPECT_THROW(humidity.setMark(8), velmo::exp::Exception);
+    EXPECT_EQ(humidity.mark(), 2u);
+}
+
+TEST(MarkedFloat, ComparesValuesOnly)
+{
+    EXPECT_TRUE(marked(20.5f, 7) == marked(20.5f, 0));
+    EXPECT_FALSE(marked(20.5f, 7) != 20.5f);
+    EXPECT_TRUE(marked(20.5f, 1) != 20.75f);
+    EXPECT_TRUE(0.0f == marked(-0.0f, 3));
+}
+
+TEST(MarkedFloat, KeepsWhatIsNoNumberAndWhatIsInfinite)
+{
+    // Only the lowest mantissa bit says that this is not an infinity.
+    const std::uint32_t bits = 0x7f800001;
+    float lowNan = 0;
+    std::memcpy(&lowNan, &bits, 4);
+    for (const float nan : {lowNan, std::numeric_limits<float>::quiet_NaN()}) {
+        const MarkedFloat none = marked(nan, 7);
+        EXPECT_TRUE(std::isnan(float(none)));
+        EXPECT_EQ(none.mark(), 7u);
+        EXPECT_FALSE(none == none);
+        EXPECT_TRUE(none != none);
+    }
+    EXPECT_TRUE(std::isinf(float(marked(-INFINITY, 5))));
+    EXPECT_TRUE(marked(INFINITY, 5) == MarkedFloat(INFINITY));
+}
+
+TEST(Quantities, HoldAValueWithItsTexts)
+{
+    const Temperature<MarkedFloat> air(marked(21.5f, 3));
+    EXPECT_EQ(float(air.value()), 21.5f);
+    EXPECT_EQ(air.value().mark(), 3u);
+    EXPECT_EQ(air.name(), "Temperature");
+    EXPECT_EQ(air.unit(), "\u00b0C");
+    const Relation<float> half(50.0f);
+    EXPECT_EQ(half.value(), 50.0f);
+    EXPECT_EQ(half.name(), "Relation");
+    EXPECT_EQ(half.unit(), "%");
+}

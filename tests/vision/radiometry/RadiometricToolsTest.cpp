@@ -1,0 +1,14 @@
+#include "vision/radiometry/RadiometricTools.h"
+
+#include <gtest/gtest.h>
+
+using velmo::vision::RadiometricTools;
+
+TEST(RadiometricTools, CountsHundredthsOfAKelvin)
+{
+    EXPECT_FLOAT_EQ(RadiometricTools::getFloat(0), -273.15f);
+    EXPECT_FLOAT_EQ(RadiometricTools::getFloat(65535), 382.2f);
+    EXPECT_FLOAT_EQ(RadiometricTools::getFloat(3003), -243.12f);
+    EXPECT_NEAR(RadiometricTools::getFloat(27315), 0.0f, 1e-6f);
+    EXPECT_NEAR(RadiometricTools::getFloat(29315), 20.0f, 2e-6f);
+}
