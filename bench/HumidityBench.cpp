@@ -1,0 +1,90 @@
+#include "bench/Bench.h"
+#include "bench/Scene.h"
+#include "vision/imgproc/ColorPaletteConverter.h"
+#include "vision/imgproc/ColorPaletteConverterKernel.h"
+
+#include <memory>
+
+using namespace velmo::vision;
+
+namespace {
+
+using Air = ColorPaletteConverter::AirTemperature;
+using Humidity = ColorPaletteConverter::AirHumidity;
+
+const std::vector<unsigned char> greenToRed = {0, 50, 0, 0, 255, 0, 255, 255, 0, 255, 0, 0};
+
+/// A humidity picture of air that stays as it is, beside the same picture from a ready table.
+struct Steady
+{
+    explicit Steady(cv::Size size) : src(scene(size)), dst(size), palette(greenToRed), converter(true)
+    {
+        src += 20000; // room temperature
+        ours();
+    }
+
+    void ours() { converter.palletizeHumid(src, dst, Air(20.0f), Humidity(50.0f), false, palette); }
+    void fast() { converter.palletizeFast(src, dst); }
+
+    ColorPaletteConverter::Frame src;
+    ColorPaletteConverter::Picture dst;
+    std::vector<unsigned char> palette;
+    ColorPaletteConverter converter;
+};
+
+Job steady(cv::Size size)
+{
+    const auto stream = std::make_shared<Steady>(size);
+    Job job(5 * size.area(), static_cast<std::size_t>(size.area()));
+    job.ours([stream] { stream->ours(); });
+    job.peer("palletizeFast", [stream] { stream->fast(); });
+    if (size.width == 640)
+        job.atMost(1.05, "palletizeFast");
+    return job;
+}
+
+/// The table for other air each time.
+struct Rebuild
+{
+    Rebuild() : palette(greenToRed), converter(true), table(tableEntries), fastTable(tableEntries) {}
+
+    Air air() { return Air(20.0f + static_cast<float>(turn++ % 8)); }
+
+    void ours() { converter.resizeLookupTableHumid(air(), Humidity(50.0f), palette); }
+
+    void plain()
+    {
+        fillTableHumidPlain(table.data(), stretchByResize(palette, humiditySteps, true).data(), air(),
+                            Humidity(50.0f));
+    }
+
+    bool agrees()
+    {
+        plain();
+        turn = 0;
+        fillTableHumid(fastTable.data(), stretchPalette(palette, humiditySteps, true).data(), air(),
+                       Humidity(50.0f));
+        return table == fastTable;
+    }
+
+    std::vector<unsigned char> palette;
+    ColorPaletteConverter converter;
+    std::vector<unsigned int> table, fastTable;
+    int turn = 0;
+};
+
+Job rebuildTable(cv::Size)
+{
+    const auto rebuild = std::make_shared<Rebuild>();
+    Job job(2 * 4 * tableEntries, tableEntries, "entry");
+    job.check(rebuild->agrees());
+    job.ours([rebuild] { rebuild->ours(); });
+    job.plain([rebuild] { rebuild->plain(); });
+    job.atLeast(2, "plain");
+    return job;
+}
+
+const Registration pictures("humidity", steady);
+const Registration rebuilds("humidity table rebuild", rebuildTable, {{65536, 1}});
+
+} // namespace

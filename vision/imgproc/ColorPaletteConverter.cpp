@@ -1,0 +1,230 @@
+#include "vision/imgproc/ColorPaletteConverter.h"
+
+#include "core/Exception.h"
+#include "vision/imgproc/ColorPaletteConverterKernel.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace velmo::vision {
+namespace {
+
+/// Equals no temperature, so that the first humidity picture builds its table.
+ColorPaletteConverter::AirTemperature noTemperature()
+{
+    exp::MarkedFloat celsius(std::numeric_limits<float>::quiet_NaN());
+    celsius.setMark(exp::MarkedFloat::u32MaxMark);
+    return ColorPaletteConverter::AirTemperature(celsius);
+}
+
+ColorPaletteConverter::AirHumidity noHumidity()
+{
+    return ColorPaletteConverter::AirHumidity(0.0f);
+}
+
+unsigned int byteOf(unsigned int color, int shift)
+{
+    return (color >> shift) & 0xff;
+}
+
+unsigned int entryOf(unsigned int color, bool bgr)
+{
+    const unsigned int red = byteOf(color, 16), green = byteOf(color, 8), blue = byteOf(color, 0);
+    return bgr ? packEntry(blue, green, red, byteOf(color, 24))
+               : packEntry(red, green, blue, byteOf(color, 24));
+}
+
+/// With red and blue exchanged, if the order is to change.
+cv::Vec3b exchanged(const cv::Vec3b& pixel, bool exchange)
+{
+    return exchange ? cv::Vec3b(pixel[2], pixel[1], pixel[0]) : pixel;
+}
+
+std::string sizeText(const cv::Mat& matrix)
+{
+    return std::to_string(matrix.cols) + " x " + std::to_string(matrix.rows);
+}
+
+} // namespace
+
+ColorPaletteConverter::ColorPaletteConverter(bool bgr)
+    : m_oLookupTable(cv::Mat::zeros(1, tableEntries, CV_8UC4)), m_oLastAirTemperature(noTemperature()),
+      m_oLastHumidity(noHumidity()), m_bBgr(bgr)
+{}
+
+ColorPaletteConverter::~ColorPaletteConverter() = default;
+
+ColorPaletteConverter::ColorPaletteConverter(const ColorPaletteConverter& other)
+    : m_oLookupTable(other.m_oLookupTable.clone()), m_oLastAirTemperature(other.m_oLastAirTemperature),
+      m_oLastHumidity(other.m_oLastHumidity), m_mapColorRegions(other.m_mapColorRegions),
+      m_bBgr(other.m_bBgr), m_aStretchedPalette(other.m_aStretchedPalette), m_aStretched(other.m_aStretched)
+{}
+
+ColorPaletteConverter& ColorPaletteConverter::operator=(const ColorPaletteConverter& other)
+{
+    if (this != &other)
+        *this = ColorPaletteConverter(other);
+    return *this;
+}
+
+ColorPaletteConverter::ColorPaletteConverter(ColorPaletteConverter&& other) noexcept
+    : m_oLastAirTemperature(noTemperature()), m_oLastHumidity(noHumidity()), m_bBgr(other.m_bBgr)
+{
+    *this = std::move(other);
+}
+
+ColorPaletteConverter& ColorPaletteConverter::operator=(ColorPaletteConverter&& other) noexcept
+{
+    if (this == &other)
+        return *this;
+    m_oLookupTable = std::exchange(other.m_oLookupTable, cv::Mat());
+    m_oLastAirTemperature = std::exchange(other.m_oLastAirTemperature, noTemperature());
+    m_oLastHumidity = std::exchange(other.m_oLastHumidity, noHumidity());
+    m_mapColorRegions.swap(other.m_mapColorRegions);
+    other.m_mapColorRegions.clear();
+    m_bBgr = other.m_bBgr;
+    m_aStretchedPalette.swap(other.m_aStretchedPalette);
+    m_aStretched.swap(other.m_aStretched);
+    other.m_aStretched.clear();
+    return *this;
+}
+
+unsigned int* ColorPaletteConverter::table()
+{
+    if (m_oLookupTable.empty()) // moved away
+        m_oLookupTable = cv::Mat::zeros(1, tableEntries, CV_8UC4);
+    return m_oLookupTable.ptr<unsigned int>();
+}
+
+const unsigned int* ColorPaletteConverter::stretched(int span, const std::vector<unsigned char>& palette)
+{
+    const bool bSame = !m_aStretched.empty() && span == static_cast<int>(m_aStretched.size()) &&
+                       palette == m_aStretchedPalette;
+    if (!bSame) {
+        std::vector<unsigned int> entries = stretchPalette(palette, span, m_bBgr);
+        m_aStretched.clear(); // none, should the copy of the palette find no memory
+        m_aStretchedPalette = palette;
+        m_aStretched = std::move(entries);
+    }
+    return m_aStretched.data();
+}
+
+ColorPaletteConverter::Picture ColorPaletteConverter::stretchedRgb(int span,
+                                                                   const std::vector<unsigned char>& palette)
+{
+    const unsigned int* entries = stretched(span, palette);
+    Picture row(1, span);
+    for (int n = 0; n < span; ++n) {
+        cv::Vec4b bytes;
+        std::memcpy(bytes.val, entries + n, sizeof bytes.val);
+        row(0, n) = exchanged({bytes[0], bytes[1], bytes[2]}, m_bBgr);
+    }
+    return row;
+}
+
+void ColorPaletteConverter::palletize(const Frame& src, Picture& dst, unsigned short min, unsigned short max,
+                                      bool rebuild, std::vector<unsigned char>& palette)
+{
+    dst.create(src.rows, src.cols);
+    if (src.total() % 4 != 0) {
+        palletizeSlowly(src, dst, min, max, palette);
+        return;
+    }
+    if (rebuild)
+        resizeLookupTable(min, max, palette);
+    palletizeFast(src, dst);
+}
+
+void ColorPaletteConverter::palletizeFast(const Frame& src, Picture& dst)
+{
+    if (src.rows != dst.rows || src.cols != dst.cols || src.total() != dst.total())
+        VELMO_THROW("Picture of " + sizeText(dst) + " for a frame of " + sizeText(src) + "!");
+    if (src.empty())
+        return;
+    const unsigned int* entries = table();
+    // One run where there is no padding; rows of views by their own pointers.
+    const int rows = src.isContinuous() && dst.isContinuous() ? 1 : src.rows;
+    const std::size_t count = src.total() / static_cast<std::size_t>(rows);
+    for (int r = 0; r < rows; ++r)
+        palettizeBySixteen(src[r], dst[r]->val, count, entries);
+}
+
+void ColorPaletteConverter::palletizeSlowly(const Frame& src, Picture& dst, unsigned short min,
+                                            unsigned short max, const std::vector<unsigned char>& palette)
+{
+    // Only the table has whole entries; here every pixel has the three bytes of a picture.
+    Picture row = stretchedRgb(max - min + 1, palette);
+    fillColorRegionsRgb(row, min, max);
+    for (int r = 0; r < src.rows; ++r)
+        for (int c = 0; c < src.cols; ++c) {
+            const cv::Vec3b& entry = row(0, std::clamp(src(r, c), min, max) - min);
+            dst(r, c) = exchanged(entry, m_bBgr);
+        }
+}
+
+void ColorPaletteConverter::resizeLookupTable(unsigned short min, unsigned short max,
+                                              std::vector<unsigned char>& palette)
+{
+    fillTable(table(), stretched(max - min + 1, palette), min, max);
+    fillColorRegions(min, max);
+}
+
+void ColorPaletteConverter::palletizeHumid(const Frame& src, Picture& dst,
+                                           const AirTemperature& airTemperature, const AirHumidity& humidity,
+                                           bool rebuild, std::vector<unsigned char>& palette)
+{
+    dst.create(src.rows, src.cols);
+    if (src.total() % 4 != 0)
+        VELMO_THROW("Odd height or width is not suporrted for humid scaling!");
+    const bool bSameAir = m_oLastAirTemperature.value() == airTemperature.value() &&
+                          m_oLastHumidity.value() == humidity.value();
+    if (!bSameAir || rebuild) {
+        m_oLastAirTemperature = airTemperature;
+        m_oLastHumidity = humidity;
+        resizeLookupTableHumid(airTemperature, humidity, palette);
+    }
+    palletizeFast(src, dst);
+}
+
+void ColorPaletteConverter::resizeLookupTableHumid(const AirTemperature& airTemperature,
+                                                   const AirHumidity& humidity,
+                                                   std::vector<unsigned char>& palette)
+{
+    const unsigned int* entries = stretched(humiditySteps, palette);
+    fillTableHumid(table(), entries, airTemperature, humidity);
+}
+
+void ColorPaletteConverter::createColorRegion(unsigned int id, unsigned short upper, unsigned short lower,
+                                              unsigned int color)
+{
+    if (upper >= lower)
+        m_mapColorRegions.insert_or_assign(id, ColorRegion(upper, lower, color));
+}
+
+void ColorPaletteConverter::deleteColorRegion(unsigned int id)
+{
+    m_mapColorRegions.erase(id);
+}
+
+void ColorPaletteConverter::fillColorRegions(unsigned short /*min*/, unsigned short /*max*/)
+{
+    unsigned int* entries = table();
+    for (const auto& [id, region] : m_mapColorRegions)
+        std::fill(entries + region.m_u16Lower, entries + region.m_u16Upper + 1,
+                  entryOf(region.m_u32Color, m_bBgr));
+}
+
+void ColorPaletteConverter::fillColorRegionsRgb(Picture table, unsigned short /*min*/, unsigned short /*max*/)
+{
+    for (const auto& [id, region] : m_mapColorRegions) {
+        const unsigned int color = region.m_u32Color;
+        const unsigned int red = byteOf(color, 16), green = byteOf(color, 8), blue = byteOf(color, 0);
+        const cv::Scalar bytes = m_bBgr ? cv::Scalar(blue, green, red) : cv::Scalar(red, green, blue);
+        table.colRange(region.m_u16Lower, region.m_u16Upper + 1).setTo(bytes);
+    }
+}
+
+} // namespace velmo::vision

@@ -1,0 +1,191 @@
+#include "vision/imgproc/ColorPaletteConverterKernel.h"
+
+#include "core/ByteShuffle.h"
+#include "core/Clones.h"
+#include "core/physics/DewPointKernel.h"
+#include "vision/radiometry/RadiometricTools.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace velmo::vision {
+namespace {
+
+using Entries4 = unsigned int __attribute__((vector_size(16)));
+
+inline __attribute__((always_inline)) exp::shuffle::Bytes lookUpFour(const unsigned short* in,
+                                                                     const unsigned int* table)
+{
+    const Entries4 entries = {table[in[0]], table[in[1]], table[in[2]], table[in[3]]};
+    return reinterpret_cast<exp::shuffle::Bytes>(entries);
+}
+
+// Whole blocks end on their own last byte, so that nothing beside a region of a larger picture is touched.
+VELMO_CLONES void palettizeLoop(const unsigned short* __restrict in, unsigned char* __restrict out,
+                                std::size_t count, const unsigned int* __restrict table)
+{
+    std::size_t n = 0;
+    for (; n + 16 <= count; n += 16)
+        exp::shuffle::storeWithoutFourth(out + 3 * n, lookUpFour(in + n, table),
+                                         lookUpFour(in + n + 4, table), lookUpFour(in + n + 8, table),
+                                         lookUpFour(in + n + 12, table));
+    for (; n < count; ++n)
+        std::memcpy(out + 3 * n, table + in[n], 3);
+}
+
+/// Where the entries of a part of a stretched palette lie between the points.
+struct Places
+{
+    static constexpr int block = 512;
+    int left[block];        ///< the point at or before the entry
+    int leftWeight[block];  ///< in 1/2048
+    int rightWeight[block]; ///< of the point after it
+};
+
+/// To the nearest, halves to even, for 0..2048: past 2^23 a float has no fraction left.
+inline __attribute__((always_inline)) int roundToEven(float value)
+{
+    return static_cast<int>((value + 12582912.0f) - 12582912.0f);
+}
+
+// Position and weights as cv::resize has them: the position in double cut to float, the weights rounded
+// apart.
+VELMO_CLONES void findPlaces(Places& places, int first, int count, double scale, int last)
+{
+    for (int n = 0; n < count; ++n) {
+        const auto position = static_cast<float>((first + n + 0.5) * scale - 0.5);
+        int left = static_cast<int>(position);
+        left -= position < static_cast<float>(left) ? 1 : 0;
+        float fraction = position - static_cast<float>(left);
+        fraction = left < 0 || left >= last ? 0.0f : fraction;
+        left = left < 0 ? 0 : left;
+        places.left[n] = left > last ? last : left;
+        places.leftWeight[n] = roundToEven((1.0f - fraction) * 2048.0f);
+        places.rightWeight[n] = roundToEven(fraction * 2048.0f);
+    }
+}
+
+/// Two neighbouring points in output order.
+struct Pair
+{
+    int left[3];
+    int right[3];
+};
+
+inline __attribute__((always_inline)) unsigned int blend(int left, int right, int leftWeight, int rightWeight)
+{
+    // The vertical pass over a single row leaves these shifts of its two multiplications by 2048.
+    return static_cast<unsigned int>((((left * leftWeight + right * rightWeight) >> 9) + 2) >> 2);
+}
+
+VELMO_CLONES void blendRun(const Pair& pair, const int* __restrict leftWeight,
+                           const int* __restrict rightWeight, unsigned int* __restrict entries, int count)
+{
+    for (int n = 0; n < count; ++n)
+        entries[n] = packEntry(blend(pair.left[0], pair.right[0], leftWeight[n], rightWeight[n]),
+                               blend(pair.left[1], pair.right[1], leftWeight[n], rightWeight[n]),
+                               blend(pair.left[2], pair.right[2], leftWeight[n], rightWeight[n]), 0);
+}
+
+VELMO_CLONES void stepsOf(const float* __restrict moisture, int* __restrict steps, int count)
+{
+    for (int n = 0; n < count; ++n)
+        steps[n] = humidityStep(moisture[n]);
+}
+
+/// Whether the own stretch gives what cv::resize gives, on a palette of noise: widened a little and a lot,
+/// narrowed, a single point. Costs a few microseconds.
+bool ownStretchIsExact()
+{
+    std::vector<unsigned char> palette;
+    unsigned int state = 1;
+    for (int n = 0; n < 3 * 61; ++n) {
+        state = state * 1664525u + 1013904223u;
+        palette.push_back(static_cast<unsigned char>(state >> 24));
+    }
+    const auto agrees = [&palette](int span) {
+        return stretchByRuns(palette, span, true) == stretchByResize(palette, span, true);
+    };
+    const int spans[] = {1, 2, 17, 60, 61, 62, 250, 1001};
+    if (!std::all_of(std::begin(spans), std::end(spans), agrees))
+        return false;
+    palette.resize(3);
+    return agrees(7);
+}
+
+std::vector<double> saturationsOfFrameValues()
+{
+    std::vector<double> saturations(tableEntries);
+    for (std::size_t v = 0; v < tableEntries; ++v)
+        saturations[v] =
+            exp::DewPoint::calcSaturationPressure(RadiometricTools::getFloat(static_cast<unsigned short>(v)));
+    return saturations;
+}
+
+} // namespace
+
+void palettizeBySixteen(const unsigned short* in, unsigned char* out, std::size_t count,
+                        const unsigned int* table)
+{
+    palettizeLoop(in, out, count, table);
+}
+
+std::vector<unsigned int> stretchByRuns(const std::vector<unsigned char>& palette, int span, bool bgr)
+{
+    const int points = static_cast<int>(palette.size() / 3);
+    const double scale = 1.0 / (static_cast<double>(span) / points);
+    std::vector<unsigned int> entries(static_cast<std::size_t>(span));
+    Places places;
+    for (int first = 0; first < span; first += Places::block) {
+        const int count = std::min(span - first, Places::block);
+        findPlaces(places, first, count, scale, points - 1);
+        for (int n = 0, end = 0; n < count; n = end) {
+            const int left = places.left[n];
+            while (end < count && places.left[end] == left)
+                ++end;
+            const unsigned char* a = palette.data() + 3 * left;
+            const unsigned char* b = palette.data() + 3 * std::min(left + 1, points - 1);
+            const int red = bgr ? 2 : 0;
+            const Pair pair = {{a[red], a[1], a[2 - red]}, {b[red], b[1], b[2 - red]}};
+            blendRun(pair, places.leftWeight + n, places.rightWeight + n, entries.data() + first + n,
+                     end - n);
+        }
+    }
+    return entries;
+}
+
+std::vector<unsigned int> stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr)
+{
+    static const bool bOwn = ownStretchIsExact();
+    const bool bInside = !palette.empty() && palette.size() % 3 == 0 &&
+                         palette.size() <= 3 * pointsStretchedOwn && span >= 1 && span <= tableEntries;
+    return bOwn && bInside ? stretchByRuns(palette, span, bgr) : stretchByResize(palette, span, bgr);
+}
+
+void fillTable(unsigned int* table, const unsigned int* stretched, int min, int max)
+{
+    std::fill_n(table, min, stretched[0]);
+    std::copy_n(stretched, max - min, table + min);
+    std::fill_n(table + max, tableEntries - max, stretched[std::max(max - min - 1, 0)]);
+}
+
+void fillTableHumid(unsigned int* table, const unsigned int* stretched,
+                    const exp::quantity::Temperature<exp::MarkedFloat>& airTemperature,
+                    const exp::quantity::Relation<exp::MarkedFloat>& humidity)
+{
+    const exp::MoistAir air(airTemperature, humidity);
+    // They depend on the scale of the frames alone: half a megabyte spares the exponentials of all later
+    // builds.
+    static const std::vector<double> saturations = saturationsOfFrameValues();
+    constexpr int block = 1024;
+    float moisture[block];
+    int steps[block];
+    for (int first = 0; first < tableEntries; first += block) {
+        exp::surfaceMoisture(air, saturations.data() + first, moisture, block);
+        stepsOf(moisture, steps, block);
+        for (int n = 0; n < block; ++n)
+            table[first + n] = stretched[steps[n]];
+    }
+}
+
+} // namespace velmo::vision
