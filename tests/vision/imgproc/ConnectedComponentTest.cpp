@@ -177,10 +177,12 @@ TEST(ConnectedComponentKernel, GivesTheResultsOfThePlainForm)
     }
 }
 
-TEST(ConnectedComponentKernel, SumsAFullBlockOfTheLargestCoordinates)
+TEST(ConnectedComponentKernel, SumsFullBlocksWhereTheirSumStopsFitting32Bits)
 {
-    const Points points(16384, {262143, 262143}); // 2^18 - 1: one more has a large bit
+    const Points points(16384, {262143, 262143}), larger(16384, {262144, 5}), lower(16384, {5, 262144});
     EXPECT_EQ(sumOf(points.data(), points.size()), cv::Point2d(4294950912.0, 4294950912.0));
+    EXPECT_EQ(sumOf(larger.data(), larger.size()), cv::Point2d(4294967296.0, 81920.0));
+    EXPECT_EQ(sumOf(lower.data(), lower.size()), cv::Point2d(81920.0, 4294967296.0));
 }
 
 TEST(ConnectedComponentKernel, AddsInSequenceWhereSumsAreNoLongerExact)
