@@ -7,6 +7,7 @@ class App;
 namespace thermal {
 
 // Each command adds itself, its options and what it does to the program.
+void addBlobsCommand(CLI::App& program);
 void addDemoCommand(CLI::App& program);
 void addRenderCommand(CLI::App& program);
 

@@ -58,6 +58,7 @@ int runProgram(int argc, const char* const* argv)
     program.require_subcommand(0, 1);
     program.get_formatter()->column_width(36);
 
+    addBlobsCommand(program);
     addDemoCommand(program);
     addRenderCommand(program);
 
