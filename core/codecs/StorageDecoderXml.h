@@ -1,0 +1,72 @@
+#pragma once
+
+#include "core/Export.h"
+#include "core/datatypes/DataStorage.h"
+#include "core/datatypes/Endian.h"
+
+#include <istream>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+class TiXmlDocument;
+class TiXmlNode;
+
+namespace velmo::exp {
+
+/// Reads a storage tree from an XML storage file: a root element "group", inside it elements "group"
+/// and "item", all with a "name" (an id; "/" separates groups), items also with a "type". The value is
+/// the text of an item; what stands first inside the element counts. An item or group that has the
+/// name of an earlier one replaces it.
+///
+/// The text may follow a package instruction, `<?storage version="1" values="binary"
+/// endian="little" size="512"?>`, alone on the first line: `size` bytes of XML text come after that
+/// line, then the values of items in the order in which the items appear, if `values` is "binary" rather
+/// than "text"; each item then has a "size", its number of bytes. `endian` is "little" or "big", and
+/// "little" if it is not there. Without an instruction the stream is text to its end.
+///
+/// A text is refused before it is parsed if it has more than 64 nested elements (the root counted), more
+/// than 256 attributes on one element, more than 64 MiB in all, a NUL byte, or a document type
+/// declaration; ids have 64 components at most. Safe on any bytes, also from several threads on a stream
+/// each.
+class VELMO_API StorageDecoderXml
+{
+public:
+    /// @param in  stands at the start of the file; afterwards behind the last byte that belongs to it
+    /// @return the tree, and the name of its root group
+    /// @throws Exception         for a stream that has failed, for text that is no storage file or exceeds a
+    ///                           limit, for values that are not of their type
+    /// @throws std::logic_error  for a group or item without a name, and for an item without a type
+    static std::pair<DataStorage<std::string>, std::string> decode(std::istream& in);
+    template <class TStorage>
+    static std::pair<TStorage, std::string> decode(std::istream& in)
+    {
+        static_assert(std::is_same_v<TStorage, DataStorage<std::string>>);
+        return decode(in);
+    }
+
+    /// The tree of one group element of a parsed document.
+    /// @param in          stands at the binary values; not touched for text values
+    /// @param group       null and an element without children give an empty tree
+    /// @param textValues  whether values are the text of their items
+    /// @param endian      byte order of binary values
+    /// @throws as `decode`
+    static DataStorage<std::string> decodeStorage(std::istream& in, TiXmlNode* group, bool textValues,
+                                                  Endian endian);
+    template <class TStorage>
+    static TStorage decodeStorage(std::istream& in, TiXmlNode* group, bool textValues, Endian endian)
+    {
+        static_assert(std::is_same_v<TStorage, DataStorage<std::string>>);
+        return decodeStorage(in, group, textValues, endian);
+    }
+
+    /// Reads the text of a storage file and leaves the stream at its binary values.
+    /// @param textValues  becomes whether values are the text of their items
+    /// @param bigEndian   becomes whether binary values are big-endian
+    /// @return the parsed document, or an empty pointer if the text is no XML
+    /// @throws Exception  for a package instruction that is not in order, and for text beyond a limit
+    static std::shared_ptr<TiXmlDocument> getPackageInfo(std::istream& in, bool& textValues, bool& bigEndian);
+};
+
+} // namespace velmo::exp
