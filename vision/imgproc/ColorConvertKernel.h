@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+
+namespace velmo::vision {
+
+/// One way of doing every conversion. All take a run of pixels without padding; none reads or writes a byte
+/// beyond it. Source and destination may be the same buffer where the pixels of the destination are not
+/// larger; otherwise they do not overlap.
+struct ColorKernels
+{
+    /// @param pixels  even
+    using Convert = void (*)(const unsigned char* src, unsigned char* dst, std::size_t pixels);
+
+    const char* name;
+    Convert uyvyToBgr;
+    Convert uyvyToRgb;
+    Convert uy1vy0ToBgr;
+    Convert uy1vy0ToRgb;
+    Convert ycbcrToBgr; ///< this one and the following: any number of pixels
+    Convert bgrToYcbcr;
+    Convert rgbToYcbcr;
+    Convert ycbcrToYuv2;
+    Convert swapRb;
+
+    /// YUYV to Y, Cr, Cb with the lag of chroma, for the pixels from `first` on.
+    /// @param src  the whole frame: a pixel needs bytes of the one before
+    /// @param dst  where pixel `first` goes to
+    void (*lagYuyv)(const unsigned char* src, unsigned char* dst, std::size_t first, std::size_t pixels);
+};
+
+/// The definition, and what a library call uses; the same bits.
+extern const ColorKernels plainColorKernels;
+extern const ColorKernels fastColorKernels;
+
+/// What the components of a colour image are made of. They differ from layout to layout for good: each is
+/// what the device at the other end was tuned with.
+struct LumaChroma
+{
+    float y, rFromCr, gFromCr, gFromCb, bFromCb;
+    float bFromCbSecond; ///< of the second pixel of a pair
+    float rounding;      ///< added before the cut to a whole number
+};
+
+constexpr LumaChroma uyvyFactors = {1.164f, 1.596f, 0.813f, 0.391f, 2.018f, 2.018f, 0.0f};
+constexpr LumaChroma uy1vy0Factors = {1.1644f, 1.596f, 0.813f, 0.3918f, 2.018f, 2.0172f, 0.5f};
+constexpr LumaChroma ycbcrFactors = {1.1644f, 1.596f, 0.813f, 0.3918f, 2.018f, 2.018f, 0.5f};
+
+/// Factors of the conversion to Y, Cb, Cr, in the order of the tables that callers can have.
+enum EncodeFactor
+{
+    yFromR,
+    yFromG,
+    yFromB,
+    cbFromR,
+    cbFromG,
+    half,
+    crFromG,
+    crFromB
+};
+constexpr float encodeFactors[] = {0.299f, 0.587f, 0.114f, 0.16874f, 0.33126f, 0.5f, 0.41869f, 0.081312f};
+constexpr std::size_t encodeTables = sizeof encodeFactors / sizeof encodeFactors[0];
+
+} // namespace velmo::vision
