@@ -122,6 +122,9 @@ TEST(StorageDecoderXml, ReadsGroupsAndItems)
     EXPECT_EQ(storage.get("lens/x/y")->value<double>(), 0.5);
     EXPECT_EQ(storage.get("raw")->value<std::string>(), " <a&b> ");
 
+    std::istringstream whole("<group name=\"r\"/>\n");
+    EXPECT_EQ(StorageDecoderXml::decode(whole).second, "r");
+    EXPECT_FALSE(whole.fail()) << "the end of a text is no failure";
     EXPECT_EQ(decode("<group name=\"r\"/>"), std::pair(Storage(), std::string("r")));
     EXPECT_EQ(decodeIn(item("a", "int8", "1") + item("a", "string", "x")).get("a")->value<std::string>(),
               "x");
@@ -131,9 +134,10 @@ TEST(StorageDecoderXml, ReadsGroupsAndItems)
 TEST(StorageDecoderXml, NamesWhatIsMissing)
 {
     const Refusal noXml("Inputstream does not contain any XML.", "decode(..)\n");
-    for (const char* file : {"", "<group name=\"a\">", "<group name=\"a\"></grou>", "<group name=a/>",
-                             "<group name=\"a\"", "<group name=\"a\"></group></group>", "<", "<!-- ",
-                             "<group name=\"&#x;\"/>", "<?xml", "<?xml a=", "hello"})
+    for (const char* file :
+         {"", "<group name=\"a\">", "<group name=\"a\"></grou>", "<group name=a/>", "<group name=\"a\"",
+          "<group name=\"a\"></group></group>", "<", "<!-- ", "<group name=\"&#x;\"/>", "<?xml",
+          "<?xml a=", "<?pi ><group name=\"a\"/>", "hello"})
         EXPECT_EQ(refusalAndFunction(file), noXml) << file;
     EXPECT_EQ(refusalAndFunction("<!-- empty -->"), Refusal("Root element not found!", "decode(..)\n"));
     EXPECT_EQ(refusalAndFunction("<tree name=\"a\"/>"),
