@@ -11,8 +11,6 @@
 #include <memory>
 #include <regex>
 
-const std::vector<cv::Size> frameSizes = {{160, 120}, {240, 180}, {640, 480}, {1280, 1024}};
-
 Job::Job(std::size_t bytes, std::size_t items, std::string item)
     : m_u64Items(items), m_strItem(std::move(item))
 {

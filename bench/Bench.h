@@ -58,8 +58,9 @@ private:
     std::string m_strItem;
 };
 
-/// The frame sizes that every job over frames runs on.
-extern const std::vector<cv::Size> frameSizes;
+/// The frame sizes that every job over frames runs on. Inline, so that it exists before the registrations of
+/// every file do, whatever the order in which files are linked.
+inline const std::vector<cv::Size> frameSizes = {{160, 120}, {240, 180}, {640, 480}, {1280, 1024}};
 
 /// A variable of this type enters a job into the benchmark; `make` builds it for one size.
 struct Registration
