@@ -1,0 +1,285 @@
+#include "core/Exception.h"
+#include "vision/imgproc/BadPixel.h"
+#include "vision/imgproc/BadPixelKernel.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace velmo::exp::vision;
+using velmo::exp::Exception;
+
+namespace {
+
+using Frame = cv::Mat_<short>;
+using Map = cv::Mat_<int>;
+using Tools = BadPixelTools;
+
+bool same(const Map& left, const Map& right)
+{
+    return left.size() == right.size() && std::equal(left.begin(), left.end(), right.begin());
+}
+
+/// A row that begins with the given values and goes on with `rest`.
+Frame row(int count, const std::vector<short>& values, short rest)
+{
+    Frame frame(1, count, rest);
+    std::copy(values.begin(), values.end(), frame.begin());
+    return frame;
+}
+
+template <class Call>
+std::string messageOf(Call call, const std::string& function)
+{
+    try {
+        call();
+    } catch (const Exception& error) {
+        EXPECT_THAT(error.location(), testing::HasSubstr(": " + function + "(..)\n"));
+        return error.what();
+    }
+    return "";
+}
+
+} // namespace
+
+TEST(BadPixelHistogram, FlagsWhatIsOutsideThePopulatedCore)
+{
+    Frame frame(10, 10, 1000);
+    Map map;
+    EXPECT_EQ(Tools::detectBadPixelHistogram(frame, map, 1), 0U);
+    EXPECT_EQ(map.size(), frame.size());
+    EXPECT_EQ(cv::countNonZero(map), 0);
+
+    frame(3, 4) = 3000;
+    EXPECT_EQ(Tools::detectBadPixelHistogram(frame, map, 1), 1U);
+    EXPECT_EQ(map(3, 4), 64);
+    EXPECT_EQ(cv::countNonZero(map), 1);
+    EXPECT_EQ(Tools::detectBadPixelHistogram(frame, map, 1), 1U); // counted again
+}
+
+TEST(BadPixelHistogram, AcceptsOneBinMoreAboveThanBelow)
+{
+    // The mean is 50, so x falls into bin 100 + x; 150 is the peak, 149 and 151 have too few: the limits.
+    const std::vector<short> values{49, 48, 47, 51, 52, 53};
+    Map map(1, 100, 0);
+    map(0, 0) = 2;
+    map(0, 1) = 2;
+    EXPECT_EQ(Tools::detectBadPixelHistogram(row(100, values, 50), map, 2), 3U);
+    EXPECT_TRUE(same(map.colRange(0, 7), (Map(1, 7) << 2, 2 | 64, 64, 0, 0, 64, 0)));
+
+    // A negative mean turns the order of the values round, not that of the bins: -x falls where x fell.
+    EXPECT_EQ(Tools::detectBadPixelHistogram(-row(100, values, 50), map = 0, 2), 3U);
+    EXPECT_TRUE(same(map.colRange(0, 7), (Map(1, 7) << 0, 64, 64, 0, 0, 64, 0)));
+}
+
+TEST(BadPixelHistogram, ReplacesAMapOfAnotherSizeOnly)
+{
+    const Frame frame(4, 6, 100);
+    for (const cv::Size size : {cv::Size(4, 6), {1, 1}, {6, 5}}) {
+        Map map(size, 3);
+        const Map before = map;
+        EXPECT_EQ(Tools::detectBadPixelHistogram(frame, map, 1), 0U);
+        EXPECT_TRUE(same(map, Map(4, 6, 0)));
+        EXPECT_TRUE(same(before, Map(size, 3)));
+    }
+    Map empty;
+    EXPECT_EQ(Tools::detectBadPixelHistogram(Frame(), empty, 1), 0U);
+}
+
+TEST(BadPixelHistogram, SurvivesAMeanAtOrNearZero)
+{
+    Map map;
+    EXPECT_EQ(Tools::detectBadPixelHistogram(Frame(8, 8, static_cast<short>(0)), map, 1), 0U);
+    EXPECT_EQ(Tools::detectBadPixelHistogram(row(100, {7, -7}, 0), map, 1), 0U);
+    // The mean is 0.0001, the scale 500000: 0 is in bin 100, the others' bins do not fit 32 bits.
+    EXPECT_EQ(Tools::detectBadPixelHistogram(row(10000, {30000, -29999}, 0), map, 1), 2U);
+    EXPECT_EQ(map(0, 0), 64);
+    EXPECT_EQ(map(0, 1), 64);
+    EXPECT_EQ(cv::countNonZero(map), 2);
+}
+
+TEST(BadPixelHistogram, ConvertsABinThatDoesNotFitToTheSmallestInt)
+{
+    const int least = std::numeric_limits<int>::min();
+    EXPECT_EQ(spreadBin(0, spreadScale(0)), least); // 0 x infinity
+    EXPECT_EQ(spreadBin(5, spreadScale(0)), least);
+    EXPECT_EQ(spreadBin(-5, spreadScale(0)), least);
+    EXPECT_EQ(spreadBin(1, 2147483520.F), 2147483620);
+    EXPECT_EQ(spreadBin(1, 2147483648.F), least);
+    EXPECT_EQ(spreadBin(-1, 2147483648.F), least + 100);
+    EXPECT_EQ(spreadBin(-1, 4294967296.F), least);
+    EXPECT_EQ(spreadBin(-1, 100.5F), 0); // toward zero
+}
+
+TEST(BadPixelHistogram, SumsInSinglePrecisionInOrder)
+{
+    // From 2^24 on, adding 1 changes nothing, so the mean is smaller than it should be by the million ones:
+    // 69 lands in bin 305. With the true mean it would be 294 and good.
+    const int large = 1024, ones = 1000000;
+    Frame frame(1, large + ones + 1, 1);
+    frame.colRange(0, large) = 16384;
+    frame(0, large + ones) = 69;
+    Map map;
+    EXPECT_EQ(Tools::detectBadPixelHistogram(frame, map, 0), 1025U);
+    EXPECT_EQ(map(0, large + ones), 64);
+}
+
+TEST(BadPixelHistogram, GivesTheBitsOfThePlainForm)
+{
+    std::mt19937 random(3);
+    std::uniform_int_distribution<int> level(-32768, 32767), width(0, 120), count(0, 40);
+    for (int n = 0; n < 3000; ++n) {
+        // A populated core with a few outliers, a part of a larger frame.
+        const int centre = n % 3 == 0 ? level(random) % 50 : level(random);
+        std::normal_distribution<double> core(centre, 1 + std::abs(centre) * 0.002 * width(random));
+        Frame frame(12, width(random) + 3);
+        for (short& pixel : frame)
+            pixel = random() % 50 == 0 ? static_cast<short>(level(random))
+                                       : cv::saturate_cast<short>(core(random));
+        const Frame part = frame(cv::Rect(1, 2, frame.cols - 2, 9));
+        Map expected(part.size(), 1), actual(12, frame.cols, 1);
+        Map window = actual(cv::Rect(1, 2, frame.cols - 2, 9));
+        const auto minCount = static_cast<unsigned long>(count(random));
+        ASSERT_EQ(Tools::detectBadPixelHistogram(part, window, minCount),
+                  flagSpreadPlain(part, expected, minCount));
+        ASSERT_TRUE(same(window, expected)) << "frame " << n;
+        ASSERT_EQ(cv::sum(actual)[0] - cv::sum(window)[0], actual.total() - window.total())
+            << "wrote outside";
+    }
+}
+
+TEST(BadPixelLines, AreFlaggedAboveTheirLimits)
+{
+    const Map map = (Map(4, 5) << 64, 0, 2, 0, 0, //
+                     0, 0, 1, 0, -5,              //
+                     0, 0, 0, 0, -5,              //
+                     9, 0, 7, 3, 0);
+    Map flagged = map.clone();
+    // Rows hold 2, 1, 0, 3; columns 2, 0, 3, 1, 0: negative values do not count.
+    Tools::detectBadRowsAndColumns(flagged, 2, 2);
+    EXPECT_TRUE(same(flagged, (Map(4, 5) << 64, 0, 2 | 16, 0, 0, //
+                               0, 0, 1 | 16, 0, -5,              //
+                               0, 0, 16, 0, -5,                  //
+                               9 | 16, 16, 7 | 16, 3 | 16, 16)));
+
+    // The first limit is the columns'. A flagged row adds nothing to them: columns 1 and 4 stay good.
+    flagged = map.clone();
+    Tools::detectBadRowsAndColumns(flagged, 0, 2);
+    EXPECT_TRUE(same(flagged & 16, (Map(4, 5) << 16, 0, 16, 16, 0, //
+                                    16, 0, 16, 16, -5 & 16,        //
+                                    16, 0, 16, 16, -5 & 16,        //
+                                    16, 16, 16, 16, 16)));
+    flagged = map.clone();
+    Tools::detectBadRowsAndColumns(flagged, 100, 0);
+    EXPECT_TRUE(same(flagged.row(1) & 16, Map(1, 5, 16)));
+    EXPECT_TRUE(same(flagged.row(2), map.row(2)));
+
+    Map empty;
+    Tools::detectBadRowsAndColumns(empty, 0, 0);
+}
+
+TEST(BadPixelMonotony, FlagsWhatDoesNotRise)
+{
+    const std::vector<Frame> frames{(Frame(1, 6) << 10, 10, -5, 32767, -32768, 3),
+                                    (Frame(1, 6) << 12, 12, -4, -32768, 32767, 2),
+                                    (Frame(1, 6) << 12, 13, -3, -32767, 32767, 1)};
+    Map map(1, 6, 1);
+    Tools::checkMonotonic(frames, map);
+    EXPECT_TRUE(same(map, (Map(1, 6) << 33, 1, 1, 33, 33, 33)));
+    Tools::checkMonotonic({frames[0], frames[1]}, map = 0);
+    EXPECT_TRUE(same(map, (Map(1, 6) << 0, 0, 0, 32, 0, 32)));
+}
+
+TEST(BadPixelMonotony, RefusesASeriesThatIsNone)
+{
+    const Frame frame(2, 3, static_cast<short>(1));
+    Map map(2, 3, 0), other(3, 2, 0);
+    EXPECT_EQ(messageOf([&] { Tools::checkMonotonic({frame}, other); }, "checkMonotonic"),
+              "Need at least 2 frames to check monotony!");
+    EXPECT_EQ(messageOf(
+                  [&] {
+                      Tools::checkMonotonic({frame, frame}, other);
+                  },
+                  "checkMonotonic"),
+              "Size of matBadPixel does not fit to the frames!");
+    for (const Frame& odd : {Frame(), Frame(2, 4), Frame(1, 3)})
+        EXPECT_THROW(Tools::checkMonotonic({frame, frame, odd}, map), Exception);
+    EXPECT_EQ(cv::countNonZero(map), 0);
+}
+
+TEST(BadPixelNetd, ComparesEachPixelWithTheMeans)
+{
+    // Over 10 kelvin: responsivities 10, 10, 10, 18, 10, 2; their mean is 10.
+    const Frame cold(1, 6, 100), warm = (Frame(1, 6) << 200, 200, 200, 280, 200, 120);
+    const Frame noise = (Frame(1, 6) << 2, 2, 2, 2, 2, 2);
+    Map map(1, 6, 0);
+    const auto results = Tools::checkNetd(cold, warm, noise, map, 20, 30, 0.5, 0.5, 100);
+    EXPECT_DOUBLE_EQ(results.dMeanResponsivity, 10);
+    EXPECT_DOUBLE_EQ(results.dMeanNoise, 2);
+    EXPECT_DOUBLE_EQ(results.dMeanNetd, (4 * 0.2 + 2.0 / 18 + 1.0) / 6);
+    EXPECT_TRUE(results.bBadPixelsFound);
+    EXPECT_TRUE(same(map, (Map(1, 6) << 0, 0, 0, 2, 0, 2)));
+
+    // A deviation as large as the limit is good: 8 of 10 here.
+    EXPECT_FALSE(Tools::checkNetd(cold, warm, noise, map = 0, 20, 30, 0.8, 0.5, 100).bBadPixelsFound);
+    EXPECT_TRUE(same(map, Map(1, 6, 0)));
+    // The NETD of the last pixel, 1, is more than twice the mean away from it.
+    EXPECT_TRUE(Tools::checkNetd(cold, warm, noise, map = 0, 20, 30, -0.8, 0.5, -2).bBadPixelsFound);
+    EXPECT_TRUE(same(map, (Map(1, 6) << 0, 0, 0, 0, 0, 2)));
+}
+
+TEST(BadPixelNetd, ComparesOnlyTheNoiseOfPixelsItDidNotMeasure)
+{
+    // Good: 2. Flagged before, with a wild response: 2. Without response: 2. The noise of every second is
+    // bad.
+    const Frame cold(1, 6, static_cast<short>(0)), warm = (Frame(1, 6) << 100, 100, 9000, 9000, 0, 0);
+    const Frame noise = (Frame(1, 6) << 4, 4, 4, 90, 4, 90);
+    Map map = (Map(1, 6) << 0, 0, 32, 32, 0, 0);
+    const auto results = Tools::checkNetd(cold, warm, noise, map, 0, 10, 0.5, 0.5, 0.5);
+    EXPECT_DOUBLE_EQ(results.dMeanResponsivity, 10);
+    EXPECT_DOUBLE_EQ(results.dMeanNoise, 4);
+    EXPECT_DOUBLE_EQ(results.dMeanNetd, 0.4);
+    EXPECT_TRUE(results.bBadPixelsFound);
+    EXPECT_TRUE(same(map, (Map(1, 6) << 0, 0, 32, 34, 2, 2)));
+
+    // With everything flagged there are no means, and nothing to compare with.
+    map = 16;
+    const auto none = Tools::checkNetd(cold, warm, noise, map, 0, 10, 0, 0, 0);
+    EXPECT_TRUE(std::isnan(none.dMeanResponsivity) && std::isnan(none.dMeanNoise) &&
+                std::isnan(none.dMeanNetd));
+    EXPECT_FALSE(none.bBadPixelsFound);
+    EXPECT_TRUE(same(map, Map(1, 6, 16)));
+}
+
+TEST(BadPixelNetd, WrapsADifferenceAt16Bits)
+{
+    // 60000 more is 5536 less.
+    Map map(1, 1, 0);
+    const auto results = Tools::checkNetd(Frame(1, 1, -30000), Frame(1, 1, 30000), Frame(1, 1, 5536), map, 0,
+                                          10, 0.1, 0.1, 0.1);
+    EXPECT_DOUBLE_EQ(results.dMeanResponsivity, -553.6);
+    EXPECT_DOUBLE_EQ(results.dMeanNetd, -10);
+    EXPECT_EQ(map(0, 0), 0);
+}
+
+TEST(BadPixelNetd, RefusesWhatCannotBeCompared)
+{
+    EXPECT_EQ(Tools::NetdCheckResults().dMeanNoise, 0);
+    const Frame frame(2, 2, static_cast<short>(0)), odd(2, 3, static_cast<short>(0));
+    Map map(2, 2, 0), oddMap(2, 3, 0);
+    const auto check = [](const Frame& one, const Frame& two, const Frame& noise, Map& flags, double warm) {
+        return messageOf([&] { Tools::checkNetd(one, two, noise, flags, 20, warm, 1, 1, 1); }, "checkNetd");
+    };
+    const std::string sizes = "NETD input frames must have same size!";
+    EXPECT_EQ(check(odd, frame, frame, map, 30), sizes);
+    EXPECT_EQ(check(frame, odd, frame, map, 30), sizes);
+    EXPECT_EQ(check(frame, frame, odd, map, 20), sizes);
+    EXPECT_EQ(check(frame, frame, frame, oddMap, 30), sizes);
+    EXPECT_EQ(check(frame, frame, frame, map, 20), "NETD compare temperatures must be diffrent!");
+    EXPECT_EQ(cv::countNonZero(map) + cv::countNonZero(oddMap), 0);
+}

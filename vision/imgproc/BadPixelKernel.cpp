@@ -1,0 +1,140 @@
+#include "vision/imgproc/BadPixelKernel.h"
+
+#include "core/Clones.h"
+#include "vision/imgproc/BadPixel.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace velmo::exp::vision {
+namespace {
+
+struct Range
+{
+    short low = std::numeric_limits<short>::max();
+    short high = std::numeric_limits<short>::min();
+};
+
+VELMO_CLONES Range rangeOf(const short* __restrict values, int count)
+{
+    Range range;
+    for (int n = 0; n < count; ++n) {
+        range.low = values[n] < range.low ? values[n] : range.low;
+        range.high = values[n] > range.high ? values[n] : range.high;
+    }
+    return range;
+}
+
+VELMO_CLONES unsigned long flagOutside(const short* __restrict values, int* __restrict flags, int count,
+                                       int low, int high)
+{
+    int flagged = 0;
+    for (int n = 0; n < count; ++n) {
+        const int bad = (values[n] < low) | (values[n] > high);
+        flags[n] |= bad * static_cast<int>(BadPixelTools::u32BadHomogenity);
+        flagged += bad;
+    }
+    return static_cast<unsigned long>(flagged);
+}
+
+/// How often each value of a frame occurs.
+struct ValueCounts
+{
+    ValueCounts(const cv::Mat_<short>& frame) : rowRanges(static_cast<std::size_t>(frame.rows))
+    {
+        for (int r = 0; r < frame.rows; ++r) {
+            Range& row = rowRanges[static_cast<std::size_t>(r)];
+            row = rangeOf(frame[r], frame.cols);
+            range = {std::min(range.low, row.low), std::max(range.high, row.high)};
+        }
+        even.resize(static_cast<std::size_t>(range.high - range.low + 1));
+        odd.resize(even.size());
+    }
+
+    /// Adds the values of a row to a running sum, in order, and counts them meanwhile: an addition waits for
+    /// the one before, and the counting fits into that time. Two tables, as neighbours are often equal and
+    /// an increment would wait for the other's store.
+    float addRow(const short* values, int count, float sum)
+    {
+        std::uint32_t* evens = even.data();
+        std::uint32_t* odds = odd.data();
+        const int lowest = range.low;
+        int n = 0;
+        for (; n + 1 < count; n += 2) {
+            sum += static_cast<float>(values[n]);
+            ++evens[values[n] - lowest];
+            sum += static_cast<float>(values[n + 1]);
+            ++odds[values[n + 1] - lowest];
+        }
+        if (n < count) {
+            sum += static_cast<float>(values[n]);
+            ++evens[values[n] - lowest];
+        }
+        return sum;
+    }
+
+    unsigned long of(int value) const
+    {
+        const auto index = static_cast<std::size_t>(value - range.low);
+        return static_cast<unsigned long>(even[index]) + odd[index];
+    }
+
+    Range range;
+    std::vector<Range> rowRanges;
+    std::vector<std::uint32_t> even, odd;
+};
+
+SpreadBins binsOf(const ValueCounts& counts, float scale)
+{
+    SpreadBins bins{};
+    for (int value = counts.range.low; value <= counts.range.high; ++value) {
+        const int bin = spreadBin(static_cast<float>(value), scale);
+        if (bin >= 0 && bin < static_cast<int>(spreadBinCount))
+            bins[static_cast<std::size_t>(bin)] += counts.of(value);
+    }
+    return bins;
+}
+
+/// The values whose bins are inside the limits: an interval, as the bins are in order.
+Range valuesWithin(const SpreadLimits& limits, Range range, float scale)
+{
+    const auto isGood = [&](int value) {
+        const int bin = spreadBin(static_cast<float>(value), scale);
+        return bin >= limits.low && bin <= limits.high;
+    };
+    while (range.low < range.high && !isGood(range.low))
+        ++range.low;
+    while (range.high > range.low && !isGood(range.high))
+        --range.high;
+    return range;
+}
+
+} // namespace
+
+unsigned long flagSpread(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount)
+{
+    if (frame.empty())
+        return 0;
+    if (frame.total() > std::numeric_limits<std::uint32_t>::max()) // more than the counters hold
+        return flagSpreadPlain(frame, map, minCount);
+    ValueCounts counts(frame);
+    float sum = 0;
+    for (int r = 0; r < frame.rows; ++r)
+        sum = counts.addRow(frame[r], frame.cols, sum);
+    const float scale = spreadScale(sum / static_cast<float>(frame.total()));
+    const SpreadLimits limits = spreadLimits(binsOf(counts, scale), minCount);
+    if (limits.bNone)
+        return 0;
+
+    const Range good = valuesWithin(limits, counts.range, scale);
+    unsigned long count = 0;
+    for (int r = 0; r < frame.rows; ++r) {
+        const Range& row = counts.rowRanges[static_cast<std::size_t>(r)];
+        if (row.low < good.low || row.high > good.high)
+            count += flagOutside(frame[r], map[r], frame.cols, good.low, good.high);
+    }
+    return count;
+}
+
+} // namespace velmo::exp::vision
