@@ -1,0 +1,20 @@
+#pragma once
+
+/// Small operations for loops that are to become vectors of 16-bit lanes.
+
+/// What a cloned loop calls must be cloned with it.
+#define VELMO_INLINE inline __attribute__((always_inline))
+
+namespace velmo::exp {
+
+VELMO_INLINE short lower(short a, short b)
+{
+    return a < b ? a : b;
+}
+
+VELMO_INLINE short higher(short a, short b)
+{
+    return a < b ? b : a;
+}
+
+} // namespace velmo::exp

@@ -1,0 +1,33 @@
+#include "vision/imgproc/SpatialNoiseRemover.h"
+
+#include "vision/imgproc/SpatialNoiseRemoverKernel.h"
+
+namespace velmo::exp::vision {
+
+SpatialNoiseRemover::SpatialNoiseRemover(int gain)
+{
+    setGain(gain);
+}
+
+SpatialNoiseRemover::~SpatialNoiseRemover() = default;
+
+bool SpatialNoiseRemover::setGain(int gain)
+{
+    if (gain < 0 || gain > s32MaxGain)
+        return false;
+    m_s32Gain = gain;
+    return true;
+}
+
+void SpatialNoiseRemover::process(const cv::Mat_<short>& in, cv::Mat_<short>& out) const
+{
+    out.create(in.rows, in.cols);
+    if (in.rows < 1 || in.cols < 1)
+        return;
+    if (m_s32Gain == 0)
+        in.copyTo(out);
+    else
+        removeSpatialNoise(in, out, m_s32Gain);
+}
+
+} // namespace velmo::exp::vision
