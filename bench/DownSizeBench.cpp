@@ -1,0 +1,60 @@
+#include "vision/imgproc/DownSize.h"
+
+#include "bench/Bench.h"
+#include "bench/Scene.h"
+#include "vision/imgproc/DownSizeKernel.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <memory>
+
+using namespace velmo::exp::vision;
+
+namespace {
+
+using Frame = cv::Mat_<short>;
+
+struct Frames
+{
+    Frame in, out, expected, peer;
+};
+
+using Resize = void (*)(Frame&, Frame&);
+using ResizePlain = void (*)(const Frame&, Frame&);
+
+/// The bytes count the rows read and the output written, not what goes through temporary rows.
+Job downSize(cv::Size size, cv::Size target, Resize ours, ResizePlain plain)
+{
+    const auto frames = std::make_shared<Frames>();
+    frames->in = asSigned(scene(size));
+    frames->expected.create(target);
+    ours(frames->in, frames->out);
+    plain(frames->in, frames->expected);
+    const auto pixels = static_cast<std::size_t>(size.area());
+    Job job(2 * (pixels + static_cast<std::size_t>(target.area())), pixels);
+    job.check(cv::countNonZero(frames->out != frames->expected) == 0);
+    job.ours([=] { ours(frames->in, frames->out); });
+    job.plain([=] { plain(frames->in, frames->expected); });
+    job.peer("INTER_LINEAR", [=] { cv::resize(frames->in, frames->peer, target, 0, 0, cv::INTER_LINEAR); });
+    job.peer("INTER_AREA", [=] { cv::resize(frames->in, frames->peer, target, 0, 0, cv::INTER_AREA); });
+    return job;
+}
+
+Job twoThirds(cv::Size size)
+{
+    Job job = downSize(size, {160, 120}, DownSize::resize240To160, resizeToTwoThirdsPlain);
+    job.atLeast(3.5, "plain").atLeast(2.4, "INTER_LINEAR").atLeast(8, "INTER_AREA").atMost(10, "memcpy");
+    return job;
+}
+
+Job half(cv::Size size)
+{
+    Job job = downSize(size, {120, 90}, DownSize::resize240To120, resizeToHalfPlain);
+    job.atLeast(6, "plain").atMost(1.05, "INTER_LINEAR").atMost(1.05, "INTER_AREA").atMost(4.5, "memcpy");
+    return job;
+}
+
+const Registration registrationTwoThirds("downsize 2/3", twoThirds, {{240, 180}});
+const Registration registrationHalf("downsize 1/2", half, {{240, 180}});
+
+} // namespace

@@ -1,0 +1,108 @@
+#include "vision/imgproc/StaticPatternRemover.h"
+
+#include "core/Exception.h"
+#include "vision/imgproc/StaticPatternRemoverKernel.h"
+
+#include <string>
+#include <utility>
+
+namespace velmo::exp::vision {
+namespace {
+
+bool assign(int& parameter, int value, int most)
+{
+    if (value < 0 || value > most)
+        return false;
+    parameter = value;
+    return true;
+}
+
+} // namespace
+
+StaticPatternRemover::StaticPatternRemover(int threshold, int lineLimit, int frameLimit)
+{
+    setThreshold(threshold);
+    setLineLimit(lineLimit);
+    setFrameLimit(frameLimit);
+}
+
+StaticPatternRemover::~StaticPatternRemover() = default;
+
+StaticPatternRemover::StaticPatternRemover(const StaticPatternRemover& other)
+    : m_oColumnState(other.m_oColumnState.clone()), m_oPixelState(other.m_oPixelState.clone()),
+      m_s32Threshold(other.m_s32Threshold), m_s32ThresholdLow(other.m_s32ThresholdLow),
+      m_s32LineLimit(other.m_s32LineLimit), m_s32FrameLimit(other.m_s32FrameLimit)
+{}
+
+StaticPatternRemover& StaticPatternRemover::operator=(const StaticPatternRemover& other)
+{
+    if (this != &other)
+        *this = StaticPatternRemover(other);
+    return *this;
+}
+
+StaticPatternRemover::StaticPatternRemover(StaticPatternRemover&& other) noexcept
+{
+    *this = std::move(other);
+}
+
+StaticPatternRemover& StaticPatternRemover::operator=(StaticPatternRemover&& other) noexcept
+{
+    if (this == &other)
+        return *this;
+    m_oColumnState = std::exchange(other.m_oColumnState, cv::Mat_<int>());
+    m_oPixelState = std::exchange(other.m_oPixelState, cv::Mat_<int>());
+    m_s32Threshold = other.m_s32Threshold;
+    m_s32ThresholdLow = other.m_s32ThresholdLow;
+    m_s32LineLimit = other.m_s32LineLimit;
+    m_s32FrameLimit = other.m_s32FrameLimit;
+    m_aScratch = std::exchange(other.m_aScratch, {});
+    return *this;
+}
+
+bool StaticPatternRemover::setThreshold(int threshold)
+{
+    if (!assign(m_s32Threshold, threshold, s32MaxThreshold))
+        return false;
+    m_s32ThresholdLow = static_cast<int>(static_cast<float>(threshold) * 0.7f);
+    return true;
+}
+
+bool StaticPatternRemover::setLineLimit(int lineLimit)
+{
+    return assign(m_s32LineLimit, lineLimit, s32MaxLimit);
+}
+
+bool StaticPatternRemover::setFrameLimit(int frameLimit)
+{
+    return assign(m_s32FrameLimit, frameLimit, s32MaxLimit);
+}
+
+void StaticPatternRemover::init(const cv::Size_<int>& size)
+{
+    if (size.width < 0 || size.height < 0)
+        VELMO_THROW("Frame size " + std::to_string(size.width) + " x " + std::to_string(size.height) +
+                    " is below 0!");
+    // Both or neither: they must always be of the same width.
+    cv::Mat_<int> columns(1, size.width, 0);
+    m_oPixelState = cv::Mat_<int>(size.height, size.width, 0);
+    m_oColumnState = std::move(columns);
+}
+
+void StaticPatternRemover::validateInput(const cv::Size_<int>& size)
+{
+    if (size != m_oPixelState.size())
+        init(size);
+}
+
+void StaticPatternRemover::process(const cv::Mat_<short>& in, cv::Mat_<short>& out)
+{
+    validateInput(in.size());
+    out.create(in.rows, in.cols);
+    if (in.rows < 1 || in.cols < 1)
+        return;
+    removeStaticPattern(in, out, m_oColumnState, m_oPixelState,
+                        {m_s32Threshold, m_s32ThresholdLow, m_s32LineLimit, m_s32FrameLimit}, m_aScratch);
+}
+
+} // namespace velmo::exp::vision
