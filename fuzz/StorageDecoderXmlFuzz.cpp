@@ -1,6 +1,7 @@
 #include "core/Exception.h"
 #include "core/codecs/StorageDecoder.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
@@ -16,9 +17,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         const auto [storage, name] = StorageDecoder<Storage>(StorageDecoder<Storage>::s32Xml).decode(in);
         const Storage copy(storage);
-        // Both walks go through all of it; a value that is no number equals nothing.
-        if (copy.size() != storage.size() || !copy.satisfiesQuery(Storage()))
+        // The same ids at least; values may differ from themselves, being "not a number".
+        if (copy.size() != storage.size() ||
+            !std::equal(copy.begin(), copy.end(), storage.begin(),
+                        [](const auto& a, const auto& b) { return a.first == b.first; }))
             std::abort();
+        static_cast<void>(copy == storage); // a walk through all of it
     } catch (const Exception&) {
     } catch (const std::logic_error&) { // an element without its name or type
     }
