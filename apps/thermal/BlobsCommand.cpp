@@ -115,7 +115,7 @@ void showBlobs(const BlobsOptions& options)
         throw UsageError("--range: 'lock' is not for blobs; give MIN:MAX for steady colours");
     const auto source = openFrames(options.input);
     const auto sink = openSink(options.out, source->count(), options.fps);
-    Colouring colouring;
+    Colouring colouring(findPalette("Grayscale")); // so that the outlines are the colours
     BlobTracker tracker;
     BlobTable table(options.celsius);
     std::size_t index = 0;

@@ -10,5 +10,7 @@ namespace thermal {
 void addBlobsCommand(CLI::App& program);
 void addDemoCommand(CLI::App& program);
 void addRenderCommand(CLI::App& program);
+void addNoiseCommand(CLI::App& program);
+void addPalettesCommand(CLI::App& program);
 
 } // namespace thermal

@@ -29,7 +29,7 @@ Picture ContactSheet::draw() const
     }
     cell += cv::Size(s32Margin, s32Margin + s32TitleRoom);
     const int rows = (static_cast<int>(m_vecCells.size()) + m_s32Columns - 1) / m_s32Columns;
-    const int header = s32TitleRoom + s32Margin;
+    const int header = m_strTitle.empty() ? s32Margin / 2 : s32TitleRoom + s32Margin;
 
     Picture sheet(header + rows * cell.height + s32Margin / 2, m_s32Columns * cell.width + s32Margin, paper);
     drawText(sheet, m_strTitle, {s32Margin, s32Margin}, ink);

@@ -11,6 +11,7 @@ namespace thermal {
 class ContactSheet
 {
 public:
+    /// @param title  may be empty
     ContactSheet(std::string title, int columns) : m_strTitle(std::move(title)), m_s32Columns(columns) {}
 
     void add(std::string title, Picture picture);

@@ -6,6 +6,9 @@
 #include "apps/thermal/Parse.h"
 #include "apps/thermal/Progress.h"
 
+#include "core/Exception.h"
+#include "core/codecs/ImageDecoderPxM.h"
+
 #include <opencv2/imgcodecs.hpp>
 
 #include <CLI/App.hpp>
@@ -56,6 +59,25 @@ void requireReadable(const std::string& path)
 {
     if (!std::ifstream(path, std::ios::binary))
         throw UsageError(path + ": cannot be read");
+}
+
+/// A picture as it is in the file, or none.
+cv::Mat decode(const std::string& path)
+{
+    cv::Mat picture;
+    try {
+        velmo::exp::ImageDecoderPxM netpbm;
+        if (netpbm.open(path)) {
+            netpbm.grab(picture);
+            return picture;
+        }
+        const StandardErrorMuted muted;
+        return cv::imread(path, cv::IMREAD_UNCHANGED);
+    } catch (const velmo::exp::Exception& error) {
+        throw UsageError(path + ": " + error.what());
+    } catch (const cv::Exception&) {
+        return {}; // larger than the picture libraries take
+    }
 }
 
 class PictureFrames : public FrameSource
@@ -201,22 +223,14 @@ std::unique_ptr<FrameSource> openFrames(const InputOptions& options)
 Frame readFrame(const std::string& path)
 {
     requireReadable(path);
-    cv::Mat picture;
-    {
-        const StandardErrorMuted muted;
-        try {
-            picture = cv::imread(path, cv::IMREAD_UNCHANGED);
-        } catch (const cv::Exception&) {
-            picture.release(); // larger than the picture libraries take
-        }
-    }
+    cv::Mat picture = decode(path);
     if (picture.empty())
         throw UsageError(path + ": not a whole PGM, PNG or TIFF picture");
-    // Eight bits have lost what the colours are chosen from; that is a picture of a frame, not a frame.
-    if (picture.type() != CV_16UC1)
+    if (picture.channels() != 1 || (picture.depth() != CV_16U && picture.depth() != CV_8U))
         throw UsageError(path + ": not a frame of 16-bit grey values (it has " +
                          std::to_string(picture.channels()) + " channels of " +
                          std::to_string(8 * picture.elemSize1()) + " bits)");
+    picture.convertTo(picture, CV_16U); // 8-bit values as they are
     return picture;
 }
 

@@ -48,7 +48,7 @@ struct InputOptions
 /// @throws UsageError  if there are none, or if a raw file is not a whole number of frames
 std::unique_ptr<FrameSource> openFrames(const InputOptions& options);
 
-/// One 16-bit grey PGM, PNG or TIFF (the first page).
+/// One grey PGM, PNG or TIFF (the first page), of 16 or 8 bits; the file's values, unscaled.
 Frame readFrame(const std::string& path);
 
 /// Hands every frame of the source to `use`, with a progress bar unless `quiet`; an interrupt ends it.

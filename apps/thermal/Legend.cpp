@@ -2,6 +2,8 @@
 
 #include "apps/thermal/Text.h"
 
+#include "vision/radiometry/RadiometricTools.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -30,13 +32,12 @@ Frame ramp(ValueRange range, int rows)
 
 } // namespace
 
-std::string valueText(double value, bool celsius)
+std::string valueText(unsigned short value, bool celsius)
 {
+    if (!celsius)
+        return std::to_string(value);
     char text[32];
-    if (celsius)
-        std::snprintf(text, sizeof text, "%.1f °C", value * 0.01 - 273.15);
-    else
-        std::snprintf(text, sizeof text, "%.0f", value);
+    std::snprintf(text, sizeof text, "%.1f °C", double{velmo::vision::RadiometricTools::getFloat(value)});
     return text;
 }
 
@@ -44,7 +45,7 @@ Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange rang
 {
     const int labels = 1 + std::clamp((picture.rows - s32TextHeight - 2) / s32LabelPitch, 1, 4);
     const auto valueOf = [&](int label) {
-        return range.high - (range.high - range.low) * label / double(labels - 1);
+        return static_cast<unsigned short>(range.high - (range.high - range.low) * label / (labels - 1));
     };
     int width = 0;
     for (int i = 0; i < labels; ++i)

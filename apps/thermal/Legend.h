@@ -7,7 +7,7 @@
 namespace thermal {
 
 /// A raw value as a text: itself, or in degrees Celsius if values are hundredths of a kelvin.
-std::string valueText(double value, bool celsius);
+std::string valueText(unsigned short value, bool celsius);
 
 /// The picture with a bar of its colours at the right and the values that they stand for.
 Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range, bool celsius);

@@ -1,6 +1,7 @@
 #include "apps/thermal/Measures.h"
 
 #include "apps/thermal/Error.h"
+#include "apps/thermal/Statistics.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -13,41 +14,20 @@ namespace {
 
 using Values = cv::Mat_<double>;
 
-constexpr int s32Smooth = 9;               ///< pixels over which stripes are averaged away
-constexpr double dMadToDeviation = 1.4826; ///< for normally distributed values
-
-double medianOf(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    if (values.size() % 2 == 1)
-        return *middle;
-    return (*middle + *std::max_element(values.begin(), middle)) / 2;
-}
-
-std::vector<double> elementsOf(const Values& values)
-{
-    return std::vector<double>(values.begin(), values.end());
-}
+constexpr int s32Smooth = 9; ///< pixels over which stripes are averaged away
 
 /// The median of every column, as one row.
 Values columnMedians(const Values& frame)
 {
     Values medians(1, frame.cols);
     for (int c = 0; c < frame.cols; ++c)
-        medians(0, c) = medianOf(elementsOf(frame.col(c)));
+        medians(0, c) = medianOf(frame.col(c));
     return medians;
 }
 
 Values rowMedians(const Values& frame)
 {
     return columnMedians(frame.t());
-}
-
-double robustDeviation(const Values& values)
-{
-    const double centre = medianOf(elementsOf(values));
-    return dMadToDeviation * medianOf(elementsOf(Values(cv::abs(values - centre))));
 }
 
 /// Column stripes: the columns' medians of what an average along the rows leaves, so that neither shading
@@ -113,7 +93,7 @@ double NoiseMeter::Deviation::median(std::size_t count) const
     const double n = static_cast<double>(count);
     Values deviation;
     cv::sqrt(cv::max((m_oSquares - m_oSum.mul(m_oSum) / n) / (n - 1), 0.0), deviation);
-    return medianOf(elementsOf(deviation)) / std::sqrt(2.0);
+    return medianOf(deviation) / std::sqrt(2.0);
 }
 
 void NoiseMeter::add(const Frame& frame)
@@ -128,7 +108,7 @@ void NoiseMeter::add(const Frame& frame)
 
     Values values;
     frame.convertTo(values, CV_64F);
-    m_vecLevels.push_back(medianOf(elementsOf(values)));
+    m_vecLevels.push_back(medianOf(values));
     if (m_nFrames == 0)
         m_oSum = values.clone();
     else {
@@ -142,7 +122,7 @@ void NoiseMeter::add(const Frame& frame)
 void NoiseMeter::compare(const Values& frame)
 {
     Values change = frame - m_oPrevious;
-    change -= medianOf(elementsOf(change));
+    change -= medianOf(change);
     m_oPixels.add(change);
     Values mean;
     cv::reduce(change, mean, 0, cv::REDUCE_AVG);

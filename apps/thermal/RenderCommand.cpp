@@ -22,6 +22,7 @@ struct RenderOptions
 {
     InputOptions input;
     FilterOptions filters;
+    ColourOptions colours;
     std::string out;
     std::string range = "auto";
     bool legend = false;
@@ -35,55 +36,55 @@ struct RenderOptions
 class Renderer
 {
 public:
-    Renderer(const RenderOptions& options, PictureSink& sink)
-        : m_oOptions(options), m_oRule(RangeRule::parse(options.range)), m_oSink(sink)
+    explicit Renderer(const RenderOptions& options)
+        : m_oOptions(options), m_oRule(RangeRule::parse(options.range)), m_oColouring(options.colours)
     {}
 
-    void add(const Frame& frame)
+    /// Draws the frame, or holds it back until the range is known.
+    void add(const Frame& frame, PictureSink& sink)
     {
         if (!m_oRule.locks()) {
-            draw(frame, m_oRule.of(frame));
+            draw(frame, m_oRule.of(frame), sink);
         } else if (m_oLocked) {
-            draw(frame, *m_oLocked);
+            draw(frame, *m_oLocked, sink);
         } else {
             // Drawn once the range is known, so that the first pictures have the colours of the last.
             m_vecWaiting.push_back(frame.clone());
             if (m_vecWaiting.size() == RangeRule::nLearnFrames)
-                lock();
+                lock(sink);
         }
     }
 
-    void finish()
+    void finish(PictureSink& sink)
     {
         if (!m_vecWaiting.empty())
-            lock();
-        m_oSink.finish();
+            lock(sink);
+        sink.finish();
     }
 
 private:
-    void lock()
+    void lock(PictureSink& sink)
     {
         m_oLocked = m_oRule.of(m_vecWaiting.front());
         for (const Frame& frame : m_vecWaiting)
             m_oLocked = unite(*m_oLocked, m_oRule.of(frame));
         for (const Frame& frame : m_vecWaiting)
-            draw(frame, *m_oLocked);
+            draw(frame, *m_oLocked, sink);
         m_vecWaiting.clear();
     }
 
-    void draw(const Frame& frame, ValueRange range)
+    void draw(const Frame& frame, ValueRange range, PictureSink& sink)
     {
         Picture picture = m_oColouring.paint(frame, range);
         if (m_oOptions.scale > 1)
             cv::resize(picture, picture, {}, m_oOptions.scale, m_oOptions.scale, cv::INTER_NEAREST);
         if (m_oOptions.legend)
             picture = withLegend(picture, m_oColouring, range, m_oOptions.celsius);
-        m_oSink.write(picture);
+        sink.write(picture);
     }
 
     const RenderOptions& m_oOptions;
     RangeRule m_oRule;
-    PictureSink& m_oSink;
     Colouring m_oColouring;
     std::optional<ValueRange> m_oLocked;
     std::vector<Frame> m_vecWaiting;
@@ -91,16 +92,16 @@ private:
 
 void render(const RenderOptions& options)
 {
+    // All options first: what is wrong with them is said before files are read.
     Chain chain = makeChain(options.filters);
-    RangeRule::parse(options.range); // refused before files are read
+    Renderer renderer(options);
     const auto source = openFrames(options.input);
     const auto sink = openSink(options.out, source->count(), options.fps);
-    Renderer renderer(options, *sink);
     forEachFrame(*source, options.quiet, [&](Frame& frame) {
         chain.apply(frame);
-        renderer.add(frame);
+        renderer.add(frame, *sink);
     });
-    renderer.finish();
+    renderer.finish(*sink);
 }
 
 } // namespace
@@ -119,6 +120,7 @@ void addRenderCommand(CLI::App& program)
                     "frames together, held), MIN:MAX, or percentiles like p1:p99")
         ->capture_default_str()
         ->type_name("RANGE");
+    options->colours.addTo(command);
     options->filters.addTo(command);
     command.add_flag("--legend", options->legend, "Add a bar of the colours with their values");
     command.add_flag("--celsius", options->celsius,

@@ -140,7 +140,7 @@ cv::Mat_<float> Simulator::scene(std::size_t index) const
 {
     const double time = static_cast<double>(index);
     Scene scene = m_oRoom.clone();
-    drawPerson(scene, 120 + 90 * std::sin(time / 26), time / 2.2);
+    drawPerson(scene, 130 + 45 * std::sin(time / 16), time / 2.2);
     drawCat(scene, 260 - std::fmod(2.1 * time + 60, 300), time / 1.3);
     return scene;
 }

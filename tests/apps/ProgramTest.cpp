@@ -36,7 +36,7 @@ protected:
     /// Every refusal looks like this: code 2, one line that names what is wrong, nothing left behind.
     void expectRefusal(const std::string& arguments, const std::string& named)
     {
-        const ProgramRun run = runProgram(arguments, folder.path());
+        const ProgramRun run = callProgram(arguments, folder.path());
         EXPECT_EQ(run.code, 2) << arguments;
         EXPECT_THAT(run.errors, HasSubstr(named)) << arguments;
         EXPECT_THAT(run.errors, MatchesRegex("thermal: [^\n]+\n")) << arguments;
@@ -52,6 +52,16 @@ TEST_F(Program, TellsItsVersionAndHelp)
     const ProgramRun help = runProgram("render --help", folder.path());
     EXPECT_EQ(help.code, 0);
     EXPECT_THAT(help.output, HasSubstr("--range"));
+}
+
+TEST_F(Program, EndsARefusedRunWithCode2)
+{
+    std::ofstream(folder.path() / "broken.png", std::ios::binary) << "\x89PNG\r\n\x1a\n broken";
+    const ProgramRun run = runProgram("render broken.png --out o.png", folder.path());
+    EXPECT_EQ(run.code, 2);
+    EXPECT_THAT(run.errors,
+                MatchesRegex("thermal: broken.png: [^\n]+\n")); // nor do the picture libraries speak
+    EXPECT_EQ(run.output, "");
 }
 
 TEST_F(Program, RefusesBadArgumentsInOneLine)
@@ -71,6 +81,16 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
     expectRefusal("render run --out o --temporal 16:2049", "0 to 2048");
     expectRefusal("render run --out o --temporal 16", "GAIN:FACTOR");
     expectRefusal("render run --out o --scale 0", "--scale");
+    expectRefusal("render run --out o --palette Pink", "Rainbow");
+    expectRefusal("render run --out o --palette-file none.xml", "none.xml");
+    expectRefusal("render run --out o --region 5:4:FFFFFF", "5:4:FFFFFF");
+    expectRefusal("render run --out o --pattern 101:0:0", "0 to 100");
+    expectRefusal("render run --out o --spatial 32", "0 to 31");
+    expectRefusal("render run --out o --downsize 160x120", "64x48");
+    expectRefusal("noise run --spatial 3", "--compare");
+    expectRefusal("noise run --skip 2", "--skip");
+    expectRefusal("noise run --json --csv", "--csv");
+    expectRefusal("palettes --out sheet", "sheet");
     expectRefusal("render run --out o.png", "o.png");
     expectRefusal("render run --out o.jpg", "o.jpg");
     expectRefusal("render run --out missing/o.avi", "missing");
@@ -88,15 +108,15 @@ TEST_F(Program, RefusesBadFilesInOneLineAndLeavesNothing)
 
     std::ofstream(folder.path() / "short.pgm", std::ios::binary) << "P5 64 48 65535\nshort";
     expectRefusal("render short.pgm --out o", "short.pgm");
-    cv::imwrite(folder.path() / "grey8.png", cv::Mat(4, 4, CV_8U, cv::Scalar(7)));
-    expectRefusal("render grey8.png --out o.png", "16-bit");
+    cv::imwrite(folder.path() / "colour.png", cv::Mat(4, 4, CV_8UC3, cv::Scalar(7)));
+    expectRefusal("render colour.png --out o.png", "16-bit");
     std::ofstream(folder.path() / "odd.raw", std::ios::binary) << "12345";
     expectRefusal("render odd.raw --raw 2x1 --out o", "5 bytes");
     expectRefusal("render - --out o", "--raw");
     std::filesystem::create_directory(folder.path() / "empty");
     expectRefusal("render empty --out o", "empty");
     EXPECT_THAT(folder.entries(),
-                testing::UnorderedElementsAre("run", "short.pgm", "grey8.png", "odd.raw", "empty"));
+                testing::UnorderedElementsAre("run", "short.pgm", "colour.png", "odd.raw", "empty"));
 }
 
 TEST_F(Program, RendersAFolderOfFrames)
@@ -147,6 +167,27 @@ TEST_F(Program, RendersARawStreamFromStandardInput)
     // Little-endian: of the first frame the last pixel is the hottest.
     const cv::Mat picture = cv::imread(folder.path() / "o/frame_0000.png");
     EXPECT_GT(cv::sum(picture.at<cv::Vec3b>(11, 15))[0], cv::sum(picture.at<cv::Vec3b>(0, 0))[0] + 300);
+}
+
+TEST_F(Program, MeasuresNoiseBeforeAndAfter)
+{
+    writeFrames(folder.path() / "run", 6);
+    const ProgramRun plain = runProgram("noise run", folder.path());
+    ASSERT_EQ(plain.code, 0) << plain.errors;
+    EXPECT_THAT(plain.output, HasSubstr("temporal noise per pixel"));
+    const ProgramRun both = runProgram("noise run --compare --skip 1 --out both.png --json", folder.path());
+    ASSERT_EQ(both.code, 0) << both.errors;
+    EXPECT_THAT(both.output, HasSubstr("\"key\": \"temporal\", \"before\": 0, \"after\": "));
+    EXPECT_GT(cv::imread(folder.path() / "both.png").cols, 3 * 6 * 64);
+}
+
+TEST_F(Program, ListsAndDrawsThePalettes)
+{
+    const ProgramRun run = runProgram("palettes --csv --out sheet.png", folder.path());
+    ASSERT_EQ(run.code, 0) << run.errors;
+    EXPECT_THAT(run.output, HasSubstr("Ironbow,120,#000000,#FFFFF9\n"));
+    EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 1 + 12);
+    EXPECT_FALSE(cv::imread(folder.path() / "sheet.png").empty());
 }
 
 TEST_F(Program, DemoWritesPicturesAndATable)

@@ -1,0 +1,212 @@
+#include "apps/thermal/Colouring.h"
+#include "apps/thermal/Commands.h"
+#include "apps/thermal/ContactSheet.h"
+#include "apps/thermal/Error.h"
+#include "apps/thermal/Fidelity.h"
+#include "apps/thermal/FilterStages.h"
+#include "apps/thermal/Frames.h"
+#include "apps/thermal/Measures.h"
+#include "apps/thermal/PictureSink.h"
+#include "apps/thermal/Statistics.h"
+#include "apps/thermal/Table.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <CLI/App.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace thermal {
+namespace {
+
+struct NoiseOptions
+{
+    InputOptions input;
+    FilterOptions filters;
+    ColourOptions colours;
+    TableFormat format;
+    std::string out;
+    bool compare = false;
+    bool quiet = false;
+    std::size_t skip = 0;
+};
+
+struct Row
+{
+    const char* name;
+    const char* key;
+    double NoiseFigures::*figure;
+};
+
+constexpr Row rows[] = {
+    {"temporal noise per pixel", "temporal", &NoiseFigures::temporal},
+    {"column stripes", "columns", &NoiseFigures::columns},
+    {"row stripes", "rows", &NoiseFigures::rows},
+    {"column stripes in time", "columns_in_time", &NoiseFigures::columnsInTime},
+    {"row stripes in time", "rows_in_time", &NoiseFigures::rowsInTime},
+    {"fixed pattern per pixel", "pattern", &NoiseFigures::pattern},
+    {"drift of the level", "drift", &NoiseFigures::drift},
+    {"least value", "min", &NoiseFigures::low},
+    {"greatest value", "max", &NoiseFigures::high},
+};
+
+Table measured(const NoiseFigures& figures)
+{
+    Table table({{"measure (counts)", "measure"}, {"key", "key"}, {"value", "value", 2}});
+    for (const Row& row : rows)
+        table.add({std::string(row.name), std::string(row.key), figures.*row.figure});
+    table.add({std::string("frames"), std::string("frames"), static_cast<double>(figures.frames)});
+    return table;
+}
+
+Table compared(const NoiseFigures& before, const NoiseFigures& after, const FidelityFigures& fidelity)
+{
+    constexpr double dNone = std::numeric_limits<double>::quiet_NaN();
+    Table table({{"measure (counts)", "measure"},
+                 {"key", "key"},
+                 {"before", "before", 2},
+                 {"after", "after", 2},
+                 {"after/before", "ratio", 2}});
+    for (const Row& row : rows) {
+        const double old = before.*row.figure;
+        const double now = after.*row.figure;
+        table.add({std::string(row.name), std::string(row.key), old, now, old > 0 ? now / old : dNone});
+    }
+    table.add(
+        {std::string("slope of edges (share)"), std::string("edges"), 1.0, fidelity.edges, fidelity.edges});
+    table.add(
+        {std::string("lag of what moves (frames)"), std::string("ghosting"), 0.0, fidelity.ghosting, dNone});
+    return table;
+}
+
+/// Small frames are enlarged until they can be looked at.
+Picture enlarged(const Picture& picture)
+{
+    const int times = std::clamp(480 / std::max(1, picture.cols), 1, 6);
+    Picture large;
+    cv::resize(picture, large, {}, times, times, cv::INTER_NEAREST);
+    return large;
+}
+
+/// What the filters took away, around mid-grey. A level that they follow late is left out: it would hide
+/// the rest.
+Picture removedPicture(const Frame& before, const Frame& after)
+{
+    constexpr int s32Middle = 32768;
+    constexpr int s32LeastReach = 4;
+    cv::Mat_<double> difference;
+    cv::subtract(before, after, difference, cv::noArray(), CV_64F);
+    Frame shifted;
+    cv::Mat(difference - (medianOf(difference) - s32Middle)).convertTo(shifted, CV_16U);
+    const ValueRange range = percentiles(shifted, 1, 99);
+    const int reach =
+        std::clamp(std::max(s32Middle - range.low, range.high - s32Middle), s32LeastReach, s32Middle - 1);
+    return Colouring(findPalette("Grayscale"))
+        .paint(shifted, {static_cast<unsigned short>(s32Middle - reach),
+                         static_cast<unsigned short>(s32Middle + reach)});
+}
+
+Picture comparison(const NoiseOptions& options, const Frame& before, const Frame& after)
+{
+    Colouring colouring(options.colours);
+    const ValueRange range = RangeRule::parse("auto").of(before);
+    ContactSheet sheet("", after.size() == before.size() ? 3 : 2);
+    sheet.add("before", enlarged(colouring.paint(before, range)));
+    sheet.add("after", enlarged(colouring.paint(after, range)));
+    if (after.size() == before.size())
+        sheet.add("taken away", enlarged(removedPicture(before, after)));
+    return sheet.draw();
+}
+
+void requireFrames(const NoiseFigures& figures, const NoiseOptions& options)
+{
+    if (figures.frames == 0)
+        throw UsageError("--skip: " + std::to_string(options.skip) + " frames are all there are");
+}
+
+void measure(const NoiseOptions& options)
+{
+    NoiseMeter meter;
+    std::size_t seen = 0;
+    const auto source = openFrames(options.input);
+    forEachFrame(*source, options.quiet, [&](const Frame& frame) {
+        if (seen++ >= options.skip)
+            meter.add(frame);
+    });
+    requireFrames(meter.figures(), options);
+    measured(meter.figures()).print(std::cout, options.format);
+}
+
+void compare(NoiseOptions options)
+{
+    if (!options.filters.any())
+        options.filters.denoise = true;
+    Chain chain = makeChain(options.filters);
+    NoiseMeter before;
+    NoiseMeter after;
+    FidelityMeter fidelity;
+    Frame lastBefore;
+    Frame lastAfter;
+    std::size_t seen = 0;
+    const auto source = openFrames(options.input);
+    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+        lastBefore = frame.clone();
+        chain.apply(frame);
+        lastAfter = frame;
+        if (seen++ < options.skip)
+            return;
+        before.add(lastBefore);
+        after.add(frame);
+        if (frame.size() == lastBefore.size())
+            fidelity.add(lastBefore, frame);
+    });
+    requireFrames(before.figures(), options);
+    if (!options.out.empty())
+        writePicture(options.out, comparison(options, lastBefore, lastAfter));
+    compared(before.figures(), after.figures(), fidelity.figures()).print(std::cout, options.format);
+}
+
+void noise(const NoiseOptions& options)
+{
+    if (options.compare)
+        return compare(options);
+    if (options.filters.any())
+        throw UsageError("filters change what is measured: add --compare");
+    if (!options.out.empty())
+        throw UsageError("--out draws before and after: add --compare");
+    measure(options);
+}
+
+} // namespace
+
+void addNoiseCommand(CLI::App& program)
+{
+    auto options = std::make_shared<NoiseOptions>();
+    CLI::App& command = *program.add_subcommand("noise", "Measures the noise of a recording");
+    options->input.addTo(command);
+    command.add_flag("--compare", options->compare,
+                     "Measure before and after the filters; those of --denoise if none are given");
+    options->filters.addTo(command);
+    command
+        .add_option("--out", options->out,
+                    "With --compare: draw the last frame before and after into this .png")
+        ->type_name("PATH");
+    command
+        .add_option("--skip", options->skip,
+                    "Filter the first N frames but measure from the next one on, so that "
+                    "filters have learnt")
+        ->capture_default_str()
+        ->type_name("N");
+    options->colours.addTo(command);
+    options->format.addTo(command);
+    command.add_flag("--quiet", options->quiet, "No progress bar");
+    command.callback([options] { noise(*options); });
+}
+
+} // namespace thermal

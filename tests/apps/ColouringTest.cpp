@@ -1,0 +1,148 @@
+#include "tests/apps/TemporaryFolder.h"
+
+#include "apps/thermal/Colouring.h"
+#include "apps/thermal/Error.h"
+#include "apps/thermal/Legend.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using thermal::Colouring;
+using thermal::ColourOptions;
+using thermal::Frame;
+using thermal::Picture;
+using thermal::UsageError;
+
+ColourOptions with(const std::string& palette, const std::vector<std::string>& regions = {})
+{
+    ColourOptions options;
+    options.palette = palette;
+    options.regions = regions;
+    return options;
+}
+
+TEST(Colouring, PaintsColdToHotInBlueGreenRed)
+{
+    Colouring colouring(with("hotcold")); // from pure blue to pure red
+    const Picture picture = colouring.paint((Frame(1, 3) << 0, 1000, 65535), {1000, 2000});
+    EXPECT_EQ(picture(0, 0), cv::Vec3b(255, 0, 0));
+    EXPECT_EQ(picture(0, 1), cv::Vec3b(255, 0, 0));
+    EXPECT_EQ(picture(0, 2), cv::Vec3b(0, 0, 255));
+}
+
+TEST(Colouring, PaintsRegionsByRawValueWhateverTheFrameSize)
+{
+    Colouring colouring(with("Grayscale", {"1500:1600:FF8000", "1550:65535:0000FF"}));
+    for (const int columns : {4, 5}) { // the converter has another path for odd pixel counts
+        Frame frame(1, columns, static_cast<unsigned short>(1000));
+        frame(0, 1) = 1500;
+        frame(0, 2) = 1600;
+        const Picture picture = colouring.paint(frame, {1000, 2000});
+        EXPECT_EQ(picture(0, 0), cv::Vec3b(0, 0, 0)) << columns;
+        EXPECT_EQ(picture(0, 1), cv::Vec3b(0x00, 0x80, 0xFF)) << columns;
+        EXPECT_EQ(picture(0, 2), cv::Vec3b(0xFF, 0, 0)) << columns; // the last region wins
+    }
+}
+
+TEST(Colouring, FollowsTheRange)
+{
+    Colouring colouring(with("Grayscale"));
+    const Frame frame(1, 1, static_cast<unsigned short>(1500));
+    EXPECT_EQ(colouring.paint(frame, {1500, 2000})(0, 0)[0], 0);
+    EXPECT_NEAR(colouring.paint(frame, {1000, 2000})(0, 0)[0], 127, 1);
+    EXPECT_EQ(colouring.paint(frame, {1500, 2000})(0, 0)[0], 0);
+}
+
+TEST(Colouring, RefusesWhatIsNoPaletteOrRegion)
+{
+    for (const char* region :
+         {"", "1:2", "1:2:3", "2:1:FFFFFF", "0:65536:FFFFFF", "-1:5:FFFFFF", "1:2:FFFFFF:4"})
+        EXPECT_THROW(Colouring(with("Sepia", {region})), UsageError) << region;
+    try {
+        Colouring colouring(with("Pink"));
+        ADD_FAILURE() << "there is no pink palette";
+    } catch (const UsageError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("Rainbow"));
+    }
+}
+
+class PaletteFile : public testing::Test
+{
+protected:
+    std::string write(const std::string& text)
+    {
+        const std::string path = folder.path() / "palettes.xml";
+        std::ofstream(path) << text;
+        return path;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(PaletteFile, GivesItsFirstPalette)
+{
+    const std::string path =
+        write("<?xml version=\"1.0\"?>\n<group name=\"palettes\">\n"
+              "<item name=\"Traffic\" type=\"uint8[]\">#00FF00 #FFFF00 #FF0000</item>\n"
+              "<item name=\"Zebra\" type=\"uint8[]\">#000000 #FFFFFF</item>\n</group>\n");
+    ColourOptions options;
+    options.paletteFile = path;
+    EXPECT_EQ(Colouring(options).paint(Frame::zeros(1, 1), {100, 200})(0, 0), cv::Vec3b(0, 255, 0));
+    options.palette = "zebra";
+    EXPECT_EQ(Colouring(options).paint(Frame::zeros(1, 1), {100, 200})(0, 0), cv::Vec3b(0, 0, 0));
+    EXPECT_THAT(thermal::paletteNames(), Contains("Zebra"));
+}
+
+TEST_F(PaletteFile, ThatHoldsNoneIsRefusedByName)
+{
+    const char* const texts[] = {"", "no XML", "<group name=\"empty\"></group>",
+                                 "<group name=\"g\"><item name=\"Half\" type=\"uint8[]\">1 2</item></group>",
+                                 "<group name=\"g\"><item name=\"Word\" type=\"string\">red</item></group>"};
+    for (const char* text : texts)
+        try {
+            thermal::loadPaletteFile(write(text));
+            ADD_FAILURE() << text;
+        } catch (const UsageError& error) {
+            EXPECT_THAT(error.what(), HasSubstr("palettes.xml")) << text;
+        }
+    EXPECT_THROW(thermal::loadPaletteFile(folder.path() / "missing.xml"), UsageError);
+    EXPECT_THROW(thermal::loadPaletteFile(folder.path()), UsageError);
+}
+
+TEST(Legend, ShowsTheColoursHottestAbove)
+{
+    Colouring colouring(with("Hotcold"));
+    const Picture picture(120, 160, cv::Vec3b(1, 2, 3));
+    const Picture whole = thermal::withLegend(picture, colouring, {29315, 30315}, true);
+    EXPECT_EQ(whole.rows, 120);
+    EXPECT_EQ(cv::norm(whole(cv::Rect(0, 0, 160, 120)), picture, cv::NORM_INF), 0);
+    const int bar = 160 + 12;
+    EXPECT_EQ(whole(8, bar), cv::Vec3b(0, whole(8, bar)[1], 255)); // red, whatever green is left
+    EXPECT_GT(whole(112, bar)[0], 250);
+    EXPECT_EQ(whole(112, bar)[2], 0);
+}
+
+TEST(Legend, LabelsRawValuesOrDegrees)
+{
+    EXPECT_EQ(thermal::valueText(27315, false), "27315");
+    EXPECT_EQ(thermal::valueText(27315, true), "0.0 °C");
+    EXPECT_EQ(thermal::valueText(29565, true), "22.5 °C");
+}
+
+TEST(Legend, FitsAnyPicture)
+{
+    Colouring colouring(with("Ironbow"));
+    for (const cv::Size size : {cv::Size(1, 1), cv::Size(3, 9), cv::Size(640, 512)}) {
+        const Picture whole = thermal::withLegend(Picture(size, cv::Vec3b()), colouring, {0, 65535}, true);
+        EXPECT_EQ(whole.rows, size.height);
+        EXPECT_GT(whole.cols, size.width);
+    }
+}
+
+} // namespace

@@ -1,0 +1,143 @@
+#include "apps/thermal/Measures.h"
+#include "apps/thermal/Error.h"
+#include "apps/thermal/Fidelity.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <random>
+
+namespace {
+
+using thermal::Frame;
+using thermal::NoiseFigures;
+
+constexpr int s32Frames = 40;
+
+/// Figures of frames whose pixels are `value(frame, row, column)`.
+NoiseFigures figuresOf(const std::function<double(int, int, int)>& value, int frames = s32Frames)
+{
+    thermal::NoiseMeter meter;
+    for (int i = 0; i < frames; ++i) {
+        Frame frame(60, 80);
+        for (int r = 0; r < frame.rows; ++r)
+            for (int c = 0; c < frame.cols; ++c)
+                frame(r, c) = cv::saturate_cast<unsigned short>(value(i, r, c));
+        meter.add(frame);
+    }
+    return meter.figures();
+}
+
+class Measures : public testing::Test
+{
+protected:
+    double normal(double deviation) { return std::normal_distribution<>(0, deviation)(random); }
+
+    std::vector<double> normals(int count, double deviation)
+    {
+        std::vector<double> values(static_cast<std::size_t>(count));
+        for (double& value : values)
+            value = normal(deviation);
+        return values;
+    }
+
+    std::mt19937 random{3};
+};
+
+TEST_F(Measures, NoiseInTimeIsThatOfThePixelsWhateverTheLevelDoes)
+{
+    const NoiseFigures figures =
+        figuresOf([&](int frame, int row, int) { return 9000 + 3 * row + 150 * (frame / 10) + normal(20); });
+    EXPECT_NEAR(figures.temporal, 20, 0.6);
+    EXPECT_NEAR(figures.columnsInTime, 20 / std::sqrt(60.0), 0.4); // the mean of 60 rows
+    EXPECT_NEAR(figures.rowsInTime, 20 / std::sqrt(80.0), 0.4);
+}
+
+TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
+{
+    const std::vector<double> steps = normals(80, 30);
+    const NoiseFigures figures = figuresOf(
+        [&](int, int row, int column) { return 9000 + 5 * row + steps[static_cast<std::size_t>(column)]; });
+    // The average over nine columns holds a ninth of the column itself.
+    EXPECT_NEAR(figures.columns, 30 * std::sqrt(8.0 / 9), 6);
+    EXPECT_LT(figures.rows, 1);
+    EXPECT_LT(figures.pattern, 6);
+    EXPECT_EQ(figures.temporal, 0);
+}
+
+TEST_F(Measures, PatternIsWhatStaysPerPixel)
+{
+    const std::vector<double> offsets = normals(60 * 80, 25);
+    const auto offset = [&](int row, int column) {
+        return offsets[static_cast<std::size_t>(row * 80 + column)];
+    };
+    const NoiseFigures still =
+        figuresOf([&](int, int row, int column) { return 9000 + offset(row, column); });
+    EXPECT_NEAR(still.pattern, 25, 6);
+    EXPECT_EQ(still.temporal, 0);
+    const NoiseFigures moving = figuresOf([&](int, int, int) { return 9000 + normal(25); });
+    EXPECT_LT(moving.pattern, 6); // averaged away
+}
+
+TEST_F(Measures, DriftIsTheWayOfTheLevel)
+{
+    const auto drifting = [](int frame, int, int column) { return 9000 + 2 * frame + 7 * column; };
+    EXPECT_NEAR(figuresOf(drifting, 11).drift, 20, 1e-9);
+    const NoiseFigures figures = figuresOf(drifting, 11);
+    EXPECT_EQ(figures.low, 9000);
+    EXPECT_EQ(figures.high, 9000 + 20 + 7 * 79);
+}
+
+TEST_F(Measures, WhatTooFewFramesCannotShowIsNotANumber)
+{
+    const NoiseFigures one = figuresOf([](int, int, int) { return 7; }, 1);
+    EXPECT_TRUE(std::isnan(one.temporal));
+    EXPECT_TRUE(std::isnan(one.drift));
+    EXPECT_EQ(one.columns, 0);
+
+    thermal::NoiseMeter meter;
+    meter.add(Frame::zeros(4, 4));
+    EXPECT_TRUE(std::isnan(meter.figures().columns)); // no room for an average over nine
+    EXPECT_THROW(meter.add(Frame::zeros(4, 5)), thermal::UsageError);
+}
+
+/// A bright bar of 12 columns that moves 3 columns per frame.
+Frame barAt(int frame)
+{
+    Frame picture(20, 90, static_cast<unsigned short>(9000));
+    picture.colRange(10 + 3 * frame, 22 + 3 * frame) = 9600;
+    return picture;
+}
+
+TEST(Fidelity, WhatIsUntouchedHasItsEdgesAndNoLag)
+{
+    thermal::FidelityMeter meter;
+    for (int i = 0; i < 8; ++i)
+        meter.add(barAt(i), barAt(i));
+    EXPECT_DOUBLE_EQ(meter.figures().edges, 1);
+    EXPECT_DOUBLE_EQ(meter.figures().ghosting, 0);
+}
+
+TEST(Fidelity, APictureOneFrameLateLagsOneFrame)
+{
+    thermal::FidelityMeter meter;
+    for (int i = 0; i < 8; ++i)
+        meter.add(barAt(i), barAt(std::max(0, i - 1)));
+    EXPECT_DOUBLE_EQ(meter.figures().ghosting, 1);
+}
+
+TEST(Fidelity, AnEdgeSpreadOverThreePixelsIsLessSteep)
+{
+    // Steps of 600 become 200, 400, 600: over two pixels 400 instead of 600.
+    Frame blurred;
+    cv::blur(barAt(0), blurred, {3, 1});
+    thermal::FidelityMeter meter;
+    meter.add(barAt(0), blurred);
+    EXPECT_NEAR(meter.figures().edges, 2.0 / 3, 1e-3);
+    EXPECT_TRUE(std::isnan(meter.figures().ghosting));
+}
+
+} // namespace
