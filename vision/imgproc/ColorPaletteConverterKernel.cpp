@@ -42,7 +42,7 @@ struct Places
     int rightWeight[block]; ///< of the point after it
 };
 
-/// To the nearest, halves to even, for 0..2048: past 2^23 a float has no fraction left.
+/// To the nearest, halves to even, for a few thousand either way: past 2^23 a float has no fraction left.
 inline __attribute__((always_inline)) int roundToEven(float value)
 {
     return static_cast<int>((value + 12582912.0f) - 12582912.0f);
@@ -52,16 +52,18 @@ inline __attribute__((always_inline)) int roundToEven(float value)
 // apart.
 VELMO_CLONES void findPlaces(Places& places, int first, int count, double scale, int last)
 {
+    constexpr int whole = 2048;
     for (int n = 0; n < count; ++n) {
         const auto position = static_cast<float>((first + n + 0.5) * scale - 0.5);
-        int left = static_cast<int>(position);
-        left -= position < static_cast<float>(left) ? 1 : 0;
-        float fraction = position - static_cast<float>(left);
-        fraction = left < 0 || left >= last ? 0.0f : fraction;
-        left = left < 0 ? 0 : left;
-        places.left[n] = left > last ? last : left;
-        places.leftWeight[n] = roundToEven((1.0f - fraction) * 2048.0f);
-        places.rightWeight[n] = roundToEven(fraction * 2048.0f);
+        const int left = static_cast<int>(position);
+        const float fraction = position - static_cast<float>(left);
+        const int leftWeight = roundToEven((1.0f - fraction) * whole);
+        const int rightWeight = roundToEven(fraction * whole);
+        // Before the first point the fraction is negative; from the last one on there is no right neighbour.
+        const bool bInside = left < last;
+        places.left[n] = bInside ? left : last;
+        places.leftWeight[n] = bInside && leftWeight < whole ? leftWeight : whole;
+        places.rightWeight[n] = bInside && rightWeight > 0 ? rightWeight : 0;
     }
 }
 
