@@ -1,0 +1,156 @@
+#include "vision/imgproc/DistortionCorrection.h"
+
+#include "core/Exception.h"
+#include "tests/apps/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+using namespace velmo::vision;
+using velmo::exp::Exception;
+
+namespace {
+
+static_assert(sizeof(PixelCorrInfo) == 10 && std::is_trivially_copyable_v<PixelCorrInfo>);
+
+/// dy, dx and the weights of one pixel.
+using Entry = std::vector<int>;
+
+/// A map file, gone with the test.
+class MapFile
+{
+public:
+    MapFile(int width, int height, const std::vector<Entry>& entries, int depth = 6)
+    {
+        std::ofstream file(path, std::ios::binary);
+        file << "P7\nWIDTH " << width << "\nHEIGHT " << height << "\nDEPTH " << depth
+             << "\nMAXVAL 65535\nTUPLTYPE DISTORTION\nENDHDR\n";
+        for (const Entry& entry : entries)
+            for (const int value : entry) {
+                const auto bits = static_cast<std::uint16_t>(value);
+                file << static_cast<char>(bits >> 8) << static_cast<char>(bits & 255);
+            }
+    }
+
+    std::vector<PixelCorrInfo> load(int height = 0, int width = 0) const
+    {
+        return DistortionCorrection::loadPixelCorrInfoFromPxm(path, height, width);
+    }
+
+    std::string error(int height = 0, int width = 0) const
+    {
+        try {
+            load(height, width);
+        } catch (const Exception& error) {
+            EXPECT_THAT(error.location(), testing::HasSubstr("loadPixelCorrInfoFromPxm(..)"));
+            return error.what();
+        }
+        return "none";
+    }
+
+private:
+    TemporaryFolder folder;
+
+public:
+    const std::string path = folder.path() / "map.pam";
+};
+
+std::vector<Entry> still(std::size_t pixels)
+{
+    return std::vector<Entry>(pixels, Entry{0, 0, 1, 0, 0, 0});
+}
+
+std::vector<int> offsets(const std::vector<PixelCorrInfo>& records)
+{
+    std::vector<int> all;
+    for (const PixelCorrInfo& record : records)
+        all.push_back(record.m_s16Offset);
+    return all;
+}
+
+TEST(DistortionCorrection, ReadsRecordsRowByRow)
+{
+    // Three columns: down one row and left one is +2, up one row and right one is -2.
+    const MapFile file(3, 2,
+                       {{0, 0, 1, 2, 3, 4},
+                        {1, -1, 65535, 6, 7, 8},
+                        {0, -1, 9, 9, 9, 9},
+                        {-1, 1, 10, 11, 12, 13},
+                        {-1, 0, 0, 0, 0, 0},
+                        {0, 0, 14, 15, 16, 17}});
+    const std::vector<PixelCorrInfo> records = file.load(2, 3);
+    EXPECT_EQ(offsets(records), (std::vector<int>{0, 2, -1, -2, -3, 0}));
+    EXPECT_THAT(records[0].m_au16Weights, testing::ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(records[1].m_au16Weights, testing::ElementsAre(65535, 6, 7, 8));
+    EXPECT_THAT(records[5].m_au16Weights, testing::ElementsAre(14, 15, 16, 17));
+
+    EXPECT_EQ(offsets(DistortionCorrection(file.path, 0, 0).getPixelCorrInfo()), offsets(records));
+    EXPECT_EQ(offsets(DistortionCorrection(records).getPixelCorrInfo()), offsets(records));
+    EXPECT_EQ(offsets(MapFile(1, 1, still(1)).load()), (std::vector<int>{0}));
+    EXPECT_TRUE(DistortionCorrection(std::vector<PixelCorrInfo>{}).getPixelCorrInfo().empty());
+}
+
+TEST(DistortionCorrection, RefusesFilesThatAreNoMaps)
+{
+    const auto load = [](const std::string& path) {
+        try {
+            DistortionCorrection(path, 0, 0);
+        } catch (const Exception& error) {
+            return std::string(error.what());
+        }
+        return std::string("none");
+    };
+    EXPECT_EQ(load(TemporaryFolder().path() / "none.pam"), "Can not open Distortion Correction file!");
+    const MapFile file(1, 1, {});
+    EXPECT_THROW(file.load(), Exception); // truncated
+    std::ofstream(file.path) << "no image at all";
+    EXPECT_EQ(load(file.path), "Can not open Distortion Correction file!");
+    for (const int depth : {1, 5, 7})
+        EXPECT_NE(load(MapFile(1, 1, {Entry(static_cast<std::size_t>(depth), 0)}, depth).path), "none");
+}
+
+TEST(DistortionCorrection, ChecksTheHeightBeforeTheWidth)
+{
+    const MapFile file(3, 2, still(6));
+    const std::string height = "Distortion data height does not fit to the expected image heigth!";
+    const std::string width = "Distortion data width does not fit to the expected image width!";
+    EXPECT_EQ(file.error(1, 1), height);
+    EXPECT_EQ(file.error(3, 3), height);
+    EXPECT_EQ(file.error(2, 2), width);
+    EXPECT_EQ(file.error(0, 4), width);
+    EXPECT_EQ(file.error(-2, 0), height);
+    EXPECT_EQ(file.load(2, 0).size(), 6u);
+    EXPECT_EQ(file.load(0, 3).size(), 6u);
+}
+
+TEST(DistortionCorrection, NamesThePixelWhoseSourceIsOutside)
+{
+    std::vector<Entry> entries = still(12);
+    entries[5] = {-1, 0, 1, 0, 0, 0};
+    EXPECT_EQ(MapFile(6, 2, entries).error(), "Invalid replacement pixel data for: x=5 y=0!");
+    entries[5] = {0, -5, 1, 0, 0, 0}; // the very first pixel is inside
+    entries[10] = {0, 2, 1, 0, 0, 0};
+    EXPECT_EQ(MapFile(6, 2, entries).error(), "Invalid replacement pixel data for: x=4 y=1!");
+    entries[10] = {0, 1, 1, 0, 0, 0}; // and so is the very last
+    EXPECT_EQ(MapFile(6, 2, entries).load().size(), 12u);
+}
+
+TEST(DistortionCorrection, OffsetsWrapAtSixteenBits)
+{
+    // 300 rows down in a map of 300 columns are 90,000, which wraps to 24,464.
+    std::vector<Entry> entries = still(300 * 301);
+    entries[7] = {300, 0, 1, 0, 0, 0};
+    EXPECT_EQ(MapFile(300, 301, entries).load()[7].m_s16Offset, 24464);
+    // A product of more than 32 bits: 65,535 x 65,537 is -65,537, which wraps to -1.
+    entries = still(65537);
+    entries[1] = {-1, 0, 1, 0, 0, 0};
+    EXPECT_EQ(MapFile(65537, 1, entries).load()[1].m_s16Offset, -1);
+}
+
+} // namespace
