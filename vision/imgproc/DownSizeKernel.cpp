@@ -10,9 +10,9 @@ namespace {
 
 /// n / 3 toward zero for every |n| below 12,582,914; vectors know no division of integers, and none of the
 /// usual multiplications by a scaled third is right for all n.
-VELMO_INLINE short third(int n)
+VELMO_INLINE int third(int n)
 {
-    return static_cast<short>(static_cast<int>(static_cast<float>(n) * (1.0f / 3.0f)));
+    return static_cast<int>(static_cast<float>(n) * (1.0f / 3.0f));
 }
 
 /// n / 2 toward zero.
@@ -23,8 +23,7 @@ VELMO_INLINE int half(int n)
 
 /// The two thirds of each group of three pixels, apart from each other: they are woven together only once,
 /// on the way out.
-VELMO_INLINE void narrowToTwoThirds(const short* __restrict in, short* __restrict left,
-                                    short* __restrict right)
+VELMO_INLINE void narrowToTwoThirds(const short* __restrict in, int* __restrict left, int* __restrict right)
 {
     for (int j = 0; j < 80; ++j) {
         const int p = in[3 * j], q = in[3 * j + 1], s = in[3 * j + 2];
@@ -37,15 +36,15 @@ VELMO_CLONES void threeRowsToTwo(const short* __restrict top, const short* __res
                                  const short* __restrict bottom, short* __restrict upper,
                                  short* __restrict lower)
 {
-    short topLeft[80], topRight[80], middleLeft[80], middleRight[80], bottomLeft[80], bottomRight[80];
+    int topLeft[80], topRight[80], middleLeft[80], middleRight[80], bottomLeft[80], bottomRight[80];
     narrowToTwoThirds(top, topLeft, topRight);
     narrowToTwoThirds(middle, middleLeft, middleRight);
     narrowToTwoThirds(bottom, bottomLeft, bottomRight);
     for (int j = 0; j < 80; ++j) {
-        upper[2 * j] = third(2 * topLeft[j] + middleLeft[j]);
-        upper[2 * j + 1] = third(2 * topRight[j] + middleRight[j]);
-        lower[2 * j] = third(middleLeft[j] + 2 * bottomLeft[j]);
-        lower[2 * j + 1] = third(middleRight[j] + 2 * bottomRight[j]);
+        upper[2 * j] = static_cast<short>(third(2 * topLeft[j] + middleLeft[j]));
+        upper[2 * j + 1] = static_cast<short>(third(2 * topRight[j] + middleRight[j]));
+        lower[2 * j] = static_cast<short>(third(middleLeft[j] + 2 * bottomLeft[j]));
+        lower[2 * j + 1] = static_cast<short>(third(middleRight[j] + 2 * bottomRight[j]));
     }
 }
 
