@@ -118,11 +118,11 @@ TEST(BlobTracker, GivesALabelToTheBlobThatIsMoreLikeIt)
     BlobTracker tracker;
     std::vector<Blob> blobs = blobsOf({{10, 10, 9, 9}});
     tracker.label(blobs);
-    // A speck close to where the centre was, and the blob two pixels farther.
-    blobs = blobsOf({{14, 8, 1, 1}, {14, 11, 9, 9}});
+    // A speck 2 pixels from where the centre was, and the blob 4 pixels away.
+    blobs = blobsOf({{14, 11, 9, 9}, {12, 14, 1, 1}});
     tracker.label(blobs);
-    EXPECT_EQ(blobs[0].component.getLabel(), 2U);
-    EXPECT_EQ(blobs[1].component.getLabel(), 1U);
+    EXPECT_EQ(blobs.at(0).component.getLabel(), 1U);
+    EXPECT_EQ(blobs.at(1).component.getLabel(), 2U);
 }
 
 TEST(BlobTracker, ForgetsWhatStaysAway)
