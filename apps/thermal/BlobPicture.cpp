@@ -1,5 +1,6 @@
 #include "apps/thermal/BlobPicture.h"
 
+#include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/Text.h"
 
 #include <opencv2/imgproc.hpp>
@@ -120,7 +121,7 @@ Picture withBlobs(const Picture& picture, const std::vector<Blob>& blobs, const 
     Picture drawn = tinted(picture, blobs);
     for (const Blob& blob : blobs)
         drawLines(drawn, blob.component);
-    cv::resize(drawn, drawn, {}, scale, scale, cv::INTER_NEAREST);
+    drawn = enlarged(drawn, scale);
     for (const Blob& blob : blobs) {
         const cv::Scalar colour = colourFrom(stateFor(blob.component.getLabel()));
         drawPath(drawn, tracker.path(blob.component.getLabel()), scale, colour);

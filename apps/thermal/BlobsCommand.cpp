@@ -5,8 +5,8 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/Frames.h"
+#include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/Parse.h"
-#include "apps/thermal/PictureSink.h"
 #include "apps/thermal/Range.h"
 #include "apps/thermal/Table.h"
 
@@ -26,14 +26,12 @@ struct BlobsOptions
     InputOptions input;
     std::string above;
     std::string below;
-    std::string out;
+    OutputOptions output;
+    ColourOptions colours;
     std::string range = "auto";
     TableFormat format;
     int minSize = 4;
-    int scale = 1;
-    double fps = 9;
     bool celsius = false;
-    bool quiet = false;
 };
 
 double fromCelsius(double degrees)
@@ -113,18 +111,18 @@ void showBlobs(const BlobsOptions& options)
     const RangeRule range = RangeRule::parse(options.range);
     if (range.locks())
         throw UsageError("--range: 'lock' is not for blobs; give MIN:MAX for steady colours");
+    Colouring colouring(options.colours);
     const auto source = openFrames(options.input);
-    const auto sink = openSink(options.out, source->count(), options.fps);
-    Colouring colouring(findPalette("Grayscale")); // so that the outlines are the colours
+    const auto sink = openSink(options.output, *source);
     BlobTracker tracker;
     BlobTable table(options.celsius);
     std::size_t index = 0;
-    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+    forEachFrame(*source, options.output.quiet, [&](Frame& frame) {
         std::vector<Blob> blobs = findBlobs(frame, rule);
         tracker.label(blobs);
         for (const Blob& blob : blobs)
             table.add(index, blob);
-        sink->write(withBlobs(colouring.paint(frame, range.of(frame)), blobs, tracker, options.scale));
+        sink->write(withBlobs(colouring.paint(frame, range.of(frame)), blobs, tracker, options.output.scale));
         ++index;
     });
     sink->finish();
@@ -150,25 +148,16 @@ void addBlobsCommand(CLI::App& program)
         ->check(CLI::Range(1, 1000000))
         ->capture_default_str()
         ->type_name("N");
-    command.add_option("--out", options->out, "Where the pictures go: a .png for one, an .avi, or a folder")
-        ->required()
-        ->type_name("PATH");
+    options->output.addTo(command);
     command
         .add_option("--range", options->range,
                     "Values at the ends of the palette: auto (each frame's own), MIN:MAX, or percentiles "
                     "like p1:p99")
         ->capture_default_str()
         ->type_name("RANGE");
-    command.add_option("--scale", options->scale, "Enlarge N times")
-        ->check(CLI::Range(1, 16))
-        ->capture_default_str()
-        ->type_name("N");
-    command.add_option("--fps", options->fps, "Pictures per second of an .avi")
-        ->check(CLI::Range(0.1, 240.0))
-        ->capture_default_str()
-        ->type_name("N");
+    options->colours.usual = "Grayscale"; // so that the marks are what is coloured
+    options->colours.addTo(command);
     options->format.addTo(command);
-    command.add_flag("--quiet", options->quiet, "No progress bar");
     command.callback([options] { showBlobs(*options); });
 }
 

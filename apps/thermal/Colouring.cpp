@@ -13,7 +13,7 @@ namespace {
 /// The palette that is named, or else the first of the file, or else the usual one.
 Palette choosePalette(const ColourOptions& options)
 {
-    std::string name = "Ironbow";
+    std::string name = options.usual;
     if (!options.paletteFile.empty())
         name = loadPaletteFile(options.paletteFile);
     return findPalette(options.palette.empty() ? name : options.palette);
@@ -23,7 +23,9 @@ Palette choosePalette(const ColourOptions& options)
 
 void ColourOptions::addTo(CLI::App& command)
 {
-    command.add_option("--palette", palette, "The colours, one of 'thermal palettes'; Ironbow if not given")
+    command
+        .add_option("--palette", palette,
+                    "The colours, one of 'thermal palettes'; " + usual + " if not given")
         ->type_name("NAME");
     command
         .add_option("--palette-file", paletteFile,

@@ -19,6 +19,7 @@ namespace thermal {
 /// What chooses the colours, as typed.
 struct ColourOptions
 {
+    std::string usual = "Ironbow"; ///< if neither of the following is given
     std::string palette;
     std::string paletteFile;
     std::vector<std::string> regions; ///< LOW:HIGH:RRGGBB each

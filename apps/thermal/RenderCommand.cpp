@@ -3,10 +3,8 @@
 #include "apps/thermal/FilterStages.h"
 #include "apps/thermal/Frames.h"
 #include "apps/thermal/Legend.h"
-#include "apps/thermal/PictureSink.h"
+#include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/Range.h"
-
-#include <opencv2/imgproc.hpp>
 
 #include <CLI/App.hpp>
 
@@ -23,13 +21,10 @@ struct RenderOptions
     InputOptions input;
     FilterOptions filters;
     ColourOptions colours;
-    std::string out;
+    OutputOptions output;
     std::string range = "auto";
     bool legend = false;
     bool celsius = false;
-    bool quiet = false;
-    int scale = 1;
-    double fps = 9;
 };
 
 /// From filtered frames to pictures in the sink.
@@ -75,9 +70,7 @@ private:
 
     void draw(const Frame& frame, ValueRange range, PictureSink& sink)
     {
-        Picture picture = m_oColouring.paint(frame, range);
-        if (m_oOptions.scale > 1)
-            cv::resize(picture, picture, {}, m_oOptions.scale, m_oOptions.scale, cv::INTER_NEAREST);
+        Picture picture = enlarged(m_oColouring.paint(frame, range), m_oOptions.output.scale);
         if (m_oOptions.legend)
             picture = withLegend(picture, m_oColouring, range, m_oOptions.celsius);
         sink.write(picture);
@@ -96,8 +89,8 @@ void render(const RenderOptions& options)
     Chain chain = makeChain(options.filters);
     Renderer renderer(options);
     const auto source = openFrames(options.input);
-    const auto sink = openSink(options.out, source->count(), options.fps);
-    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+    const auto sink = openSink(options.output, *source);
+    forEachFrame(*source, options.output.quiet, [&](Frame& frame) {
         chain.apply(frame);
         renderer.add(frame, *sink);
     });
@@ -111,9 +104,7 @@ void addRenderCommand(CLI::App& program)
     auto options = std::make_shared<RenderOptions>();
     CLI::App& command = *program.add_subcommand("render", "Turns frames into pictures");
     options->input.addTo(command);
-    command.add_option("--out", options->out, "Where the pictures go: a .png for one, an .avi, or a folder")
-        ->required()
-        ->type_name("PATH");
+    options->output.addTo(command);
     command
         .add_option("--range", options->range,
                     "Values at the ends of the palette: auto (each frame's own), lock (of the first 10 "
@@ -125,15 +116,6 @@ void addRenderCommand(CLI::App& program)
     command.add_flag("--legend", options->legend, "Add a bar of the colours with their values");
     command.add_flag("--celsius", options->celsius,
                      "Values are hundredths of a kelvin: label them in degrees Celsius");
-    command.add_option("--scale", options->scale, "Enlarge N times")
-        ->check(CLI::Range(1, 16))
-        ->capture_default_str()
-        ->type_name("N");
-    command.add_option("--fps", options->fps, "Pictures per second of an .avi")
-        ->check(CLI::Range(0.1, 240.0))
-        ->capture_default_str()
-        ->type_name("N");
-    command.add_flag("--quiet", options->quiet, "No progress bar");
     command.callback([options] { render(*options); });
 }
 

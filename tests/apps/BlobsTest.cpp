@@ -198,6 +198,12 @@ TEST_F(BlobsCommand, PrintsWhatItMeasures)
     EXPECT_THAT(degrees.output, Not(HasSubstr("\"label\": 2,")));
     EXPECT_EQ(cv::imread(folder.path() / "drawn.png").size(), cv::Size(192, 144));
 
+    // A palette of one's own choice; grey without one.
+    run("f1.png --above 30 --celsius --min-size 100 --palette Hotcold --out cold.png");
+    run("f1.png --above 30 --celsius --min-size 100 --out grey.png");
+    EXPECT_EQ(cv::imread(folder.path() / "cold.png").at<cv::Vec3b>(0, 0), cv::Vec3b(255, 0, 0));
+    EXPECT_EQ(cv::imread(folder.path() / "grey.png").at<cv::Vec3b>(0, 0), cv::Vec3b(0, 0, 0));
+
     const ProgramRun none = run("f1.png --below -5.5 --celsius --json --out none.png");
     EXPECT_EQ(none.code, 0) << none.errors;
     EXPECT_EQ(none.output, "[\n]\n");
