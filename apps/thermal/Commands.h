@@ -8,9 +8,11 @@ namespace thermal {
 
 // Each command adds itself, its options and what it does to the program.
 void addBlobsCommand(CLI::App& program);
+void addConvertCommand(CLI::App& program);
 void addDemoCommand(CLI::App& program);
 void addRenderCommand(CLI::App& program);
 void addNoiseCommand(CLI::App& program);
 void addPalettesCommand(CLI::App& program);
+void addUndistortCommand(CLI::App& program);
 
 } // namespace thermal

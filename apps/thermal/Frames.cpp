@@ -5,6 +5,7 @@
 #include "apps/thermal/Interrupt.h"
 #include "apps/thermal/Parse.h"
 #include "apps/thermal/Progress.h"
+#include "apps/thermal/RawStream.h"
 
 #include "core/Exception.h"
 #include "core/codecs/ImageDecoderPxM.h"
@@ -14,17 +15,13 @@
 #include <CLI/App.hpp>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
-#include <iostream>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace thermal {
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::vector<std::string> pictureEndings = {".pgm", ".png", ".tif", ".tiff"};
 
@@ -61,6 +58,17 @@ void requireReadable(const std::string& path)
         throw UsageError(path + ": cannot be read");
 }
 
+/// What the picture libraries make of a file; empty if nothing.
+cv::Mat read(const std::string& path, int flags)
+{
+    const StandardErrorMuted muted;
+    try {
+        return cv::imread(path, flags);
+    } catch (const cv::Exception&) { // larger than they take
+        return {};
+    }
+}
+
 /// A picture as it is in the file, or none.
 cv::Mat decode(const std::string& path)
 {
@@ -71,12 +79,9 @@ cv::Mat decode(const std::string& path)
             netpbm.grab(picture);
             return picture;
         }
-        const StandardErrorMuted muted;
-        return cv::imread(path, cv::IMREAD_UNCHANGED);
+        return read(path, cv::IMREAD_UNCHANGED);
     } catch (const velmo::exp::Exception& error) {
         throw UsageError(path + ": " + error.what());
-    } catch (const cv::Exception&) {
-        return {}; // larger than the picture libraries take
     }
 }
 
@@ -104,103 +109,53 @@ private:
     std::size_t m_nNext = 0;
 };
 
-/// Frames of little-endian values, one behind the other, in one or several files.
+/// Frames of little-endian values.
 class RawFrames : public FrameSource
 {
 public:
     RawFrames(std::string name, std::vector<std::string> files, cv::Size size)
-        : m_strName(std::move(name)), m_vecFiles(std::move(files)), m_oSize(size)
-    {
-        // Known beforehand only if all of them are files: a pipe has no size.
-        std::size_t frames = 0;
-        for (const std::string& file : m_vecFiles) {
-            if (!fs::is_regular_file(file))
-                return;
-            frames += countIn(file);
-        }
-        m_nCount = frames;
-    }
+        : m_strName(std::move(name)), m_oSize(size),
+          m_oStream(std::move(files), 2 * static_cast<std::size_t>(size.area()),
+                    std::to_string(size.width) + "x" + std::to_string(size.height) + " frames")
+    {}
 
     bool next(Frame& frame) override
     {
-        while (m_nNext < m_vecFiles.size() || m_oFile.is_open()) {
-            if (!m_oFile.is_open())
-                openNext();
-            if (read(frame))
-                return true;
-            m_oFile.close();
-        }
-        return false;
-    }
-
-    std::optional<std::size_t> count() const override { return m_nCount; }
-    std::string name() const override { return m_strName; }
-
-private:
-    std::size_t bytesPerFrame() const
-    {
-        return std::size_t{2} * static_cast<std::size_t>(m_oSize.width) *
-               static_cast<std::size_t>(m_oSize.height);
-    }
-
-    std::size_t countIn(const std::string& file) const
-    {
-        const std::size_t bytes = fs::file_size(file);
-        if (bytes == 0 || bytes % bytesPerFrame() != 0)
-            throw UsageError(file + ": " + std::to_string(bytes) + " bytes are no whole number of " +
-                             std::to_string(m_oSize.width) + "x" + std::to_string(m_oSize.height) +
-                             " frames of " + std::to_string(bytesPerFrame()) + " bytes");
-        return bytes / bytesPerFrame();
-    }
-
-    void openNext()
-    {
-        m_strOpen = m_vecFiles[m_nNext++];
-        m_oFile.open(m_strOpen == "-" ? "/dev/stdin" : m_strOpen, std::ios::binary);
-        if (!m_oFile)
-            throw UsageError(m_strOpen + ": cannot be read");
-    }
-
-    bool read(Frame& frame)
-    {
-        std::vector<unsigned char> bytes(bytesPerFrame());
-        m_oFile.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        checkInterrupt();
-        const auto got = static_cast<std::size_t>(m_oFile.gcount());
-        if (got < bytes.size()) {
-            // A camera that is switched off stops anywhere; its frames so far are good.
-            if (got > 0)
-                std::cerr << "thermal: " << m_strOpen << ": the last frame is cut off (" << got << " of "
-                          << bytes.size() << " bytes) and left out" << std::endl;
+        if (!m_oStream.next(m_vecBytes))
             return false;
-        }
         frame = Frame(m_oSize); // not create: that would reuse memory that the last frame's user holds
-        auto pixel = frame.begin();
-        for (std::size_t i = 0; i < bytes.size(); i += 2, ++pixel)
-            *pixel = static_cast<unsigned short>(bytes[i] | bytes[i + 1] << 8);
+        std::size_t i = 0;
+        for (unsigned short& pixel : frame) {
+            pixel = static_cast<unsigned short>(m_vecBytes[i] | m_vecBytes[i + 1] << 8);
+            i += 2;
+        }
         return true;
     }
 
+    std::optional<std::size_t> count() const override { return m_oStream.count(); }
+    std::string name() const override { return m_strName; }
+
+private:
     std::string m_strName;
-    std::vector<std::string> m_vecFiles;
     cv::Size m_oSize;
-    std::optional<std::size_t> m_nCount;
-    std::size_t m_nNext = 0;
-    std::string m_strOpen;
-    std::ifstream m_oFile;
+    RawStream m_oStream;
+    std::vector<unsigned char> m_vecBytes;
 };
 
 } // namespace
 
-void InputOptions::addTo(CLI::App& command)
+CLI::Option& InputOptions::addTo(CLI::App& command)
 {
-    command
-        .add_option("INPUT", inputs,
-                    "16-bit PGM, PNG or TIFF files, a folder of them, or a quoted pattern like 'run/*.pgm'; "
-                    "with --raw also raw files, or - for standard input")
-        ->required();
+    CLI::Option& option =
+        *command
+             .add_option(
+                 "INPUT", inputs,
+                 "16-bit PGM, PNG or TIFF files, a folder of them, or a quoted pattern like 'run/*.pgm'; "
+                 "with --raw also raw files, or - for standard input")
+             ->required();
     command.add_option("--raw", raw, "The inputs are raw frames of this size, 16-bit little-endian values")
         ->type_name("WxH");
+    return option;
 }
 
 std::unique_ptr<FrameSource> openFrames(const InputOptions& options)
@@ -231,6 +186,15 @@ Frame readFrame(const std::string& path)
                          std::to_string(picture.channels()) + " channels of " +
                          std::to_string(8 * picture.elemSize1()) + " bits)");
     picture.convertTo(picture, CV_16U); // 8-bit values as they are
+    return picture;
+}
+
+cv::Mat_<cv::Vec3b> readPicture(const std::string& path)
+{
+    requireReadable(path);
+    const cv::Mat picture = read(path, cv::IMREAD_COLOR);
+    if (picture.empty())
+        throw UsageError(path + ": not a picture that can be read");
     return picture;
 }
 

@@ -11,7 +11,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace thermal {
 
@@ -41,7 +42,8 @@ struct InputOptions
     std::vector<std::string> inputs;
     std::string raw; ///< WxH of a raw stream; empty: picture files
 
-    void addTo(CLI::App& command);
+    /// @returns the option of the inputs, so that a command can do without them
+    CLI::Option& addTo(CLI::App& command);
 };
 
 /// Opens files, folders, patterns, or raw little-endian streams ("-" is standard input).
@@ -50,6 +52,9 @@ std::unique_ptr<FrameSource> openFrames(const InputOptions& options);
 
 /// One grey PGM, PNG or TIFF (the first page), of 16 or 8 bits; the file's values, unscaled.
 Frame readFrame(const std::string& path);
+
+/// One picture of 8-bit colours, blue, green, red; grey ones become coloured.
+cv::Mat_<cv::Vec3b> readPicture(const std::string& path);
 
 /// Hands every frame of the source to `use`, with a progress bar unless `quiet`; an interrupt ends it.
 /// @throws UsageError  if there is no frame at all

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void save(const fs::path& file, const Picture& picture, const std::string& target)
+void save(const fs::path& file, const cv::Mat& picture, const std::string& target)
 {
     bool written = false;
     try {
@@ -51,7 +51,7 @@ public:
             refuseMany();
     }
 
-    void write(const Picture& picture) override
+    void write(const cv::Mat& picture) override
     {
         if (m_bWritten)
             refuseMany();
@@ -77,7 +77,7 @@ class NumberedPictures : public PictureSink
 public:
     explicit NumberedPictures(const std::string& path) : m_oFolder(path) {}
 
-    void write(const Picture& picture) override
+    void write(const cv::Mat& picture) override
     {
         char name[32];
         std::snprintf(name, sizeof name, "frame_%04zu.png", m_nNext++);
@@ -99,7 +99,7 @@ public:
         requireFilePlace(path);
     }
 
-    void write(const Picture& picture) override
+    void write(const cv::Mat& picture) override
     {
         if (!m_oWriter.isOpened())
             open(picture.size());
@@ -187,6 +187,13 @@ std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std
     if (path.empty() || isOtherPictureOrFilm(ending))
         throw UsageError("'" + path + "': pictures go to a .png, an .avi or a folder");
     return std::make_unique<NumberedPictures>(path);
+}
+
+std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optional<std::size_t> expected)
+{
+    if (!fs::is_directory(path) && endingOf(path) == ".avi")
+        throw UsageError("'" + path + "': frames of 16 bits go to a .png or a folder");
+    return openSink(path, expected, 1);
 }
 
 void writePicture(const std::string& path, const Picture& picture)

@@ -20,7 +20,8 @@ class PictureSink
 public:
     virtual ~PictureSink() = default;
 
-    virtual void write(const Picture& picture) = 0;
+    /// Colours, or grey values of 16 bits, which a film does not take.
+    virtual void write(const cv::Mat& picture) = 0;
     virtual void finish() = 0;
 };
 
@@ -46,6 +47,9 @@ private:
 /// @throws UsageError  that names the path, if it cannot take the pictures
 std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std::size_t> expected,
                                       double fps);
+
+/// The same for frames: grey values of 16 bits, which fit a .png or a folder of them.
+std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optional<std::size_t> expected);
 
 /// One picture that is a whole command's result.
 void writePicture(const std::string& path, const Picture& picture);

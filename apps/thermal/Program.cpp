@@ -59,10 +59,12 @@ int runProgram(int argc, const char* const* argv)
     program.get_formatter()->column_width(36);
 
     addBlobsCommand(program);
+    addConvertCommand(program);
     addDemoCommand(program);
     addRenderCommand(program);
     addNoiseCommand(program);
     addPalettesCommand(program);
+    addUndistortCommand(program);
 
     listenForInterrupts();
     return runCommand(program, argc, argv);

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace thermal {
+
+/// Frames of a fixed number of bytes, one behind the other, in one or several files. "-" is standard input.
+class RawStream
+{
+public:
+    /// @param frameName  what one is, for messages: "640x480 frames"
+    /// @throws UsageError  if a file is not a whole number of frames
+    RawStream(std::vector<std::string> files, std::size_t bytesPerFrame, std::string frameName);
+
+    /// The next frame; false after the last one.
+    /// @throws UsageError  that names the file, if it cannot be read
+    bool next(std::vector<unsigned char>& bytes);
+
+    /// Known only if all of them are files: a pipe has no size.
+    std::optional<std::size_t> count() const { return m_nCount; }
+
+private:
+    std::size_t countIn(const std::string& file) const;
+    void openNext();
+    bool read(std::vector<unsigned char>& bytes);
+
+    std::vector<std::string> m_vecFiles;
+    std::size_t m_nBytesPerFrame;
+    std::string m_strFrameName;
+    std::optional<std::size_t> m_nCount;
+    std::size_t m_nNext = 0;
+    std::string m_strOpen;
+    std::ifstream m_oFile;
+};
+
+} // namespace thermal

@@ -1,0 +1,95 @@
+#include "apps/thermal/Commands.h"
+#include "apps/thermal/Error.h"
+#include "apps/thermal/Frames.h"
+#include "apps/thermal/LensMap.h"
+#include "apps/thermal/Parse.h"
+#include "apps/thermal/PictureSink.h"
+#include "vision/imgproc/DistortionCorrection.h"
+
+#include <CLI/App.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace thermal {
+namespace {
+
+using velmo::vision::DistortionCorrection;
+
+struct UndistortOptions
+{
+    InputOptions input;
+    std::string map;
+    std::string make;
+    std::string size;
+    std::string out;
+    bool quiet = false;
+};
+
+void make(const UndistortOptions& options)
+{
+    if (!options.input.inputs.empty() || !options.map.empty())
+        throw UsageError("--make writes a map and reads no frames: leave out INPUT and --map");
+    if (options.size.empty())
+        throw UsageError("--make: give the size of the frames with --size WxH");
+    const LensModel lens = LensModel::parse(options.make, "--make");
+    writeLensMap(options.out, makeLensMap(lens, parseSize(options.size, "--size")));
+}
+
+DistortionCorrection loadMap(const std::string& path, cv::Size frame)
+{
+    try {
+        return {path, frame.height, frame.width};
+    } catch (const std::exception& error) {
+        throw UsageError(path + ": " + error.what());
+    }
+}
+
+void undistort(const UndistortOptions& options)
+{
+    if (!options.make.empty())
+        return make(options);
+    if (!options.size.empty())
+        throw UsageError("--size belongs to --make");
+    if (options.input.inputs.empty())
+        throw UsageError("undistort needs INPUT, or --make for a new map");
+    if (options.map.empty())
+        throw UsageError("undistort needs --map FILE, or --make for a new map");
+    const auto source = openFrames(options.input);
+    const auto sink = openFrameSink(options.out, source->count());
+    std::optional<DistortionCorrection> map;
+    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+        if (!map)
+            map = loadMap(options.map, frame.size());
+        sink->write(undistorted(frame, *map));
+    });
+    sink->finish();
+}
+
+} // namespace
+
+void addUndistortCommand(CLI::App& program)
+{
+    auto options = std::make_shared<UndistortOptions>();
+    CLI::App& command =
+        *program.add_subcommand("undistort", "Straightens what the lens bends, or makes the map for it");
+    options->input.addTo(command).required(false); // --make reads none
+    command.add_option("--map", options->map, "The distortion map: a PAM file of six 16-bit channels")
+        ->type_name("FILE");
+    command
+        .add_option("--out", options->out,
+                    "Where the 16-bit frames go: a .png for one, or a folder; with --make the map file")
+        ->required()
+        ->type_name("PATH");
+    command
+        .add_option("--make", options->make,
+                    "Write a map for a lens of this radial model: K1,K2 bend it, FX,FY are focal lengths, "
+                    "CX,CY the middle, all four in pixels")
+        ->type_name("K1,K2,FX,FY,CX,CY");
+    command.add_option("--size", options->size, "Size of the frames for --make")->type_name("WxH");
+    command.add_flag("--quiet", options->quiet, "No progress bar");
+    command.callback([options] { undistort(*options); });
+}
+
+} // namespace thermal
