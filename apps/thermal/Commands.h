@@ -10,6 +10,7 @@ namespace thermal {
 void addBlobsCommand(CLI::App& program);
 void addConvertCommand(CLI::App& program);
 void addDemoCommand(CLI::App& program);
+void addPixelsCommand(CLI::App& program);
 void addRenderCommand(CLI::App& program);
 void addNoiseCommand(CLI::App& program);
 void addPalettesCommand(CLI::App& program);

@@ -1,5 +1,6 @@
 #include "apps/thermal/FilterStages.h"
 
+#include "apps/thermal/BadPixelStage.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/Parse.h"
 
@@ -173,6 +174,10 @@ std::unique_ptr<Stage> makeDownSize(const std::string& text)
 
 void FilterOptions::addTo(CLI::App& command)
 {
+    command
+        .add_option("--bad-pixels", badPixels,
+                    "Replace defective pixels before anything else: records that pixels records wrote")
+        ->type_name("FILE");
     command.add_flag("--denoise", denoise,
                      std::string("All three noise filters; the same as --pattern ") + pDefaultPattern +
                          " --temporal " + pDefaultTemporal + " --spatial " + pDefaultSpatial +
@@ -196,7 +201,8 @@ void FilterOptions::addTo(CLI::App& command)
 
 bool FilterOptions::any() const
 {
-    return denoise || !pattern.empty() || !temporal.empty() || !spatial.empty() || !downsize.empty();
+    return !badPixels.empty() || denoise || !pattern.empty() || !temporal.empty() || !spatial.empty() ||
+           !downsize.empty();
 }
 
 Chain makeChain(const FilterOptions& options)
@@ -205,6 +211,8 @@ Chain makeChain(const FilterOptions& options)
         return typed.empty() && options.denoise ? std::string(standard) : typed;
     };
     Chain chain;
+    if (!options.badPixels.empty())
+        chain.add(makeBadPixels(options.badPixels));
     if (const std::string text = chosen(options.pattern, FilterOptions::pDefaultPattern); !text.empty())
         chain.add(makePattern(text));
     if (const std::string text = chosen(options.temporal, FilterOptions::pDefaultTemporal); !text.empty())

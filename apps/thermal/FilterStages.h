@@ -18,6 +18,7 @@ struct FilterOptions
     static constexpr const char* pDefaultTemporal = "16:1843";
     static constexpr const char* pDefaultSpatial = "4";
 
+    std::string badPixels; ///< file of records
     bool denoise = false;
     std::string pattern;  ///< THRESHOLD:LINE:FRAME
     std::string temporal; ///< GAIN:FACTOR

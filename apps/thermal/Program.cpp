@@ -61,6 +61,7 @@ int runProgram(int argc, const char* const* argv)
     addBlobsCommand(program);
     addConvertCommand(program);
     addDemoCommand(program);
+    addPixelsCommand(program);
     addRenderCommand(program);
     addNoiseCommand(program);
     addPalettesCommand(program);

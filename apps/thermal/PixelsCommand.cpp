@@ -1,0 +1,295 @@
+#include "apps/thermal/Commands.h"
+#include "apps/thermal/Error.h"
+#include "apps/thermal/Frames.h"
+#include "apps/thermal/Parse.h"
+#include "apps/thermal/PixelDetection.h"
+#include "apps/thermal/PixelFiles.h"
+#include "apps/thermal/PixelOverlay.h"
+#include "apps/thermal/Table.h"
+
+#include <CLI/App.hpp>
+
+#include <filesystem>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace thermal {
+namespace {
+
+using velmo::exp::vision::BadPixel;
+using velmo::exp::vision::BadPixelTools;
+using velmo::exp::vision::Pixel;
+
+constexpr int s32Most = std::numeric_limits<int>::max();
+
+struct DetectOptions
+{
+    InputOptions input;
+    std::string out;
+    int minCount = 0; ///< 0: not by spread
+    int offset = 0;
+    std::string rowsColumns;
+    bool monotony = false;
+    std::vector<std::string> netd; ///< FRAMES1 T1 FRAMES2 T2
+    std::string netdTolerances = "0.5:1:1";
+    bool quiet = false;
+    TableFormat format;
+};
+
+/// The numbers of an option that has as many as its form, all from 0 up.
+std::vector<double> numbersOf(const std::string& text, const std::string& option, const std::string& form)
+{
+    const std::vector<std::string> parts = split(text, ':');
+    if (parts.size() != split(form, ':').size())
+        throw UsageError(option + ": '" + text + "' is not " + form);
+    std::vector<double> numbers;
+    for (const std::string& part : parts)
+        numbers.push_back(parseNumber(part, option, 0, s32Most));
+    return numbers;
+}
+
+StillSeries readStill(const DetectOptions& options, const std::string& frames)
+{
+    InputOptions input;
+    input.inputs = {frames};
+    input.raw = options.input.raw;
+    StillSeries series;
+    const auto source = openFrames(input);
+    forEachFrame(*source, options.quiet, [&](const Frame& frame) { series.add(frame); });
+    return series;
+}
+
+/// What a NETD measurement takes from the command line; read before the frames are.
+struct NetdRequest
+{
+    explicit NetdRequest(const DetectOptions& options)
+        : firstTemperature(parseNumber(options.netd[1], "--netd temperature", -1000, 10000)),
+          secondTemperature(parseNumber(options.netd[3], "--netd temperature", -1000, 10000))
+    {
+        const auto factors = numbersOf(options.netdTolerances, "--netd-tolerance", "RESPONSIVITY:NOISE:NETD");
+        tolerances = {factors[0], factors[1], factors[2]};
+    }
+
+    double firstTemperature;
+    double secondTemperature;
+    NetdTolerances tolerances;
+};
+
+/// The frame behind the overlay, and the map so far.
+struct Found
+{
+    Frame frame;
+    PixelMap map;
+};
+
+void detectByNetd(const DetectOptions& options, Found& found)
+{
+    const NetdRequest request(options);
+    const StillSeries first = readStill(options, options.netd[0]);
+    const StillSeries second = readStill(options, options.netd[2]);
+    if (found.map.empty()) {
+        found.map = PixelMap(first.size(), 0);
+        first.mean().convertTo(found.frame, CV_16U);
+    }
+    const auto results = checkNetd(first, request.firstTemperature, second, request.secondTemperature,
+                                   request.tolerances, found.map);
+    Table table(
+        {{"mean responsivity", "responsivity", 3}, {"mean noise", "noise", 3}, {"mean NETD", "netd", 4}});
+    table.add({results.dMeanResponsivity, results.dMeanNoise, results.dMeanNetd});
+    table.print(std::cout, options.format);
+    if (!options.format.json && !options.format.csv)
+        std::cout << '\n';
+}
+
+/// Rows and columns last: they count what the others found.
+void detectLines(const std::vector<double>& limits, PixelMap& map)
+{
+    BadPixelTools::detectBadRowsAndColumns(map, static_cast<unsigned>(limits[0]),
+                                           static_cast<unsigned>(limits[1]));
+}
+
+void printCounts(const PixelMap& map, const TableFormat& format)
+{
+    Table table({{"reason", "reason"}, {"flag", "flag"}, {"pixels", "pixels"}, {"percent", "percent", 3}});
+    const auto add = [&](const std::string& name, double flag, const PixelMap& flagged) {
+        const double count = cv::countNonZero(flagged);
+        table.add({name, flag, count, 100 * count / static_cast<double>(map.total())});
+    };
+    for (const PixelReason& reason : pixelReasons())
+        add(reason.name, reason.flag, PixelMap(map & static_cast<int>(reason.flag)));
+    add("any", std::nan(""), map);
+    table.print(std::cout, format);
+}
+
+void checkRequest(const DetectOptions& options)
+{
+    if (std::filesystem::path(options.out).extension() != ".pgm")
+        throw UsageError("'" + options.out + "': the map goes to a .pgm; a .csv and a .png join it");
+    const bool byFrames = options.minCount > 0 || options.monotony;
+    if (!byFrames && options.netd.empty())
+        throw UsageError("pixels detect: say how: --spread, --monotony or --netd");
+    if (byFrames && options.input.inputs.empty())
+        throw UsageError("pixels detect: --spread and --monotony need an INPUT");
+    if (!byFrames && !options.input.inputs.empty())
+        throw UsageError("pixels detect: INPUT is for --spread and --monotony");
+}
+
+Found detectByFrames(const DetectOptions& options)
+{
+    PixelDetection detection(static_cast<std::size_t>(options.minCount), options.monotony, options.offset);
+    const auto source = openFrames(options.input);
+    forEachFrame(*source, options.quiet, [&](const Frame& frame) { detection.add(frame); });
+    if (options.monotony && detection.frames() < 2)
+        throw UsageError(source->name() + ": --monotony needs at least two frames");
+    return {detection.first(), detection.map()};
+}
+
+void detect(const DetectOptions& options)
+{
+    checkRequest(options);
+    std::vector<double> lineLimits;
+    if (!options.rowsColumns.empty())
+        lineLimits = numbersOf(options.rowsColumns, "--rows-columns", "COLUMN:ROW");
+
+    Found found;
+    if (!options.input.inputs.empty())
+        found = detectByFrames(options);
+    if (!options.netd.empty())
+        detectByNetd(options, found);
+    if (!lineLimits.empty())
+        detectLines(lineLimits, found.map);
+
+    const std::filesystem::path out = options.out;
+    writePixelMap(out.string(), found.map);
+    writePixelList(std::filesystem::path(out).replace_extension(".csv").string(), found.map);
+    writePicture(std::filesystem::path(out).replace_extension(".png").string(),
+                 drawBadPixels(found.frame, found.map));
+    printCounts(found.map, options.format);
+}
+
+void addDetect(CLI::App& pixels)
+{
+    auto options = std::make_shared<DetectOptions>();
+    CLI::App& command = *pixels.add_subcommand("detect", "Finds bad pixels and writes a map of them");
+    options->input.addTo(command);
+    command.get_option("INPUT")->required(false);
+    command
+        .add_option("--out", options->out,
+                    "The map, a .pgm of flags; a .csv with every pixel and its reasons and a .png join it")
+        ->required()
+        ->type_name("MAP");
+    command
+        .add_option("--spread", options->minCount,
+                    "Values outside the core of the histogram, whose bins (2 % of the mean) hold MINCOUNT "
+                    "pixels or more; in every frame of the input")
+        ->check(CLI::Range(1, s32Most))
+        ->type_name("MINCOUNT");
+    command
+        .add_option(
+            "--offset", options->offset,
+            "Take this off every value of the input first: the bins become 2 % of what is left, which "
+            "suits values far from zero, such as hundredths of a kelvin")
+        ->check(CLI::Range(0, 65535))
+        ->capture_default_str()
+        ->type_name("N");
+    command
+        .add_option("--rows-columns", options->rowsColumns,
+                    "Whole columns and rows with more bad pixels than these limits")
+        ->type_name("COLUMN:ROW");
+    command.add_flag(
+        "--monotony", options->monotony,
+        "Values that do not rise from each frame to the next; the input is in order of temperature");
+    command
+        .add_option("--netd", options->netd,
+                    "Odd responsivity, noise or NETD between two series, each of a uniform target at one "
+                    "temperature")
+        ->expected(4)
+        ->type_name("FRAMES1 T1 FRAMES2 T2");
+    command
+        .add_option("--netd-tolerance", options->netdTolerances,
+                    "How far from the means is good, relative to them")
+        ->capture_default_str()
+        ->type_name("RESPONSIVITY:NOISE:NETD");
+    options->format.addTo(command);
+    command.add_flag("--quiet", options->quiet, "No progress bar");
+    command.callback([options] { detect(*options); });
+}
+
+struct RecordsOptions
+{
+    std::string map;
+    std::string out;
+    unsigned int radius = 0;
+    TableFormat format;
+};
+
+void makeRecords(const RecordsOptions& options)
+{
+    const std::vector<BadPixel> records =
+        BadPixelTools::calculateReplacePixels(readPixelMap(options.map), options.radius);
+    writeRecords(options.out, records);
+    std::cout << records.size() << " records in " << options.out << '\n';
+}
+
+void addRecords(CLI::App& pixels)
+{
+    auto options = std::make_shared<RecordsOptions>();
+    CLI::App& command =
+        *pixels.add_subcommand("records", "Finds the pixels that replace those of a map, four for each");
+    command.add_option("MAP", options->map, "A map, as detect writes it; 0 is a good pixel")->required();
+    command.add_option("--radius", options->radius, "How far to look for good pixels")
+        ->required()
+        ->check(CLI::Range(1, s32Most))
+        ->type_name("N");
+    command.add_option("--out", options->out, "The records, a .pgm for render --bad-pixels")
+        ->required()
+        ->type_name("FILE");
+    command.callback([options] { makeRecords(*options); });
+}
+
+std::string positionText(Pixel pixel)
+{
+    return std::to_string(pixel.x) + "," + std::to_string(pixel.y);
+}
+
+void showRecords(const RecordsOptions& options)
+{
+    Table table({{"x", "x"},
+                 {"y", "y"},
+                 {"right", "right"},
+                 {"below", "below"},
+                 {"above", "above"},
+                 {"left", "left"}});
+    for (const BadPixel& record : readRecords(options.map)) {
+        std::vector<Table::Cell> row{double(record.pixel.x), double(record.pixel.y)};
+        for (const Pixel& good : record.replacePixel)
+            row.emplace_back(positionText(good));
+        table.add(row);
+    }
+    table.print(std::cout, options.format);
+}
+
+void addShow(CLI::App& pixels)
+{
+    auto options = std::make_shared<RecordsOptions>();
+    CLI::App& command = *pixels.add_subcommand("show", "Prints records: each bad pixel and what replaces it");
+    command.add_option("FILE", options->map, "Records, as the command of that name writes them")->required();
+    options->format.addTo(command);
+    command.callback([options] { showRecords(*options); });
+}
+
+} // namespace
+
+void addPixelsCommand(CLI::App& program)
+{
+    CLI::App& command = *program.add_subcommand("pixels", "Finds bad pixels and what replaces them");
+    command.require_subcommand(1);
+    addDetect(command);
+    addRecords(command);
+    addShow(command);
+}
+
+} // namespace thermal
