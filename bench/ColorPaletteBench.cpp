@@ -30,22 +30,21 @@ struct Coloring
 {
     explicit Coloring(const ColorPaletteConverter::Frame& frame)
         : src(frame), dst(frame.size()), expected(frame.size()), converter(true), palette(points(80)),
-          table(tableEntries), colorMap(256, 1)
+          table(tableEntries)
     {
         converter.resizeLookupTable(lowest, highest, palette);
         fillTablePlain(table.data(), stretchByResize(palette, highest - lowest + 1, true).data(), lowest,
                        highest);
-        for (int n = 0; n < 256; ++n)
-            colorMap(n) = cv::Vec3b(static_cast<unsigned char>(n), 0, 255);
     }
 
     void ours() { converter.palletizeFast(src, dst); }
     void plain() { palettizePlain(src[0], expected[0]->val, src.total(), table.data()); }
 
+    // The usual call, with a built-in map: OpenCV works the map out anew each time.
     void applied()
     {
         cv::convertScaleAbs(src, scaled, 255.0 / (highest - lowest), -255.0 * lowest / (highest - lowest));
-        cv::applyColorMap(scaled, mapped, colorMap);
+        cv::applyColorMap(scaled, mapped, cv::COLORMAP_INFERNO);
     }
 
     ColorPaletteConverter::Frame src;
@@ -53,7 +52,6 @@ struct Coloring
     ColorPaletteConverter converter;
     Palette palette;
     std::vector<unsigned int> table;
-    cv::Mat_<cv::Vec3b> colorMap;
     cv::Mat scaled, mapped;
 };
 

@@ -13,10 +13,40 @@ namespace {
 
 using Entries4 = unsigned int __attribute__((vector_size(16)));
 
+/// Two frame values from one load: the processor's loads are what limits the colouring.
+struct ValuePair
+{
+    explicit ValuePair(const unsigned short* in) { std::memcpy(&m_u32Both, in, sizeof m_u32Both); }
+
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    unsigned int first() const
+    {
+        return m_u32Both & 0xffff;
+    }
+    unsigned int second() const
+    {
+        return m_u32Both >> 16;
+    }
+#else
+    unsigned int first() const
+    {
+        return m_u32Both >> 16;
+    }
+    unsigned int second() const
+    {
+        return m_u32Both & 0xffff;
+    }
+#endif
+
+    unsigned int m_u32Both;
+};
+
 inline __attribute__((always_inline)) exp::shuffle::Bytes lookUpFour(const unsigned short* in,
                                                                      const unsigned int* table)
 {
-    const Entries4 entries = {table[in[0]], table[in[1]], table[in[2]], table[in[3]]};
+    const ValuePair left(in), right(in + 2);
+    const Entries4 entries = {table[left.first()], table[left.second()], table[right.first()],
+                              table[right.second()]};
     return reinterpret_cast<exp::shuffle::Bytes>(entries);
 }
 
