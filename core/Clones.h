@@ -5,7 +5,8 @@
 /// function calls must be inlinable, or it is not cloned with it; a lambda never is.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__) &&      \
     !defined(VELMO_NO_CLONES)
-#define VELMO_CLONES __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "arch=x86-64-v2", "default")))
+#define VELMO_CLONES                                                                                         \
+    __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "arch=x86-64-v2", "default")))
 #else
 #define VELMO_CLONES
 #endif

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 
 namespace thermal {
 namespace {
@@ -30,18 +31,9 @@ Frame ramp(ValueRange range, int rows)
     return values;
 }
 
-} // namespace
+using Label = std::function<std::string(unsigned short)>;
 
-std::string valueText(unsigned short value, bool celsius)
-{
-    if (!celsius)
-        return std::to_string(value);
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f °C", double{velmo::vision::RadiometricTools::getFloat(value)});
-    return text;
-}
-
-Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range, bool celsius)
+Picture withBar(const Picture& picture, Colouring& colouring, ValueRange range, const Label& textOf)
 {
     const int labels = 1 + std::clamp((picture.rows - s32TextHeight - 2) / s32LabelPitch, 1, 4);
     const auto valueOf = [&](int label) {
@@ -49,7 +41,7 @@ Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange rang
     };
     int width = 0;
     for (int i = 0; i < labels; ++i)
-        width = std::max(width, textWidth(valueText(valueOf(i), celsius)));
+        width = std::max(width, textWidth(textOf(valueOf(i))));
 
     const int barLeft = picture.cols + s32Gap;
     const int textLeft = barLeft + s32BarWidth + s32Gap;
@@ -64,9 +56,35 @@ Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange rang
     for (int i = 0; i < labels; ++i) {
         const int y = top + (bottom - 1 - top) * i / (labels - 1);
         cv::line(whole, {barLeft + s32BarWidth, y}, {barLeft + s32BarWidth + 3, y}, ink);
-        drawText(whole, valueText(valueOf(i), celsius), {textLeft, y - s32TextHeight / 2}, ink);
+        drawText(whole, textOf(valueOf(i)), {textLeft, y - s32TextHeight / 2}, ink);
     }
     return whole;
+}
+
+/// Tenths of a percent.
+std::string percentText(unsigned short value)
+{
+    return std::to_string(value / 10) + " %";
+}
+
+} // namespace
+
+std::string valueText(unsigned short value, bool celsius)
+{
+    if (!celsius)
+        return std::to_string(value);
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f °C", double{velmo::vision::RadiometricTools::getFloat(value)});
+    return text;
+}
+
+Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range, bool celsius)
+{
+    if (!colouring.air())
+        return withBar(picture, colouring, range,
+                       [celsius](unsigned short value) { return valueText(value, celsius); });
+    Colouring percent(colouring.palette());
+    return withBar(picture, percent, {0, 1000}, percentText);
 }
 
 } // namespace thermal

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <typeinfo>
@@ -63,6 +64,14 @@ bool isPalette(const velmo::exp::Variant& value)
 }
 
 } // namespace
+
+std::string colourText(const Palette& palette, std::size_t point)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02X%02X%02X", palette[3 * point], palette[3 * point + 1],
+                  palette[3 * point + 2]);
+    return text;
+}
 
 std::string loadPaletteFile(const std::string& path)
 {

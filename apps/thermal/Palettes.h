@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,9 @@ namespace thermal {
 
 /// Colour points of three bytes, red, green, blue, the coldest first.
 using Palette = std::vector<unsigned char>;
+
+/// One of its points, "#RRGGBB".
+std::string colourText(const Palette& palette, std::size_t point);
 
 /// Registers the palettes of a file. Returns the name of its first one.
 /// @throws UsageError  if it cannot be read or holds no palette

@@ -1,13 +1,13 @@
 #include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/ContactSheet.h"
+#include "apps/thermal/PaletteFormats.h"
 #include "apps/thermal/Palettes.h"
 #include "apps/thermal/PictureSink.h"
 #include "apps/thermal/Table.h"
 
 #include <CLI/App.hpp>
 
-#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -22,13 +22,13 @@ struct PalettesOptions
     TableFormat format;
 };
 
-std::string colourText(const Palette& palette, std::size_t point)
+struct ExchangeOptions
 {
-    char text[8];
-    std::snprintf(text, sizeof text, "#%02X%02X%02X", palette[3 * point], palette[3 * point + 1],
-                  palette[3 * point + 2]);
-    return text;
-}
+    std::string paletteFile;
+    std::string input; ///< a file
+    std::string name;
+    std::string out;
+};
 
 /// The whole palette from left to right.
 Picture swatch(const Palette& palette)
@@ -59,17 +59,56 @@ void listPalettes(const PalettesOptions& options)
     table.print(std::cout, options.format);
 }
 
+void addPaletteFile(CLI::App& command, std::string& file)
+{
+    command.add_option("--file,--palette-file", file, "An XML file of further palettes")->type_name("FILE");
+}
+
+void addExport(CLI::App& palettes)
+{
+    auto options = std::make_shared<ExchangeOptions>();
+    CLI::App& command = *palettes.add_subcommand("export", "Writes one palette into an XML file");
+    command.add_option("NAME", options->name, "One of 'thermal palettes'")->required();
+    addPaletteFile(command, options->paletteFile);
+    command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
+    command.callback([options] {
+        if (!options->paletteFile.empty())
+            loadPaletteFile(options->paletteFile);
+        exportPalette(options->out, options->name, findPalette(options->name));
+    });
+}
+
+void addImport(CLI::App& palettes)
+{
+    auto options = std::make_shared<ExchangeOptions>();
+    CLI::App& command =
+        *palettes.add_subcommand("import", "Makes an XML file of a palette of another program");
+    command
+        .add_option("FILE", options->input,
+                    "A .csv, .pal (JASC), .gpl (GIMP), .act (Adobe colour table) or .lut of 768 bytes")
+        ->required();
+    command.add_option("--name", options->name, "The palette's name in the new file")->required();
+    command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
+    command.callback(
+        [options] { exportPalette(options->out, options->name, importPalette(options->input)); });
+}
+
 } // namespace
 
 void addPalettesCommand(CLI::App& program)
 {
     auto options = std::make_shared<PalettesOptions>();
-    CLI::App& command = *program.add_subcommand("palettes", "Lists the palettes");
-    command.add_option("--palette-file", options->paletteFile, "An XML file of further palettes")
-        ->type_name("FILE");
+    CLI::App& command =
+        *program.add_subcommand("palettes", "Lists the palettes, writes and reads files of them");
+    addPaletteFile(command, options->paletteFile);
+    addExport(command);
+    addImport(command);
     command.add_option("--out", options->out, "Draw them all into this .png")->type_name("PATH");
     options->format.addTo(command);
-    command.callback([options] { listPalettes(*options); });
+    command.callback([options, &command] {
+        if (command.get_subcommands().empty())
+            listPalettes(*options);
+    });
 }
 
 } // namespace thermal

@@ -8,6 +8,7 @@
 
 #include <CLI/App.hpp>
 
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -57,6 +58,12 @@ public:
         sink.finish();
     }
 
+    void sayDewPoint() const
+    {
+        if (m_oColouring.air())
+            std::printf("dew point of the air: %.1f °C\n", double{m_oColouring.air()->dewPoint()});
+    }
+
 private:
     void lock(PictureSink& sink)
     {
@@ -95,6 +102,7 @@ void render(const RenderOptions& options)
         renderer.add(frame, *sink);
     });
     renderer.finish(*sink);
+    renderer.sayDewPoint();
 }
 
 } // namespace

@@ -50,6 +50,34 @@ TEST(Colouring, PaintsRegionsByRawValueWhateverTheFrameSize)
     }
 }
 
+TEST(Colouring, ShowsTheHumidityOfTheRoomsAirAtEachSurface)
+{
+    ColourOptions options = with("");
+    options.humidity = "20:50";
+    Colouring colouring(options);
+    // Air of 20 degrees and 50 percent condenses below 9.3 degrees: all red there. At 20 degrees it keeps its
+    // 50 percent, far from either end. Values are hundredths of a kelvin; an odd number of pixels.
+    const Picture picture = colouring.paint((Frame(1, 3) << 28000, 29315, 37315), {0, 1});
+    EXPECT_EQ(picture(0, 0), cv::Vec3b(0, 0, 0xFF));
+    EXPECT_EQ(picture(0, 1)[2], 0);
+    EXPECT_GT(picture(0, 1)[1], 0x90);
+    EXPECT_EQ(picture(0, 2)[2], 0);
+    EXPECT_LT(picture(0, 2)[1], 0x50);
+    EXPECT_NEAR(colouring.air()->dewPoint(), 9.3, 0.05);
+    const Picture whole = thermal::withLegend(Picture(120, 160, cv::Vec3b()), colouring, {0, 1}, false);
+    EXPECT_LE(whole(8, 160 + 12)[1], 8); // 100 percent above, as red as a step below the end may be
+    EXPECT_EQ(whole(8, 160 + 12)[2], 0xFF);
+}
+
+TEST(Colouring, RefusesAirThatCannotBe)
+{
+    for (const char* air : {"20", "20:101", "20:-1", "warm:50", "20:50:1", "nan:50"}) {
+        ColourOptions options = with("");
+        options.humidity = air;
+        EXPECT_THROW(Colouring{options}, UsageError) << air;
+    }
+}
+
 TEST(Colouring, FollowsTheRange)
 {
     Colouring colouring(with("Grayscale"));
