@@ -95,7 +95,11 @@ struct Search
             pixel = random() % 20 == 0 ? 64 : 0;
     }
 
-    void ours() { found = BadPixelTools::calculateReplacePixels(map, s32Radius); }
+    void ours()
+    {
+        found = {}; // its memory can be taken again
+        found = BadPixelTools::calculateReplacePixels(map, s32Radius);
+    }
 
     void plain()
     {
@@ -121,8 +125,7 @@ struct Search
     template <class Fill>
     void walk(Fill fill)
     {
-        found.clear();
-        found.shrink_to_fit();
+        found = {};
         for (int y = 0; y < map.rows; ++y)
             for (int x = 0; x < map.cols; ++x)
                 if (map(y, x) != 0) {

@@ -38,19 +38,31 @@ VELMO_CLONES unsigned long flagOutside(const short* __restrict values, int* __re
     return static_cast<unsigned long>(flagged);
 }
 
+std::size_t valuesIn(const Range& range)
+{
+    return static_cast<std::size_t>(range.high - range.low) + 1;
+}
+
+std::vector<Range> rangesOfRows(const cv::Mat_<short>& frame)
+{
+    std::vector<Range> ranges(static_cast<std::size_t>(frame.rows));
+    for (int r = 0; r < frame.rows; ++r)
+        ranges[static_cast<std::size_t>(r)] = rangeOf(frame[r], frame.cols);
+    return ranges;
+}
+
+Range unite(const std::vector<Range>& ranges)
+{
+    Range all;
+    for (const Range& range : ranges)
+        all = {std::min(all.low, range.low), std::max(all.high, range.high)};
+    return all;
+}
+
 /// How often each value of a frame occurs.
 struct ValueCounts
 {
-    ValueCounts(const cv::Mat_<short>& frame) : rowRanges(static_cast<std::size_t>(frame.rows))
-    {
-        for (int r = 0; r < frame.rows; ++r) {
-            Range& row = rowRanges[static_cast<std::size_t>(r)];
-            row = rangeOf(frame[r], frame.cols);
-            range = {std::min(range.low, row.low), std::max(range.high, row.high)};
-        }
-        even.resize(static_cast<std::size_t>(range.high - range.low + 1));
-        odd.resize(even.size());
-    }
+    explicit ValueCounts(const Range& all) : range(all), even(valuesIn(all)), odd(valuesIn(all)) {}
 
     /// Adds the values of a row to a running sum, in order, and counts them meanwhile: an addition waits for
     /// the one before, and the counting fits into that time. Two tables, as neighbours are often equal and
@@ -81,7 +93,6 @@ struct ValueCounts
     }
 
     Range range;
-    std::vector<Range> rowRanges;
     std::vector<std::uint32_t> even, odd;
 };
 
@@ -89,20 +100,27 @@ SpreadBins binsOf(const ValueCounts& counts, float scale)
 {
     SpreadBins bins{};
     for (int value = counts.range.low; value <= counts.range.high; ++value) {
+        const unsigned long count = counts.of(value);
+        if (count == 0)
+            continue; // a dead pixel leaves a long gap
         const int bin = spreadBin(static_cast<float>(value), scale);
         if (bin >= 0 && bin < static_cast<int>(spreadBinCount))
-            bins[static_cast<std::size_t>(bin)] += counts.of(value);
+            bins[static_cast<std::size_t>(bin)] += count;
     }
     return bins;
 }
 
-/// The values whose bins are inside the limits: an interval, as the bins are in order.
-Range valuesWithin(const SpreadLimits& limits, Range range, float scale)
+/// The least and the greatest value that occurs and is inside the limits. As the bins are in order, so is
+/// every value between them.
+Range valuesWithin(const SpreadLimits& limits, const ValueCounts& counts, float scale)
 {
     const auto isGood = [&](int value) {
+        if (counts.of(value) == 0)
+            return false;
         const int bin = spreadBin(static_cast<float>(value), scale);
         return bin >= limits.low && bin <= limits.high;
     };
+    Range range = counts.range;
     while (range.low < range.high && !isGood(range.low))
         ++range.low;
     while (range.high > range.low && !isGood(range.high))
@@ -116,9 +134,12 @@ unsigned long flagSpread(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsig
 {
     if (frame.empty())
         return 0;
-    if (frame.total() > std::numeric_limits<std::uint32_t>::max()) // more than the counters hold
+    const std::vector<Range> rowRanges = rangesOfRows(frame);
+    const Range all = unite(rowRanges);
+    // Counters cost more than they save where they outnumber the pixels. The second limit is theirs.
+    if (valuesIn(all) > frame.total() || frame.total() > std::numeric_limits<std::uint32_t>::max())
         return flagSpreadPlain(frame, map, minCount);
-    ValueCounts counts(frame);
+    ValueCounts counts(all);
     float sum = 0;
     for (int r = 0; r < frame.rows; ++r)
         sum = counts.addRow(frame[r], frame.cols, sum);
@@ -127,10 +148,10 @@ unsigned long flagSpread(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsig
     if (limits.bNone)
         return 0;
 
-    const Range good = valuesWithin(limits, counts.range, scale);
+    const Range good = valuesWithin(limits, counts, scale);
     unsigned long count = 0;
     for (int r = 0; r < frame.rows; ++r) {
-        const Range& row = counts.rowRanges[static_cast<std::size_t>(r)];
+        const Range& row = rowRanges[static_cast<std::size_t>(r)];
         if (row.low < good.low || row.high > good.high)
             count += flagOutside(frame[r], map[r], frame.cols, good.low, good.high);
     }

@@ -145,9 +145,9 @@ public:
     bool fill(BadPixel& badPixel)
     {
         std::bitset<4> found;
-        for (std::size_t slot = 0; slot < 4; ++slot)
-            found[slot] = fillSlot(badPixel, slot);
-        return fillMissing(badPixel, found);
+        for (std::size_t slot = 0; slot < 4; ++slot) // almost always the neighbours do
+            found[slot] = takeNeighbour(badPixel, slot) || search(badPixel, slot);
+        return found.all() || fillMissing(badPixel, found);
     }
 
 private:
@@ -158,10 +158,11 @@ private:
         int firstX, firstY; ///< the smallest offsets in these directions; a is the one that begins at 1
     };
 
-    /// The nearest of all, which mostly is good.
+    /// The nearest pixel of all in a quadrant.
     bool takeNeighbour(BadPixel& badPixel, std::size_t slot) const
     {
-        const Pixel step = rotated(static_cast<int>(slot), 1, 0);
+        constexpr Pixel steps[4] = {{1, 0}, {0, 1}, {0, -1}, {-1, 0}};
+        const Pixel step = steps[slot];
         const int x = badPixel.pixel.x + step.x, y = badPixel.pixel.y + step.y;
         if (m_s32Radius < 1 || x < 0 || x >= m_matMap.cols || y < 0 || y >= m_matMap.rows ||
             m_matMap(y, x) != 0)
@@ -170,12 +171,10 @@ private:
         return true;
     }
 
-    bool fillSlot(BadPixel& badPixel, std::size_t slot)
+    bool search(BadPixel& badPixel, std::size_t slot)
     {
         constexpr Quadrant quadrants[4] = {{1, 1, 1, 0}, {-1, 1, 0, 1}, {1, -1, 0, 1}, {-1, -1, 1, 0}};
         const Quadrant& quadrant = quadrants[slot];
-        if (takeNeighbour(badPixel, slot))
-            return true;
         std::tuple<float, int, int> best(m_fRadius, maxOffset + 1, 0); // the order of the lists
         bool found = false;
         for (int away = quadrant.firstY; away <= m_s32Radius; ++away) {
@@ -218,6 +217,7 @@ int usefulRadius(const cv::Mat_<int>& map, unsigned int radius)
 template <class Fill>
 bool collectRecords(const cv::Mat_<int>& map, Fill fill, std::vector<BadPixel>& records)
 {
+    records.reserve(static_cast<std::size_t>(cv::countNonZero(map)));
     for (int row = 0; row < map.rows; ++row) {
         const int* pixels = map[row];
         for (int column = 0; column < map.cols; ++column) {

@@ -96,8 +96,8 @@ TEST(BadPixelHistogram, SurvivesAMeanAtOrNearZero)
     Map map;
     EXPECT_EQ(Tools::detectBadPixelHistogram(Frame(8, 8, static_cast<short>(0)), map, 1), 0U);
     EXPECT_EQ(Tools::detectBadPixelHistogram(row(100, {7, -7}, 0), map, 1), 0U);
-    // The mean is 0.0001, the scale 500000: 0 is in bin 100, the others' bins do not fit 32 bits.
-    EXPECT_EQ(Tools::detectBadPixelHistogram(row(10000, {30000, -29999}, 0), map, 1), 2U);
+    // The mean is 0.00001, the scale 5,000,000: 0 is in bin 100, the others' bins do not fit 32 bits.
+    EXPECT_EQ(Tools::detectBadPixelHistogram(row(100000, {30000, -29999}, 0), map, 1), 2U);
     EXPECT_EQ(map(0, 0), 64);
     EXPECT_EQ(map(0, 1), 64);
     EXPECT_EQ(cv::countNonZero(map), 2);
@@ -134,16 +134,17 @@ TEST(BadPixelHistogram, GivesTheBitsOfThePlainForm)
     std::mt19937 random(3);
     std::uniform_int_distribution<int> level(-32768, 32767), width(0, 120), count(0, 40);
     for (int n = 0; n < 3000; ++n) {
-        // A populated core with a few outliers, a part of a larger frame.
+        // A populated core with a few outliers, a part of a larger frame. Outliers are near enough that
+        // values are mostly fewer than pixels, which is where the fast form is at work.
         const int centre = n % 3 == 0 ? level(random) % 50 : level(random);
-        std::normal_distribution<double> core(centre, 1 + std::abs(centre) * 0.002 * width(random));
-        Frame frame(12, width(random) + 3);
+        std::normal_distribution<double> core(centre, 1 + std::min(200.0, std::abs(centre) * 0.03));
+        std::uniform_int_distribution<int> outlier(centre - 1200, centre + 1200);
+        Frame frame(33, width(random) + 3);
         for (short& pixel : frame)
-            pixel = random() % 50 == 0 ? static_cast<short>(level(random))
-                                       : cv::saturate_cast<short>(core(random));
-        const Frame part = frame(cv::Rect(1, 2, frame.cols - 2, 9));
-        Map expected(part.size(), 1), actual(12, frame.cols, 1);
-        Map window = actual(cv::Rect(1, 2, frame.cols - 2, 9));
+            pixel = cv::saturate_cast<short>(random() % 50 == 0 ? outlier(random) : core(random));
+        const Frame part = frame(cv::Rect(1, 2, frame.cols - 2, 30));
+        Map expected(part.size(), 1), actual(33, frame.cols, 1);
+        Map window = actual(cv::Rect(1, 2, frame.cols - 2, 30));
         const auto minCount = static_cast<unsigned long>(count(random));
         ASSERT_EQ(Tools::detectBadPixelHistogram(part, window, minCount),
                   flagSpreadPlain(part, expected, minCount));
