@@ -46,6 +46,7 @@ std::vector<double> numbersOf(const std::string& text, const std::string& option
     if (parts.size() != split(form, ':').size())
         throw UsageError(option + ": '" + text + "' is not " + form);
     std::vector<double> numbers;
+    numbers.reserve(parts.size());
     for (const std::string& part : parts)
         numbers.push_back(parseNumber(part, option, 0, s32Most));
     return numbers;

@@ -40,6 +40,7 @@ std::string text(const BadPixel& record)
 std::vector<std::string> text(const std::vector<BadPixel>& records)
 {
     std::vector<std::string> all;
+    all.reserve(records.size());
     for (const BadPixel& record : records)
         all.push_back(text(record));
     return all;
@@ -171,8 +172,8 @@ TEST(BadPixelReplacement, BorrowsForASideWithoutAGoodPixel)
     for (const auto& [x, y] : {std::pair(2, 1), {0, 2}, {1, 0}, {0, 1}}) {
         map = 1;
         map(y, x) = 0;
-        const std::string one = " " + std::to_string(x) + "," + std::to_string(y);
-        EXPECT_EQ(replaced(map, 3)[x + 3 * y < 4 ? 3 : 4], "1,1:" + one + one + one + one);
+        const Pixel one{static_cast<short>(x), static_cast<short>(y)};
+        EXPECT_EQ(replaced(map, 3)[x + 3 * y < 4 ? 3 : 4], text(BadPixel{{1, 1}, {one, one, one, one}}));
     }
 }
 
