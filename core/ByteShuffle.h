@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Clones.h"
+
 #include <cstring>
 
 /// Constant byte shuffles for pixels of three bytes: each is one instruction from x86-64-v2 on. The functions
@@ -8,21 +10,20 @@ namespace velmo::exp::shuffle {
 
 using Bytes = unsigned char __attribute__((vector_size(16)));
 
-inline __attribute__((always_inline)) Bytes load(const void* from)
+VELMO_INLINE Bytes load(const void* from)
 {
     Bytes bytes;
     std::memcpy(&bytes, from, sizeof bytes);
     return bytes;
 }
 
-inline __attribute__((always_inline)) void store(void* to, Bytes bytes)
+VELMO_INLINE void store(void* to, Bytes bytes)
 {
     std::memcpy(to, &bytes, sizeof bytes);
 }
 
 /// Sixteen pixels of four bytes (a to d) become sixteen of three: 48 bytes, exactly.
-inline __attribute__((always_inline)) void storeWithoutFourth(unsigned char* to, Bytes a, Bytes b, Bytes c,
-                                                              Bytes d)
+VELMO_INLINE void storeWithoutFourth(unsigned char* to, Bytes a, Bytes b, Bytes c, Bytes d)
 {
     // Twelve bytes of each; what follows them is overwritten by the next store. The last one begins within
     // the third twelve, so that it ends where it has to.
@@ -34,20 +35,20 @@ inline __attribute__((always_inline)) void storeWithoutFourth(unsigned char* to,
 }
 
 /// The 32-bit words of `a` and `b` in turns, a first: those of the lower halves.
-inline __attribute__((always_inline)) Bytes alternateLow(Bytes a, Bytes b)
+VELMO_INLINE Bytes alternateLow(Bytes a, Bytes b)
 {
     return __builtin_shufflevector(a, b, 0, 1, 2, 3, 16, 17, 18, 19, 4, 5, 6, 7, 20, 21, 22, 23);
 }
 
 /// Those of the upper halves.
-inline __attribute__((always_inline)) Bytes alternateHigh(Bytes a, Bytes b)
+VELMO_INLINE Bytes alternateHigh(Bytes a, Bytes b)
 {
     return __builtin_shufflevector(a, b, 8, 9, 10, 11, 24, 25, 26, 27, 12, 13, 14, 15, 28, 29, 30, 31);
 }
 
 /// The way back: sixteen pixels of three bytes, exactly 48, become sixteen of four in `to`. The fourth byte
 /// is any.
-inline __attribute__((always_inline)) void loadWithFourth(const unsigned char* from, void* to)
+VELMO_INLINE void loadWithFourth(const unsigned char* from, void* to)
 {
     auto* bytes = static_cast<unsigned char*>(to);
     const Bytes a = load(from), b = load(from + 16), c = load(from + 32);
@@ -60,7 +61,7 @@ inline __attribute__((always_inline)) void loadWithFourth(const unsigned char* f
 }
 
 /// Exchanges the first and the third byte of sixteen pixels of three: 48 bytes, exactly.
-inline __attribute__((always_inline)) void swapFirstAndThird(const unsigned char* from, unsigned char* to)
+VELMO_INLINE void swapFirstAndThird(const unsigned char* from, unsigned char* to)
 {
     const Bytes a = load(from), b = load(from + 16), c = load(from + 32);
     // The pixels at the seams lie in two vectors, the middle vector has one at either end.

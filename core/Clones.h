@@ -7,6 +7,11 @@
     !defined(VELMO_NO_CLONES)
 #define VELMO_CLONES                                                                                         \
     __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "arch=x86-64-v2", "default")))
+#define VELMO_HAS_CLONES 1
 #else
 #define VELMO_CLONES
+#define VELMO_HAS_CLONES 0
 #endif
+
+/// For what a cloned loop calls: it must be cloned with it.
+#define VELMO_INLINE inline __attribute__((always_inline))

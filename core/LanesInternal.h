@@ -1,9 +1,8 @@
 #pragma once
 
-/// Small operations for loops that are to become vectors of 16-bit lanes.
+#include "core/Clones.h"
 
-/// What a cloned loop calls must be cloned with it.
-#define VELMO_INLINE inline __attribute__((always_inline))
+/// Small operations for loops that are to become vectors of 16-bit lanes.
 
 namespace velmo::exp {
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs a build into a scratch folder and builds the example program against it, once as a CMake
+# Installs a build into a scratch folder and builds the example programs against it, once as a CMake
 # package and once as a pkg-config module; both must run.
 # usage: install.sh BUILD_FOLDER EXAMPLES_FOLDER COMPILER
 set -euo pipefail
@@ -14,6 +14,7 @@ cmake -S "$examples" -B "$scratch/cmake" -G Ninja --log-level=WARNING -DCMAKE_PR
     -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 cmake --build "$scratch/cmake" >/dev/null
 "$scratch/cmake/consumer"
+"$scratch/cmake/camera"
 
 export PKG_CONFIG_PATH="$library/pkgconfig"
 flags=$(pkg-config --cflags --libs vision_imgproc-1.0)

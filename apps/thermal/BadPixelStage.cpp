@@ -16,8 +16,8 @@ using velmo::exp::vision::Pixel;
 class BadPixelStage : public Stage
 {
 public:
-    explicit BadPixelStage(const std::string& path)
-        : m_strPath(path), m_vecRecords(readRecords(path)), m_vecMeans(m_vecRecords.size())
+    BadPixelStage(std::string origin, std::vector<BadPixel> records)
+        : m_strOrigin(std::move(origin)), m_vecRecords(std::move(records)), m_vecMeans(m_vecRecords.size())
     {}
 
     std::string name() const override { return "bad pixels " + std::to_string(m_vecRecords.size()); }
@@ -56,12 +56,12 @@ private:
     void checkPosition(Pixel pixel, cv::Size size) const
     {
         if (!cv::Rect({}, size).contains({pixel.x, pixel.y}))
-            throw UsageError(m_strPath + ": pixel x=" + std::to_string(pixel.x) +
+            throw UsageError(m_strOrigin + ": pixel x=" + std::to_string(pixel.x) +
                              " y=" + std::to_string(pixel.y) + " is outside the frames of " +
                              std::to_string(size.width) + "x" + std::to_string(size.height));
     }
 
-    std::string m_strPath;
+    std::string m_strOrigin;
     std::vector<BadPixel> m_vecRecords;
     std::vector<unsigned short> m_vecMeans;
     cv::Size m_oChecked;
@@ -69,9 +69,14 @@ private:
 
 } // namespace
 
+std::unique_ptr<Stage> makeBadPixels(std::string origin, std::vector<BadPixel> records)
+{
+    return std::make_unique<BadPixelStage>(std::move(origin), std::move(records));
+}
+
 std::unique_ptr<Stage> makeBadPixels(const std::string& path)
 {
-    return std::make_unique<BadPixelStage>(path);
+    return makeBadPixels(path, readRecords(path));
 }
 
 } // namespace thermal

@@ -2,15 +2,22 @@
 
 #include "apps/thermal/Stage.h"
 
+#include "vision/imgproc/BadPixel.h"
+
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace thermal {
 
 /// Puts the mean of its four replacement pixels in the place of each defective pixel.
 ///
+/// @param origin  where the records come from, for messages
+/// @throws UsageError  from the stage, if a record lies outside a frame
+std::unique_ptr<Stage> makeBadPixels(std::string origin, std::vector<velmo::exp::vision::BadPixel> records);
+
 /// @param path  records, as `thermal pixels records` writes them
-/// @throws UsageError  here if they cannot be read; from the stage if one lies outside a frame
+/// @throws UsageError  also here, if they cannot be read
 std::unique_ptr<Stage> makeBadPixels(const std::string& path);
 
 } // namespace thermal

@@ -1,3 +1,4 @@
+#include "apps/thermal/BadPixelStage.h"
 #include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/ContactSheet.h"
@@ -6,6 +7,7 @@
 #include "apps/thermal/Legend.h"
 #include "apps/thermal/Measures.h"
 #include "apps/thermal/PictureSink.h"
+#include "apps/thermal/PixelDetection.h"
 #include "apps/thermal/Simulator.h"
 #include "apps/thermal/Table.h"
 
@@ -45,27 +47,36 @@ struct Exhibit
     Frame last;
 };
 
+/// What stands in for the pixels that are odd in a frame of one temperature.
+std::vector<velmo::exp::vision::BadPixel> calibrate(const Frame& shutter)
+{
+    PixelDetection detection(1, false);
+    detection.add(shutter);
+    constexpr unsigned u32Radius = 10;
+    return velmo::exp::vision::BadPixelTools::calculateReplacePixels(detection.map(), u32Radius);
+}
+
 /// The camera's stream through the chain, looked at between the stages.
 class Tour
 {
 public:
     Tour()
     {
+        m_oChain.add(makeBadPixels("the shutter frame", calibrate(m_oCamera.shutter())));
         FilterOptions filters;
         // More than --denoise does: this camera is noisier than most, so that the eye can follow.
         filters.pattern = "45:31:16";
         filters.temporal = "16:1843";
         filters.spatial = "10";
         filters.downsize = "160x120";
-        m_oChain = makeChain(filters);
+        addFilters(m_oChain, filters);
         m_vecExhibits.resize(m_oChain.size());
     }
 
     void run(bool quiet)
     {
-        Simulator camera(nFrames);
         std::size_t index = 0;
-        forEachFrame(camera, quiet, [&](Frame& frame) {
+        forEachFrame(m_oCamera, quiet, [&](Frame& frame) {
             m_oRaw = frame.clone();
             apply(frame, index++ >= nLearn);
         });
@@ -90,6 +101,7 @@ private:
         });
     }
 
+    Simulator m_oCamera{nFrames};
     Chain m_oChain;
     std::vector<Exhibit> m_vecExhibits;
     Frame m_oRaw;

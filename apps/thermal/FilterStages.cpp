@@ -207,12 +207,18 @@ bool FilterOptions::any() const
 
 Chain makeChain(const FilterOptions& options)
 {
-    const auto chosen = [&](const std::string& typed, const char* standard) {
-        return typed.empty() && options.denoise ? std::string(standard) : typed;
-    };
     Chain chain;
     if (!options.badPixels.empty())
         chain.add(makeBadPixels(options.badPixels));
+    addFilters(chain, options);
+    return chain;
+}
+
+void addFilters(Chain& chain, const FilterOptions& options)
+{
+    const auto chosen = [&](const std::string& typed, const char* standard) {
+        return typed.empty() && options.denoise ? std::string(standard) : typed;
+    };
     if (const std::string text = chosen(options.pattern, FilterOptions::pDefaultPattern); !text.empty())
         chain.add(makePattern(text));
     if (const std::string text = chosen(options.temporal, FilterOptions::pDefaultTemporal); !text.empty())
@@ -221,7 +227,6 @@ Chain makeChain(const FilterOptions& options)
         chain.add(makeSpatial(text));
     if (!options.downsize.empty())
         chain.add(makeDownSize(options.downsize));
-    return chain;
 }
 
 } // namespace thermal

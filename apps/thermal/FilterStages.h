@@ -35,4 +35,7 @@ struct FilterOptions
 /// @throws UsageError  that names option, value and range
 Chain makeChain(const FilterOptions& options);
 
+/// The same without the bad pixels, behind what is in the chain already.
+void addFilters(Chain& chain, const FilterOptions& options);
+
 } // namespace thermal

@@ -192,7 +192,7 @@ Frame readFrame(const std::string& path)
 cv::Mat_<cv::Vec3b> readPicture(const std::string& path)
 {
     requireReadable(path);
-    const cv::Mat picture = read(path, cv::IMREAD_COLOR);
+    cv::Mat picture = read(path, cv::IMREAD_COLOR);
     if (picture.empty())
         throw UsageError(path + ": not a picture that can be read");
     return picture;

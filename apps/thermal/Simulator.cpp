@@ -149,15 +149,25 @@ bool Simulator::next(Frame& frame)
 {
     if (m_nNext == m_nFrames)
         return false;
-    const Scene ideal = scene(m_nNext++);
-    frame = Frame(ideal.size());
+    frame = expose(scene(m_nNext++));
+    return true;
+}
+
+Frame Simulator::shutter()
+{
+    return expose(Scene(s32Height, s32Width, static_cast<float>(kelvinHundredths(21))));
+}
+
+Frame Simulator::expose(const Scene& ideal)
+{
+    Frame frame(ideal.size());
     for (int r = 0; r < ideal.rows; ++r)
         for (int c = 0; c < ideal.cols; ++c)
             frame(r, c) = cv::saturate_cast<unsigned short>(ideal(r, c) + m_oOffsets(r, c) +
                                                             static_cast<float>(dNoiseDeviation * normal()));
     for (const cv::Point& pixel : m_vecDead)
         frame(pixel) = static_cast<unsigned short>(m_oRandom() % 20);
-    return true;
+    return frame;
 }
 
 } // namespace thermal

@@ -25,6 +25,9 @@ public:
     std::optional<std::size_t> count() const override { return m_nFrames; }
     std::string name() const override { return "simulated camera"; }
 
+    /// A frame of the closed shutter, 21 degrees Celsius all over: what bad pixels are found in.
+    Frame shutter();
+
     /// What a perfect camera would have delivered as frame `index`.
     cv::Mat_<float> scene(std::size_t index) const;
 
@@ -33,6 +36,7 @@ public:
 
 private:
     double normal();
+    Frame expose(const cv::Mat_<float>& ideal);
 
     std::size_t m_nFrames;
     std::size_t m_nNext = 0;

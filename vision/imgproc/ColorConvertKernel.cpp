@@ -11,7 +11,7 @@
 // has lanes of one width. The floats and their order are those of the definition; the limits 0 and 255 are
 // put on the whole number instead, which comes to the same.
 
-#define ALWAYS_INLINE inline __attribute__((always_inline))
+#define ALWAYS_INLINE VELMO_INLINE
 
 namespace velmo::vision {
 namespace {

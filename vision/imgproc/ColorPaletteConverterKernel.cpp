@@ -41,8 +41,7 @@ struct ValuePair
     unsigned int m_u32Both;
 };
 
-inline __attribute__((always_inline)) exp::shuffle::Bytes lookUpFour(const unsigned short* in,
-                                                                     const unsigned int* table)
+VELMO_INLINE exp::shuffle::Bytes lookUpFour(const unsigned short* in, const unsigned int* table)
 {
     const ValuePair left(in), right(in + 2);
     const Entries4 entries = {table[left.first()], table[left.second()], table[right.first()],
@@ -73,7 +72,7 @@ struct Places
 };
 
 /// To the nearest, halves to even, for a few thousand either way: past 2^23 a float has no fraction left.
-inline __attribute__((always_inline)) int roundToEven(float value)
+VELMO_INLINE int roundToEven(float value)
 {
     return static_cast<int>((value + 12582912.0f) - 12582912.0f);
 }
@@ -104,7 +103,7 @@ struct Pair
     int right[3];
 };
 
-inline __attribute__((always_inline)) unsigned int blend(int left, int right, int leftWeight, int rightWeight)
+VELMO_INLINE unsigned int blend(int left, int right, int leftWeight, int rightWeight)
 {
     // The vertical pass over a single row leaves these shifts of its two multiplications by 2048.
     return static_cast<unsigned int>((((left * leftWeight + right * rightWeight) >> 9) + 2) >> 2);

@@ -29,8 +29,8 @@ VELMO_CLONES void extentsLoop(const cv::Point* points, std::size_t count, PointE
 }
 
 // Whole numbers: sums of doubles would have to stay in their order.
-inline __attribute__((always_inline)) void sumAnyBlock(const cv::Point* points, std::size_t count,
-                                                       std::int64_t& sumX, std::int64_t& sumY)
+VELMO_INLINE void sumAnyBlock(const cv::Point* points, std::size_t count, std::int64_t& sumX,
+                              std::int64_t& sumY)
 {
     for (std::size_t n = 0; n < count; ++n) {
         sumX += points[n].x;

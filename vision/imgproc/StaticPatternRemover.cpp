@@ -101,8 +101,10 @@ void StaticPatternRemover::process(const cv::Mat_<short>& in, cv::Mat_<short>& o
     out.create(in.rows, in.cols);
     if (in.rows < 1 || in.cols < 1)
         return;
-    removeStaticPattern(in, out, m_oColumnState, m_oPixelState,
-                        {m_s32Threshold, m_s32ThresholdLow, m_s32LineLimit, m_s32FrameLimit}, m_aScratch);
+    removeStaticPattern(
+        in, out, m_oColumnState, m_oPixelState,
+        {m_s32Threshold, m_s32ThresholdLow, m_s32LineLimit, m_s32FrameLimit, m_s32MinStart, m_s32MaxStart},
+        m_aScratch);
 }
 
 } // namespace velmo::exp::vision

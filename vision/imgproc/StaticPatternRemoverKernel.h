@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -9,6 +10,8 @@ namespace velmo::exp::vision {
 struct PatternParameters
 {
     int threshold, thresholdLow, lineLimit, frameLimit;
+    int minStart = std::numeric_limits<int>::max(); ///< where every search for a minimum starts
+    int maxStart = std::numeric_limits<int>::min(); ///< the same for a maximum
 };
 
 /// What a correction (the upper bits of an accumulator) amounts to in counts: about 7/64 of it.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <limits>
 
 namespace velmo::exp::vision {
 namespace {
@@ -11,9 +10,13 @@ namespace {
 /// mean of those eight.
 struct Surroundings
 {
+    explicit Surroundings(const PatternParameters& parameters)
+        : low(parameters.minStart), high(parameters.maxStart)
+    {}
+
     int sum = 0;
-    int low = std::numeric_limits<int>::max();
-    int high = std::numeric_limits<int>::min();
+    int low;
+    int high;
 
     void include(int value)
     {
@@ -35,11 +38,11 @@ int offset(short value)
     return value + 32768;
 }
 
-Surroundings block(const cv::Mat_<short>& in, int r, int c)
+Surroundings block(const cv::Mat_<short>& in, int r, int c, const PatternParameters& parameters)
 {
     const int above = std::max(r - 1, 0), below = std::min(r + 1, in.rows - 1);
     const int left = std::max(c - 1, 0), right = std::min(c + 1, in.cols - 1);
-    Surroundings set;
+    Surroundings set(parameters);
     for (const int row : {above, below})
         for (const int column : {left, c, right})
             set.add(offset(in[row][column]));
@@ -49,9 +52,9 @@ Surroundings block(const cv::Mat_<short>& in, int r, int c)
     return set;
 }
 
-Surroundings line(const cv::Mat_<short>& in, int r, int c)
+Surroundings line(const cv::Mat_<short>& in, int r, int c, const PatternParameters& parameters)
 {
-    Surroundings set;
+    Surroundings set(parameters);
     for (int n = 1; n <= 4; ++n) {
         set.add(offset(in[r][std::max(c - n, 0)]));
         set.add(offset(in[r][std::min(c + n, in.cols - 1)]));
@@ -118,7 +121,7 @@ void removeFromPixel(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<i
     const short x = in[r][c];
     out[r][c] = x == 32767 ? x : static_cast<short>(x - patternCounts(columnPart) - patternCounts(pixelPart));
 
-    const Surroundings ofBlock = block(in, r, c), ofLine = line(in, r, c);
+    const Surroundings ofBlock = block(in, r, c, parameters), ofLine = line(in, r, c, parameters);
     const int blockDeviation = ofBlock.deviation(), lineDeviation = ofLine.deviation();
 
     if (std::min(blockDeviation, lineDeviation) < parameters.threshold)

@@ -10,27 +10,28 @@ namespace {
 
 constexpr int blockSize = 128;
 
-// 16 bytes looked up in a table of 16 at once; what the processor does in one step where it can.
-#if defined(__GNUC__) && !defined(__clang__)
-using Bytes = signed char __attribute__((vector_size(16)));
+// Unsigned, so that steps between tables may wrap.
+using Bytes = unsigned char __attribute__((vector_size(16)));
+using SignedBytes = signed char __attribute__((vector_size(16)));
 
-inline __attribute__((always_inline)) Bytes lookUp(Bytes table, Bytes index)
+// 16 bytes looked up in a table of 16 at once: one step where the processor can and the compiler knows.
+#if defined(__GNUC__) && !defined(__clang__)
+VELMO_INLINE Bytes lookUp(Bytes table, Bytes index)
 {
     return __builtin_shuffle(table, index);
 }
 
 bool looksUpBytesFast()
 {
-#if defined(__x86_64__)
-    return __builtin_cpu_supports("ssse3") != 0;
+#if defined(__x86_64__) && !defined(__SSSE3__)
+    // The clones above the baseline have it; without clones nobody has.
+    return VELMO_HAS_CLONES && __builtin_cpu_supports("ssse3") != 0;
 #else
     return true;
 #endif
 }
 #else
-using Bytes = signed char __attribute__((ext_vector_type(16)));
-
-inline Bytes lookUp(Bytes table, Bytes index)
+VELMO_INLINE Bytes lookUp(Bytes table, Bytes index)
 {
     Bytes result = {};
     for (int n = 0; n < 16; ++n)
@@ -71,8 +72,8 @@ struct CalmPulls
 // Index 0 to 127 is the difference plus 64. The first table's pull grows by the step into each further table
 // that the index reaches.
 template <int first, int last>
-inline __attribute__((always_inline)) void
-lookUpBlock(const CalmPulls& calm, const signed char* __restrict index, signed char* __restrict pulls)
+VELMO_INLINE void lookUpBlock(const CalmPulls& calm, const signed char* __restrict index,
+                              signed char* __restrict pulls)
 {
     for (int n = 0; n < blockSize; n += 16) {
         Bytes place, sum;
@@ -80,14 +81,15 @@ lookUpBlock(const CalmPulls& calm, const signed char* __restrict index, signed c
         const Bytes low = place & 15;
         sum = lookUp(calm.tables[first], low);
         for (int table = first + 1; table <= last; ++table)
-            sum += (place >= static_cast<signed char>(16 * table)) & lookUp(calm.steps[table], low);
+            sum += reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(place) >=
+                                           static_cast<signed char>(16 * table)) &
+                   lookUp(calm.steps[table], low);
         std::memcpy(pulls + n, &sum, 16);
     }
 }
 
 template <class T>
-inline __attribute__((always_inline)) bool filterCalmBlock(T* __restrict frame, T* __restrict state,
-                                                           const CalmPulls& calm)
+VELMO_INLINE bool filterCalmBlock(T* __restrict frame, T* __restrict state, const CalmPulls& calm)
 {
     signed char index[blockSize], pulls[blockSize];
     unsigned short spread = 0; // an `or`: below a power of two if all of its parts are
@@ -117,8 +119,8 @@ inline __attribute__((always_inline)) bool filterCalmBlock(T* __restrict frame, 
 // them, which cannot, run without the arithmetic in their way. All differences beyond the limit have the pull
 // of the limit, which is none: what the loop touches of the table stays in the nearest cache.
 template <class T>
-inline __attribute__((always_inline)) void filterBlock(T* __restrict frame, T* __restrict state, int count,
-                                                       const unsigned short* __restrict zero, int limit)
+VELMO_INLINE void filterBlock(T* __restrict frame, T* __restrict state, int count,
+                              const unsigned short* __restrict zero, int limit)
 {
     int differences[blockSize];
     unsigned short pulls[blockSize];
@@ -139,8 +141,7 @@ inline __attribute__((always_inline)) void filterBlock(T* __restrict frame, T* _
 
 // Most blocks of most scenes hold nothing but noise: their differences are small enough for byte lookups.
 template <class T>
-inline __attribute__((always_inline)) void filterBlocks(T* frame, T* state, std::size_t count,
-                                                        const unsigned short* pulls)
+VELMO_INLINE void filterBlocks(T* frame, T* state, std::size_t count, const unsigned short* pulls)
 {
     const unsigned short* zero = pulls + differenceTableCentre;
     static const bool fastBytes = looksUpBytesFast();
