@@ -206,7 +206,7 @@ void requireName(const std::string& name)
 
 Palette importPalette(const std::string& path)
 {
-    const Palette palette = read(path);
+    Palette palette = read(path);
     if (palette.empty())
         throw UsageError(path + ": there is no colour in it");
     return palette;
