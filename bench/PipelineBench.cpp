@@ -40,8 +40,11 @@ struct Ours
 
     static std::vector<unsigned char>& palette()
     {
-        static std::vector<unsigned char> colors =
-            velmo::vision::ColorPaletteManager::getPaletteColors(velmo::vision::Id::Palette::Ironbow);
+        static std::vector<unsigned char> colors = [] {
+            using Manager = velmo::vision::ColorPaletteManager;
+            Manager::loadPalettes({}); // by itself only as long as no other job has loaded a palette
+            return Manager::getPaletteColors(velmo::vision::Id::Palette::Ironbow);
+        }();
         return colors;
     }
 
