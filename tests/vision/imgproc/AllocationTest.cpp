@@ -41,6 +41,19 @@ void* operator new[](std::size_t size)
     return counted(size);
 }
 
+// The forms that do not throw too, or the address sanitizer takes its own for them and ours for the deletion.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    ++allocations;
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    ++allocations;
+    return std::malloc(size == 0 ? 1 : size);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
