@@ -20,17 +20,23 @@ namespace {
 
 std::atomic<long> allocations{0};
 
-void* counted(std::size_t size)
+void* countedOrNull(std::size_t size) noexcept
 {
     ++allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size))
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* counted(std::size_t size)
+{
+    if (void* memory = countedOrNull(size))
         return memory;
     throw std::bad_alloc();
 }
 
 } // namespace
 
-// Those of the whole test program: matrices come through here as well, with their headers.
+// Those of the whole program, which is why these tests have one of their own: matrices come through here as
+// well, with their headers.
 void* operator new(std::size_t size)
 {
     return counted(size);
@@ -41,17 +47,14 @@ void* operator new[](std::size_t size)
     return counted(size);
 }
 
-// The forms that do not throw too, or the address sanitizer takes its own for them and ours for the deletion.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    ++allocations;
-    return std::malloc(size == 0 ? 1 : size);
+    return countedOrNull(size);
 }
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
-    ++allocations;
-    return std::malloc(size == 0 ? 1 : size);
+    return countedOrNull(size);
 }
 
 void operator delete(void* memory) noexcept
