@@ -42,12 +42,16 @@ VELMO_CLONES void smoothRow(const short* __restrict above, const short* __restri
                             short* __restrict highs, short* __restrict out, int count, u16 last, u16 perGain)
 {
     // Sum modulo 2^16, smallest and largest of the three pixels of each column.
-    for (int c = -1; c <= count; ++c) {
+    for (int c = 0; c < count; ++c) {
         const short a = above[c], x = row[c], b = below[c];
         sums[c] = static_cast<u16>(a + x + b);
         lows[c] = lower(lower(a, b), x);
         highs[c] = higher(higher(a, b), x);
     }
+    // Beyond the ends the columns repeat as the pixels do.
+    sums[-1] = sums[0], sums[count] = sums[count - 1];
+    lows[-1] = lows[0], lows[count] = lows[count - 1];
+    highs[-1] = highs[0], highs[count] = highs[count - 1];
 
     for (int c = 0; c < count; ++c) {
         const short x = row[c];
@@ -89,13 +93,17 @@ void removeSpatialNoise(const cv::Mat_<short>& in, cv::Mat_<short>& out, int gai
 {
     // Of the thread, because one filter may serve several; it grows to the widest frame and stays.
     thread_local std::vector<short> scratch;
-    const int stride = in.cols + 2;
-    const std::size_t needed = std::size_t{6} * static_cast<std::size_t>(stride);
+    // Lines begin on a boundary of the widest vectors; the element before is the end of the line above.
+    constexpr int lane = 64 / sizeof(short);
+    const int stride = (in.cols + 1 + lane) / lane * lane;
+    const std::size_t needed = std::size_t{6} * static_cast<std::size_t>(stride) + 2 * lane;
     if (scratch.size() < needed)
         scratch.resize(needed);
+    const auto beyond =
+        static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(scratch.data()) / sizeof(short) % lane);
     short* lines[6];
     for (int n = 0; n < 6; ++n)
-        lines[n] = scratch.data() + std::ptrdiff_t{n} * stride + 1;
+        lines[n] = scratch.data() + (2 * lane - beyond) + std::ptrdiff_t{n} * stride;
 
     const auto last = static_cast<u16>(19 * gain - 1);
     // Multiplied by twice an activity up to `last`, its upper 16 bits are the quotient for every gain.
