@@ -49,10 +49,9 @@ public:
     /// @param src      rows x cols, any size, also empty; rows may be padded
     /// @param dst      becomes rows x cols; reused if it has that size already, rows may be padded then
     /// @param palette  3 x N bytes, N at least 1; only read
-    /// @throws cv::Exception  for an empty palette, a length that is not a multiple of 3 or max < min where
-    /// the
-    ///                        palette is used, and for a band outside the range on the slower path; the table
-    ///                        is unchanged then and nothing is coloured
+    /// @throws cv::Exception  for an empty palette, a length that is no multiple of 3, or max < min, where
+    ///                        the palette is used, and for a band outside the range on the slower path; the
+    ///                        table is unchanged then and nothing is coloured
     void palletize(const Frame& src, Picture& dst, unsigned short min, unsigned short max, bool rebuild,
                    std::vector<unsigned char>& palette);
 
