@@ -2,7 +2,7 @@
 
 #include "bench/Bench.h"
 #include "bench/Scene.h"
-#include "vision/imgproc/BadPixelKernel.h"
+#include "vision/kernels/BadPixelKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

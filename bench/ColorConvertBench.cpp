@@ -2,7 +2,7 @@
 
 #include "bench/Bench.h"
 #include "bench/Scene.h"
-#include "vision/imgproc/ColorConvertKernel.h"
+#include "vision/kernels/ColorConvertKernel.h"
 
 #include <libyuv.h>
 #include <opencv2/imgproc.hpp>

@@ -1,7 +1,7 @@
 #include "bench/Bench.h"
 #include "bench/Scene.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
-#include "vision/imgproc/ColorPaletteConverterKernel.h"
+#include "vision/kernels/ColorPaletteConverterKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -1,7 +1,7 @@
 #include "vision/imgproc/ConnectedComponent.h"
 
 #include "bench/Bench.h"
-#include "vision/imgproc/ConnectedComponentKernel.h"
+#include "vision/kernels/ConnectedComponentKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -2,7 +2,7 @@
 
 #include "bench/Bench.h"
 #include "bench/Scene.h"
-#include "vision/imgproc/DownSizeKernel.h"
+#include "vision/kernels/DownSizeKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -2,7 +2,7 @@
 
 #include "bench/Bench.h"
 #include "bench/Scene.h"
-#include "vision/imgproc/SpatialNoiseRemoverKernel.h"
+#include "vision/kernels/SpatialNoiseRemoverKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -2,7 +2,7 @@
 
 #include "bench/Bench.h"
 #include "bench/Scene.h"
-#include "vision/imgproc/StaticPatternRemoverKernel.h"
+#include "vision/kernels/StaticPatternRemoverKernel.h"
 
 #include <memory>
 

@@ -2,7 +2,7 @@
 
 #include "bench/Bench.h"
 #include "bench/Scene.h"
-#include "vision/imgproc/TemporalNoiseReductionKernel.h"
+#include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

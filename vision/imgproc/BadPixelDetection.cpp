@@ -3,7 +3,7 @@
 #include "core/Clones.h"
 #include "core/Exception.h"
 #include "vision/imgproc/BadPixel.h"
-#include "vision/imgproc/BadPixelKernel.h"
+#include "vision/kernels/BadPixelKernel.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 #include "vision/imgproc/ConnectedComponent.h"
 
-#include "vision/imgproc/ConnectedComponentKernel.h"
+#include "vision/kernels/ConnectedComponentKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -1,6 +1,6 @@
 #include "core/Exception.h"
 #include "vision/imgproc/ConnectedComponent.h"
-#include "vision/imgproc/ConnectedComponentKernel.h"
+#include "vision/kernels/ConnectedComponentKernel.h"
 
 #include <opencv2/imgproc.hpp>
 

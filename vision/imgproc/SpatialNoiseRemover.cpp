@@ -1,6 +1,6 @@
 #include "vision/imgproc/SpatialNoiseRemover.h"
 
-#include "vision/imgproc/SpatialNoiseRemoverKernel.h"
+#include "vision/kernels/SpatialNoiseRemoverKernel.h"
 
 namespace velmo::exp::vision {
 

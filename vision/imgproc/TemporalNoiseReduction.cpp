@@ -1,6 +1,6 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
-#include "vision/imgproc/TemporalNoiseReductionKernel.h"
+#include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 #include <algorithm>
 #include <iostream>

@@ -1,6 +1,6 @@
 #include "vision/imgproc/TemporalNoiseReductionRef.h"
 
-#include "vision/imgproc/TemporalNoiseReductionKernel.h"
+#include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 #include <cmath>
 #include <cstdint>

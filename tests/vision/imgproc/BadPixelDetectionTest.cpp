@@ -1,6 +1,6 @@
 #include "core/Exception.h"
 #include "vision/imgproc/BadPixel.h"
-#include "vision/imgproc/BadPixelKernel.h"
+#include "vision/kernels/BadPixelKernel.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 #include "vision/imgproc/ColorConvert.h"
 
 #include "core/Exception.h"
-#include "vision/imgproc/ColorConvertKernel.h"
+#include "vision/kernels/ColorConvertKernel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "vision/imgproc/ColorPaletteConverter.h"
 
 #include "core/Exception.h"
-#include "vision/imgproc/ColorPaletteConverterKernel.h"
+#include "vision/kernels/ColorPaletteConverterKernel.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "vision/imgproc/DownSize.h"
 
 #include "core/Exception.h"
-#include "vision/imgproc/DownSizeKernel.h"
+#include "vision/kernels/DownSizeKernel.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "vision/imgproc/StaticPatternRemover.h"
 
 #include "core/Exception.h"
-#include "vision/imgproc/StaticPatternRemoverKernel.h"
+#include "vision/kernels/StaticPatternRemoverKernel.h"
 
 #include <gtest/gtest.h>
 

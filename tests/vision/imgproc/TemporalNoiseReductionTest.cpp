@@ -1,7 +1,7 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
 #include "tests/vision/imgproc/PixelStream.h"
-#include "vision/imgproc/TemporalNoiseReductionKernel.h"
+#include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 #include <gtest/gtest.h>
 

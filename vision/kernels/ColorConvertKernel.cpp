@@ -1,4 +1,4 @@
-#include "vision/imgproc/ColorConvertKernel.h"
+#include "vision/kernels/ColorConvertKernel.h"
 
 #include "core/ByteShuffle.h"
 #include "core/Clones.h"

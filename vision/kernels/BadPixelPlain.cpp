@@ -1,5 +1,5 @@
 #include "vision/imgproc/BadPixel.h"
-#include "vision/imgproc/BadPixelKernel.h"
+#include "vision/kernels/BadPixelKernel.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "vision/imgproc/ConnectedComponentKernel.h"
+#include "vision/kernels/ConnectedComponentKernel.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "vision/imgproc/ColorPaletteConverterKernel.h"
+#include "vision/kernels/ColorPaletteConverterKernel.h"
 #include "vision/radiometry/RadiometricTools.h"
 
 #include <opencv2/imgproc.hpp>

@@ -1,4 +1,4 @@
-#include "vision/imgproc/StaticPatternRemoverKernel.h"
+#include "vision/kernels/StaticPatternRemoverKernel.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "vision/imgproc/BadPixelKernel.h"
+#include "vision/kernels/BadPixelKernel.h"
 
 #include "core/Clones.h"
 #include "vision/imgproc/BadPixel.h"

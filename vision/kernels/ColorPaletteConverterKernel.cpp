@@ -1,4 +1,4 @@
-#include "vision/imgproc/ColorPaletteConverterKernel.h"
+#include "vision/kernels/ColorPaletteConverterKernel.h"
 
 #include "core/ByteShuffle.h"
 #include "core/Clones.h"

@@ -1,4 +1,4 @@
-#include "vision/imgproc/StaticPatternRemoverKernel.h"
+#include "vision/kernels/StaticPatternRemoverKernel.h"
 
 #include "core/Clones.h"
 #include "core/LanesInternal.h"

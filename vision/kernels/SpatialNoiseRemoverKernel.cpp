@@ -1,4 +1,4 @@
-#include "vision/imgproc/SpatialNoiseRemoverKernel.h"
+#include "vision/kernels/SpatialNoiseRemoverKernel.h"
 
 #include "core/Clones.h"
 #include "core/LanesInternal.h"

@@ -1,4 +1,4 @@
-#include "vision/imgproc/TemporalNoiseReductionKernel.h"
+#include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 namespace velmo::exp::vision {
 namespace {

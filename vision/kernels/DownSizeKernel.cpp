@@ -1,4 +1,4 @@
-#include "vision/imgproc/DownSizeKernel.h"
+#include "vision/kernels/DownSizeKernel.h"
 
 #include "core/Clones.h"
 #include "core/LanesInternal.h"

@@ -1,5 +1,5 @@
 #include "vision/imgproc/ColorConvert.h"
-#include "vision/imgproc/ColorConvertKernel.h"
+#include "vision/kernels/ColorConvertKernel.h"
 
 // The conversions as they are defined, pixel by pixel.
 

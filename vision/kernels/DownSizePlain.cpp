@@ -1,4 +1,4 @@
-#include "vision/imgproc/DownSizeKernel.h"
+#include "vision/kernels/DownSizeKernel.h"
 
 namespace velmo::exp::vision {
 
