@@ -2,13 +2,13 @@
 #include "bench/Scene.h"
 #include "vision/id/Palette.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
-#include "vision/kernels/ColorPaletteConverterKernel.h"
 #include "vision/imgproc/ColorPaletteManager.h"
 #include "vision/imgproc/SpatialNoiseRemover.h"
-#include "vision/kernels/SpatialNoiseRemoverKernel.h"
 #include "vision/imgproc/StaticPatternRemover.h"
-#include "vision/kernels/StaticPatternRemoverKernel.h"
 #include "vision/imgproc/TemporalNoiseReduction.h"
+#include "vision/kernels/ColorPaletteConverterKernel.h"
+#include "vision/kernels/SpatialNoiseRemoverKernel.h"
+#include "vision/kernels/StaticPatternRemoverKernel.h"
 #include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 #include <opencv2/imgproc.hpp>

@@ -37,7 +37,12 @@ if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     target_link_options(vision_imgproc PRIVATE LINKER:--no-undefined)
 endif()
 
-# Everything but the kernels and the cursor is public: what is installed, and what is documented.
+# Public is every header that does not begin with the mark: what is installed, and what is documented.
 file(GLOB_RECURSE VELMO_PUBLIC_HEADERS CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}"
     "${PROJECT_SOURCE_DIR}/core/*.h" "${PROJECT_SOURCE_DIR}/vision/*.h")
-list(FILTER VELMO_PUBLIC_HEADERS EXCLUDE REGEX "(Kernel|ByteCursor|Clones|Shuffle|Internal)\\.h$")
+foreach(header IN LISTS VELMO_PUBLIC_HEADERS)
+    file(STRINGS "${PROJECT_SOURCE_DIR}/${header}" first_line LIMIT_COUNT 1)
+    if(first_line STREQUAL "// Not installed.")
+        list(REMOVE_ITEM VELMO_PUBLIC_HEADERS "${header}")
+    endif()
+endforeach()

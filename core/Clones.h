@@ -1,3 +1,4 @@
+// Not installed.
 #pragma once
 
 /// Builds a loop once per x86-64 level; the best one for the processor is bound at load time.

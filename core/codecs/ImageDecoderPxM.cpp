@@ -1,6 +1,6 @@
 #include "core/codecs/ImageDecoderPxM.h"
 
-#include "core/codecs/PxMHeaderInternal.h"
+#include "core/codecs/PxMHeader.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // The two kinds of PxM header: a few numbers after P2, P3, P5 and P6, lines of names and values after P7.
 
-#include "core/codecs/PxMHeaderInternal.h"
+#include "core/codecs/PxMHeader.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "core/codecs/StorageDecoderIni.h"
 
 #include "core/Exception.h"
-#include "core/codecs/StorageTextInternal.h"
+#include "core/codecs/StorageText.h"
 #include "core/memory/MemoryAcsii.h"
 
 #include <algorithm>

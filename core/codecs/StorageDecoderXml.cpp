@@ -1,8 +1,8 @@
 #include "core/codecs/StorageDecoderXml.h"
 
 #include "core/Exception.h"
-#include "core/codecs/StorageTextInternal.h"
-#include "core/codecs/XmlCheckInternal.h"
+#include "core/codecs/StorageText.h"
+#include "core/codecs/XmlCheck.h"
 #include "core/memory/MemoryAcsii.h"
 
 #include <map>

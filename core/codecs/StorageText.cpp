@@ -1,4 +1,4 @@
-#include "core/codecs/StorageTextInternal.h"
+#include "core/codecs/StorageText.h"
 
 #include "core/Exception.h"
 

@@ -1,7 +1,7 @@
 #include "core/datatypes/DataStorage.h"
 
 #include "core/Exception.h"
-#include "core/datatypes/TypeNameInternal.h"
+#include "core/datatypes/TypeName.h"
 
 #include <set>
 #include <unordered_map>

@@ -1,9 +1,9 @@
 #include "core/datatypes/Variant.h"
 
 #include "core/Exception.h"
-#include "core/codecs/ByteCursor.h"
 #include "core/datatypes/DataStorage.h"
-#include "core/datatypes/TypeNameInternal.h"
+#include "core/datatypes/TypeName.h"
+#include "core/memory/ByteCursor.h"
 #include "core/memory/MemoryAcsii.h"
 
 #include <algorithm>

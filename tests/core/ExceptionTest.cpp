@@ -1,5 +1,5 @@
 #include "core/Exception.h"
-#include "core/codecs/ByteCursor.h"
+#include "core/memory/ByteCursor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "core/Exception.h"
 #include "core/codecs/StorageDecoder.h"
-#include "vision/imgproc/ColorPaletteTablesInternal.h"
+#include "vision/imgproc/ColorPaletteTables.h"
 
 #include <fstream>
 #include <iostream>

@@ -1,4 +1,4 @@
-#include "vision/imgproc/ColorPaletteTablesInternal.h"
+#include "vision/imgproc/ColorPaletteTables.h"
 
 #include <initializer_list>
 

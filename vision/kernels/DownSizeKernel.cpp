@@ -1,7 +1,7 @@
 #include "vision/kernels/DownSizeKernel.h"
 
 #include "core/Clones.h"
-#include "core/LanesInternal.h"
+#include "core/Lanes.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 #include "vision/kernels/SpatialNoiseRemoverKernel.h"
 
 #include "core/Clones.h"
-#include "core/LanesInternal.h"
+#include "core/Lanes.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Not installed.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -1,7 +1,7 @@
 #include "vision/imgproc/ColorPaletteManager.h"
 
 #include "core/Exception.h"
-#include "vision/imgproc/ColorPaletteTablesInternal.h"
+#include "vision/imgproc/ColorPaletteTables.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
+// Not installed.
 #pragma once
 
-#include "core/codecs/ByteCursor.h"
+#include "core/memory/ByteCursor.h"
 
 #include <cstdint>
 
