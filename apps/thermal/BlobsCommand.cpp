@@ -1,14 +1,14 @@
-#include "apps/thermal/BlobPicture.h"
-#include "apps/thermal/BlobTracker.h"
-#include "apps/thermal/Blobs.h"
-#include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Frames.h"
 #include "apps/thermal/OutputOptions.h"
-#include "apps/thermal/Parse.h"
-#include "apps/thermal/Range.h"
 #include "apps/thermal/Table.h"
+#include "camera/colours/Colouring.h"
+#include "camera/colours/Range.h"
+#include "camera/measures/BlobPicture.h"
+#include "camera/measures/BlobTracker.h"
+#include "camera/measures/Blobs.h"
+#include "camera/settings/Parse.h"
+#include "recordings/Frames.h"
 
 #include <CLI/App.hpp>
 

@@ -1,15 +1,15 @@
-#include "apps/thermal/BadPixelStage.h"
-#include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
-#include "apps/thermal/ContactSheet.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/FilterStages.h"
-#include "apps/thermal/Legend.h"
-#include "apps/thermal/Measures.h"
-#include "apps/thermal/PictureSink.h"
-#include "apps/thermal/PixelDetection.h"
 #include "apps/thermal/Simulator.h"
 #include "apps/thermal/Table.h"
+#include "camera/colours/Colouring.h"
+#include "camera/colours/Legend.h"
+#include "camera/drawing/ContactSheet.h"
+#include "camera/measures/Noise.h"
+#include "camera/pixels/PixelDetection.h"
+#include "camera/stages/BadPixelStage.h"
+#include "recordings/PictureSink.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -1,8 +1,8 @@
 #include "apps/thermal/FilterStages.h"
 
-#include "apps/thermal/BadPixelStage.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Parse.h"
+#include "camera/settings/Parse.h"
+#include "camera/stages/BadPixelStage.h"
 
 #include "vision/imgproc/DownSize.h"
 #include "vision/imgproc/SpatialNoiseRemover.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/thermal/Stage.h"
+#include "camera/stages/Stage.h"
 
 #include <string>
 

@@ -1,14 +1,14 @@
-#include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
-#include "apps/thermal/ContactSheet.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Fidelity.h"
 #include "apps/thermal/FilterStages.h"
-#include "apps/thermal/Frames.h"
-#include "apps/thermal/Measures.h"
-#include "apps/thermal/PictureSink.h"
-#include "apps/thermal/Statistics.h"
 #include "apps/thermal/Table.h"
+#include "camera/colours/Colouring.h"
+#include "camera/drawing/ContactSheet.h"
+#include "camera/measures/Fidelity.h"
+#include "camera/measures/Noise.h"
+#include "camera/measures/Statistics.h"
+#include "recordings/Frames.h"
+#include "recordings/PictureSink.h"
 
 #include <opencv2/imgproc.hpp>
 

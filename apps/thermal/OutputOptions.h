@@ -1,7 +1,7 @@
 #pragma once
 
-#include "apps/thermal/Frames.h"
-#include "apps/thermal/PictureSink.h"
+#include "recordings/Frames.h"
+#include "recordings/PictureSink.h"
 
 #include <memory>
 #include <string>

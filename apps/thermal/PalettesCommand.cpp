@@ -1,10 +1,10 @@
-#include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
-#include "apps/thermal/ContactSheet.h"
-#include "apps/thermal/PaletteFormats.h"
-#include "apps/thermal/Palettes.h"
-#include "apps/thermal/PictureSink.h"
 #include "apps/thermal/Table.h"
+#include "camera/colours/Colouring.h"
+#include "camera/colours/Palettes.h"
+#include "camera/drawing/ContactSheet.h"
+#include "recordings/PaletteFormats.h"
+#include "recordings/PictureSink.h"
 
 #include <CLI/App.hpp>
 

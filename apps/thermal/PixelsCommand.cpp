@@ -1,11 +1,11 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Frames.h"
-#include "apps/thermal/Parse.h"
-#include "apps/thermal/PixelDetection.h"
-#include "apps/thermal/PixelFiles.h"
-#include "apps/thermal/PixelOverlay.h"
 #include "apps/thermal/Table.h"
+#include "camera/pixels/PixelDetection.h"
+#include "camera/pixels/PixelOverlay.h"
+#include "camera/settings/Parse.h"
+#include "recordings/Frames.h"
+#include "recordings/PixelFiles.h"
 
 #include <CLI/App.hpp>
 

@@ -1,10 +1,10 @@
-#include "apps/thermal/Colouring.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/FilterStages.h"
-#include "apps/thermal/Frames.h"
-#include "apps/thermal/Legend.h"
 #include "apps/thermal/OutputOptions.h"
-#include "apps/thermal/Range.h"
+#include "camera/colours/Colouring.h"
+#include "camera/colours/Legend.h"
+#include "camera/colours/Range.h"
+#include "recordings/Frames.h"
 
 #include <CLI/App.hpp>
 

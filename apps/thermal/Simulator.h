@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/thermal/Frames.h"
+#include "recordings/Frames.h"
 
 #include <cstddef>
 #include <random>

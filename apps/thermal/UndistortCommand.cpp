@@ -1,9 +1,9 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Frames.h"
-#include "apps/thermal/LensMap.h"
-#include "apps/thermal/Parse.h"
-#include "apps/thermal/PictureSink.h"
+#include "camera/lens/LensMap.h"
+#include "camera/settings/Parse.h"
+#include "recordings/Frames.h"
+#include "recordings/PictureSink.h"
 #include "vision/imgproc/DistortionCorrection.h"
 
 #include <CLI/App.hpp>

@@ -1,7 +1,7 @@
-#include "apps/thermal/Blobs.h"
+#include "camera/measures/Blobs.h"
 
-#include "apps/thermal/BlobPicture.h"
-#include "apps/thermal/BlobTracker.h"
+#include "camera/measures/BlobPicture.h"
+#include "camera/measures/BlobTracker.h"
 #include "tests/apps/ProgramRun.h"
 #include "tests/apps/TemporaryFolder.h"
 

@@ -1,8 +1,8 @@
 #include "tests/apps/TemporaryFolder.h"
 
-#include "apps/thermal/Colouring.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Legend.h"
+#include "camera/colours/Colouring.h"
+#include "camera/colours/Legend.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "tests/apps/TemporaryFolder.h"
 
 #include "apps/thermal/Error.h"
-#include "apps/thermal/FileList.h"
-#include "apps/thermal/Frames.h"
+#include "recordings/FileList.h"
+#include "recordings/Frames.h"
 
 #include <opencv2/imgcodecs.hpp>
 

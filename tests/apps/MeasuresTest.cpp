@@ -1,6 +1,6 @@
-#include "apps/thermal/Measures.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Fidelity.h"
+#include "camera/measures/Fidelity.h"
+#include "camera/measures/Noise.h"
 
 #include <opencv2/imgproc.hpp>
 

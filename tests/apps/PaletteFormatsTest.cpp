@@ -1,7 +1,7 @@
 #include "tests/apps/ProgramRun.h"
 
 #include "apps/thermal/Error.h"
-#include "apps/thermal/PaletteFormats.h"
+#include "recordings/PaletteFormats.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

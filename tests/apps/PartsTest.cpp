@@ -1,11 +1,11 @@
 #include "tests/apps/TemporaryFolder.h"
 
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Parse.h"
-#include "apps/thermal/PictureSink.h"
 #include "apps/thermal/Progress.h"
 #include "apps/thermal/Simulator.h"
 #include "apps/thermal/Table.h"
+#include "camera/settings/Parse.h"
+#include "recordings/PictureSink.h"
 
 #include <opencv2/imgcodecs.hpp>
 

@@ -1,9 +1,9 @@
 #include "tests/apps/ProgramRun.h"
 
-#include "apps/thermal/BadPixelStage.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/PixelDetection.h"
-#include "apps/thermal/PixelFiles.h"
+#include "camera/pixels/PixelDetection.h"
+#include "camera/stages/BadPixelStage.h"
+#include "recordings/PixelFiles.h"
 
 #include <opencv2/imgcodecs.hpp>
 

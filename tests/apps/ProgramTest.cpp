@@ -1,7 +1,7 @@
 #include "tests/apps/ProgramRun.h"
 #include "tests/apps/TemporaryFolder.h"
 
-#include "apps/thermal/Frames.h"
+#include "recordings/Frames.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/videoio.hpp>

@@ -1,4 +1,4 @@
-#include "apps/thermal/Range.h"
+#include "camera/colours/Range.h"
 
 #include <gtest/gtest.h>
 

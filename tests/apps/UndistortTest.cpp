@@ -1,4 +1,4 @@
-#include "apps/thermal/LensMap.h"
+#include "camera/lens/LensMap.h"
 
 #include "apps/thermal/Error.h"
 #include "tests/apps/ProgramRun.h"

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "recordings/Frames.h"
+
+#include <opencv2/core.hpp>
+
+#include <cstddef>
+
+namespace thermal {
+
+/// What filters do to what should stay as it is. NaN where the recording has nothing to judge it by.
+struct FidelityFigures
+{
+    double edges = 0;    ///< how steep the steepest edges still are; 1 is unchanged
+    double ghosting = 0; ///< how far the picture lags behind what moves, in frames; 0 is not at all
+};
+
+/// Compares a stream frame by frame with the same stream after filters that keep its size.
+class FidelityMeter
+{
+public:
+    void add(const Frame& before, const Frame& after);
+
+    /// Edges: where the mean of the unfiltered frames is steepest (one pixel in fifty), the mean of the
+    /// filtered ones has what share of that slope. Ghosting: where a pixel changes from frame to frame by
+    /// far more than noise, the filtered one misses what share of that change.
+    FidelityFigures figures() const;
+
+private:
+    std::size_t m_nFrames = 0;
+    cv::Mat_<float> m_oPrevious;
+    cv::Mat_<double> m_oSumBefore;
+    cv::Mat_<double> m_oSumAfter;
+    double m_dMissed = 0;
+    double m_dChanged = 0;
+};
+
+} // namespace thermal

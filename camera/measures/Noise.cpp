@@ -1,0 +1,155 @@
+#include "camera/measures/Noise.h"
+
+#include "apps/thermal/Error.h"
+#include "camera/measures/Statistics.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace thermal {
+namespace {
+
+using Values = cv::Mat_<double>;
+
+constexpr int s32Smooth = 9; ///< pixels over which stripes are averaged away
+
+/// The median of every column, as one row.
+Values columnMedians(const Values& frame)
+{
+    Values medians(1, frame.cols);
+    for (int c = 0; c < frame.cols; ++c)
+        medians(0, c) = medianOf(frame.col(c));
+    return medians;
+}
+
+Values rowMedians(const Values& frame)
+{
+    return columnMedians(frame.t());
+}
+
+/// Column stripes: the columns' medians of what an average along the rows leaves, so that neither shading
+/// nor a wide object counts.
+double stripes(const Values& mean)
+{
+    constexpr int s32Border = s32Smooth / 2; // where the average would run over the edge
+    if (mean.cols <= 2 * s32Border)
+        return std::numeric_limits<double>::quiet_NaN();
+    Values smooth;
+    cv::blur(mean, smooth, {s32Smooth, 1});
+    const Values rest = mean - smooth;
+    return robustDeviation(columnMedians(rest.colRange(s32Border, rest.cols - s32Border)));
+}
+
+/// The mean frame without its stripes and without everything wider than three pixels.
+double pixelPattern(const Values& mean)
+{
+    cv::Mat_<float> single;
+    mean.convertTo(single, CV_32F);
+    cv::Mat_<float> smooth;
+    cv::medianBlur(single, smooth, 3);
+    Values rest;
+    cv::Mat(single - smooth).convertTo(rest, CV_64F);
+    const Values columns = columnMedians(rest);
+    const Values rows = rowMedians(rest);
+    for (int r = 0; r < rest.rows; ++r)
+        for (int c = 0; c < rest.cols; ++c)
+            rest(r, c) -= columns(0, c) + rows(0, r);
+    return robustDeviation(rest);
+}
+
+/// The rise of a straight line through the values, first to last.
+double riseOf(const std::vector<double>& values)
+{
+    const double middle = (static_cast<double>(values.size()) - 1) / 2;
+    double weighted = 0;
+    double weights = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double from = static_cast<double>(i) - middle;
+        weighted += from * values[i];
+        weights += from * from;
+    }
+    return weighted / weights * 2 * middle;
+}
+
+} // namespace
+
+void NoiseMeter::Deviation::add(const Values& values)
+{
+    if (m_oSum.empty()) {
+        m_oSum = Values::zeros(values.size());
+        m_oSquares = Values::zeros(values.size());
+    }
+    m_oSum += values;
+    m_oSquares += values.mul(values);
+}
+
+double NoiseMeter::Deviation::median(std::size_t count) const
+{
+    if (count < 2)
+        return std::numeric_limits<double>::quiet_NaN();
+    const double n = static_cast<double>(count);
+    Values deviation;
+    cv::sqrt(cv::max((m_oSquares - m_oSum.mul(m_oSum) / n) / (n - 1), 0.0), deviation);
+    return medianOf(deviation) / std::sqrt(2.0);
+}
+
+void NoiseMeter::add(const Frame& frame)
+{
+    if (m_nFrames > 0 && frame.size() != m_oSum.size())
+        throw UsageError("the frames differ in size, they are no recording of one camera");
+    double low = 0;
+    double high = 0;
+    cv::minMaxLoc(frame, &low, &high);
+    m_dLow = m_nFrames == 0 ? low : std::min(m_dLow, low);
+    m_dHigh = m_nFrames == 0 ? high : std::max(m_dHigh, high);
+
+    Values values;
+    frame.convertTo(values, CV_64F);
+    m_vecLevels.push_back(medianOf(values));
+    if (m_nFrames == 0)
+        m_oSum = values.clone();
+    else {
+        m_oSum += values;
+        compare(values);
+    }
+    m_oPrevious = values;
+    ++m_nFrames;
+}
+
+void NoiseMeter::compare(const Values& frame)
+{
+    Values change = frame - m_oPrevious;
+    change -= medianOf(change);
+    m_oPixels.add(change);
+    Values mean;
+    cv::reduce(change, mean, 0, cv::REDUCE_AVG);
+    m_oColumns.add(mean - cv::mean(mean));
+    cv::reduce(change, mean, 1, cv::REDUCE_AVG);
+    m_oRows.add(mean - cv::mean(mean));
+}
+
+NoiseFigures NoiseMeter::figures() const
+{
+    NoiseFigures figures;
+    if (m_nFrames == 0)
+        return figures;
+    const std::size_t differences = m_nFrames - 1;
+    const Values mean = m_oSum / static_cast<double>(m_nFrames);
+    figures.frames = m_nFrames;
+    figures.size = m_oSum.size();
+    figures.low = m_dLow;
+    figures.high = m_dHigh;
+    figures.temporal = m_oPixels.median(differences);
+    figures.columnsInTime = m_oColumns.median(differences);
+    figures.rowsInTime = m_oRows.median(differences);
+    figures.columns = stripes(mean);
+    figures.rows = stripes(mean.t());
+    figures.pattern = pixelPattern(mean);
+    figures.drift = differences > 0 ? riseOf(m_vecLevels) : std::numeric_limits<double>::quiet_NaN();
+    return figures;
+}
+
+} // namespace thermal

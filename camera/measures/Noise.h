@@ -1,0 +1,65 @@
+#pragma once
+
+#include "recordings/Frames.h"
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace thermal {
+
+/// What is measured in a recording, in counts. NaN where there are too few frames.
+struct NoiseFigures
+{
+    std::size_t frames = 0;
+    cv::Size size;
+    double low = 0; ///< least and greatest value
+    double high = 0;
+    double temporal = 0;      ///< noise of a pixel in time: median over the pixels
+    double columnsInTime = 0; ///< the same of the columns' means: stripes that change
+    double rowsInTime = 0;
+    double columns = 0; ///< column stripes that stay
+    double rows = 0;
+    double pattern = 0; ///< pixel to pixel, what stays; without the stripes
+    double drift = 0;   ///< how far the level of the whole frame went, first to last frame
+};
+
+/// Measures a stream frame by frame, in memory for a few frames.
+///
+/// Noise in time is the standard deviation of the difference between consecutive frames, divided by the
+/// square root of 2, the change of the whole frame's level taken out: a scene that stands still drops out,
+/// and the median over the pixels drops what moves. What stays is measured on the mean of all frames, as
+/// 1.4826 times the median absolute deviation from a smoothed version, so that edges count little.
+class NoiseMeter
+{
+public:
+    /// @throws UsageError  if the size differs from that of the frames before
+    void add(const Frame& frame);
+
+    NoiseFigures figures() const;
+
+private:
+    /// Sums of a value over time, one per element.
+    struct Deviation
+    {
+        cv::Mat_<double> m_oSum;
+        cv::Mat_<double> m_oSquares;
+
+        void add(const cv::Mat_<double>& values);
+        double median(std::size_t count) const;
+    };
+
+    void compare(const cv::Mat_<double>& frame);
+
+    std::size_t m_nFrames = 0;
+    double m_dLow = 0;
+    double m_dHigh = 0;
+    cv::Mat_<double> m_oPrevious;
+    cv::Mat_<double> m_oSum;
+    Deviation m_oPixels;
+    Deviation m_oColumns;
+    Deviation m_oRows;
+    std::vector<double> m_vecLevels;
+};
+
+} // namespace thermal

@@ -1,0 +1,35 @@
+#include "camera/stages/Stage.h"
+
+#include <chrono>
+#include <utility>
+
+namespace thermal {
+
+void Chain::add(std::unique_ptr<Stage> stage)
+{
+    Link link;
+    link.m_pStage = std::move(stage);
+    m_vecLinks.push_back(std::move(link));
+}
+
+void Chain::apply(Frame& frame, const Watcher& watcher)
+{
+    for (std::size_t i = 0; i < m_vecLinks.size(); ++i) {
+        Link& link = m_vecLinks[i];
+        const auto begin = std::chrono::steady_clock::now();
+        link.m_pStage->apply(frame);
+        const std::chrono::duration<double, std::micro> taken = std::chrono::steady_clock::now() - begin;
+        link.m_dMicroseconds += taken.count();
+        ++link.m_nFrames;
+        if (watcher)
+            watcher(i, frame);
+    }
+}
+
+double Chain::microseconds(std::size_t index) const
+{
+    const Link& link = m_vecLinks[index];
+    return link.m_nFrames == 0 ? 0 : link.m_dMicroseconds / static_cast<double>(link.m_nFrames);
+}
+
+} // namespace thermal

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "recordings/PartialPath.h"
+
+#include <opencv2/core.hpp>
+
+#include <fstream>
+#include <string>
+
+namespace thermal {
+
+/// A file of bare bytes: the pixels of images, one behind the other. It gets its name only by finish(); what
+/// happens before that leaves the target as it was.
+class RawSink
+{
+public:
+    /// @throws UsageError  that names the path, if it cannot be written
+    explicit RawSink(const std::string& path);
+
+    void write(const cv::Mat& image);
+    void write(const std::string& text);
+    void finish();
+
+private:
+    void requireGood() const;
+
+    std::string m_strPath;
+    PartialPath m_oPartial;
+    std::ofstream m_oFile;
+};
+
+} // namespace thermal

@@ -1,0 +1,68 @@
+#include "recordings/RawStream.h"
+
+#include "apps/thermal/Error.h"
+#include "apps/thermal/Interrupt.h"
+
+#include <filesystem>
+#include <iostream>
+#include <utility>
+
+namespace thermal {
+
+namespace fs = std::filesystem;
+
+RawStream::RawStream(std::vector<std::string> files, std::size_t bytesPerFrame, std::string frameName)
+    : m_vecFiles(std::move(files)), m_nBytesPerFrame(bytesPerFrame), m_strFrameName(std::move(frameName))
+{
+    std::size_t frames = 0;
+    for (const std::string& file : m_vecFiles) {
+        if (!fs::is_regular_file(file))
+            return;
+        frames += countIn(file);
+    }
+    m_nCount = frames;
+}
+
+bool RawStream::next(std::vector<unsigned char>& bytes)
+{
+    while (m_nNext < m_vecFiles.size() || m_oFile.is_open()) {
+        if (!m_oFile.is_open())
+            openNext();
+        if (read(bytes))
+            return true;
+        m_oFile.close();
+    }
+    return false;
+}
+
+std::size_t RawStream::countIn(const std::string& file) const
+{
+    const std::size_t bytes = fs::file_size(file);
+    if (bytes == 0 || bytes % m_nBytesPerFrame != 0)
+        throw UsageError(file + ": " + std::to_string(bytes) + " bytes are no whole number of " +
+                         m_strFrameName + " of " + std::to_string(m_nBytesPerFrame) + " bytes");
+    return bytes / m_nBytesPerFrame;
+}
+
+void RawStream::openNext()
+{
+    m_strOpen = m_vecFiles[m_nNext++];
+    m_oFile.open(m_strOpen == "-" ? "/dev/stdin" : m_strOpen, std::ios::binary);
+    if (!m_oFile)
+        throw UsageError(m_strOpen + ": cannot be read");
+}
+
+bool RawStream::read(std::vector<unsigned char>& bytes)
+{
+    bytes.resize(m_nBytesPerFrame);
+    m_oFile.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    checkInterrupt();
+    const auto got = static_cast<std::size_t>(m_oFile.gcount());
+    // A camera that is switched off stops anywhere; its frames so far are good.
+    if (got > 0 && got < bytes.size())
+        std::cerr << "thermal: " << m_strOpen << ": the last frame is cut off (" << got << " of "
+                  << bytes.size() << " bytes) and left out" << std::endl;
+    return got == bytes.size();
+}
+
+} // namespace thermal
