@@ -1,5 +1,7 @@
 #pragma once
 
+#include "camera/Frame.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
@@ -16,8 +18,7 @@ class Option;
 
 namespace thermal {
 
-/// One raw value per detector pixel; where a camera is radiometric, hundredths of a kelvin.
-using Frame = cv::Mat_<unsigned short>;
+using velmo::camera::Frame;
 
 /// Where frames come from, one by one.
 class FrameSource

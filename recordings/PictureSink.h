@@ -1,5 +1,7 @@
 #pragma once
 
+#include "camera/Picture.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
@@ -9,7 +11,7 @@
 
 namespace thermal {
 
-using Picture = cv::Mat_<cv::Vec3b>; ///< blue, green, red
+using velmo::camera::Picture;
 
 class PartialPath;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "camera/stages/Stage.h"
+#include "camera/stages/Chain.h"
 
 #include <string>
 
@@ -9,6 +9,10 @@ class App;
 }
 
 namespace thermal {
+
+using velmo::camera::Chain;
+using velmo::camera::Frame;
+using velmo::camera::Stage;
 
 /// The filters that a command puts before the colours, as typed. An empty text leaves one out.
 struct FilterOptions

@@ -10,6 +10,9 @@
 
 namespace thermal {
 
+using velmo::camera::Frame;
+using velmo::camera::Stage;
+
 /// Puts the mean of its four replacement pixels in the place of each defective pixel.
 ///
 /// @param origin  where the records come from, for messages

@@ -1,9 +1,9 @@
-#include "camera/stages/Stage.h"
+#include "camera/stages/Chain.h"
 
 #include <chrono>
 #include <utility>
 
-namespace thermal {
+namespace velmo::camera {
 
 void Chain::add(std::unique_ptr<Stage> stage)
 {
@@ -32,4 +32,4 @@ double Chain::microseconds(std::size_t index) const
     return link.m_nFrames == 0 ? 0 : link.m_dMicroseconds / static_cast<double>(link.m_nFrames);
 }
 
-} // namespace thermal
+} // namespace velmo::camera

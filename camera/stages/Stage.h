@@ -1,15 +1,12 @@
 #pragma once
 
-#include "recordings/Frames.h"
+#include "camera/Frame.h"
 
-#include <functional>
-#include <memory>
 #include <string>
-#include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 
-/// One step of the way from a raw frame to a picture. Holds the state of one stream.
+/// One step of the way from a raw frame to a clean one. Holds the state of one stream.
 class Stage
 {
 public:
@@ -22,31 +19,4 @@ public:
     virtual void apply(Frame& frame) = 0;
 };
 
-/// Stages in the order in which a frame passes them, with the time that each takes.
-class Chain
-{
-public:
-    /// Called after each stage with its place in the chain and the frame as it left it.
-    using Watcher = std::function<void(std::size_t, const Frame&)>;
-
-    void add(std::unique_ptr<Stage> stage);
-
-    void apply(Frame& frame, const Watcher& watcher = {});
-
-    std::size_t size() const { return m_vecLinks.size(); }
-    std::string name(std::size_t index) const { return m_vecLinks[index].m_pStage->name(); }
-
-    /// Mean time per frame so far.
-    double microseconds(std::size_t index) const;
-
-private:
-    struct Link
-    {
-        std::unique_ptr<Stage> m_pStage;
-        double m_dMicroseconds = 0;
-        std::size_t m_nFrames = 0;
-    };
-    std::vector<Link> m_vecLinks;
-};
-
-} // namespace thermal
+} // namespace velmo::camera
