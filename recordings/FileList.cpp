@@ -1,6 +1,6 @@
 #include "recordings/FileList.h"
 
-#include "apps/thermal/Error.h"
+#include "core/Exception.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,7 +8,7 @@
 
 #include <glob.h>
 
-namespace thermal {
+namespace velmo::recordings {
 namespace {
 
 namespace fs = std::filesystem;
@@ -29,12 +29,9 @@ std::string takeNumber(const std::string& text, std::size_t& place)
     return text.substr(begin, place - begin);
 }
 
-bool endsInOneOf(const fs::path& path, const std::vector<std::string>& endings)
+bool endsInOneOf(const std::string& path, const std::vector<std::string>& endings)
 {
-    std::string ending = path.extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return endings.empty() || std::find(endings.begin(), endings.end(), ending) != endings.end();
+    return endings.empty() || std::find(endings.begin(), endings.end(), endingOf(path)) != endings.end();
 }
 
 std::vector<std::string> inFolder(const std::string& folder, const std::vector<std::string>& endings)
@@ -42,12 +39,12 @@ std::vector<std::string> inFolder(const std::string& folder, const std::vector<s
     std::vector<std::string> files;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
-        if (entry->is_regular_file(error) && endsInOneOf(entry->path(), endings))
+        if (entry->is_regular_file(error) && endsInOneOf(entry->path().string(), endings))
             files.push_back(entry->path().string());
     if (error)
-        throw UsageError(folder + ": cannot read this folder: " + error.message());
+        VELMO_THROW(folder + ": cannot read this folder: " + error.message());
     if (files.empty())
-        throw UsageError(folder + ": no frames in this folder");
+        VELMO_THROW(folder + ": no frames in this folder");
     return files;
 }
 
@@ -61,11 +58,19 @@ std::vector<std::string> matching(const std::string& pattern)
                 files.emplace_back(found.gl_pathv[i]);
     globfree(&found);
     if (files.empty())
-        throw UsageError(pattern + ": no such file or folder");
+        VELMO_THROW(pattern + ": no such file or folder");
     return files;
 }
 
 } // namespace
+
+std::string endingOf(const std::string& path)
+{
+    std::string ending = fs::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return ending;
+}
 
 bool naturallyBefore(const std::string& left, const std::string& right)
 {
@@ -110,4 +115,4 @@ std::vector<std::string> listFiles(const std::vector<std::string>& inputs,
     return files;
 }
 
-} // namespace thermal
+} // namespace velmo::recordings

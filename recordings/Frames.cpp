@@ -1,9 +1,5 @@
 #include "recordings/Frames.h"
 
-#include "apps/thermal/Error.h"
-#include "apps/thermal/Interrupt.h"
-#include "apps/thermal/Progress.h"
-#include "camera/settings/Parse.h"
 #include "recordings/FileList.h"
 #include "recordings/RawStream.h"
 
@@ -12,15 +8,13 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <fstream>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace thermal {
+namespace velmo::recordings {
 namespace {
 
 const std::vector<std::string> pictureEndings = {".pgm", ".png", ".tif", ".tiff"};
@@ -55,7 +49,7 @@ private:
 void requireReadable(const std::string& path)
 {
     if (!std::ifstream(path, std::ios::binary))
-        throw UsageError(path + ": cannot be read");
+        VELMO_THROW(path + ": cannot be read");
 }
 
 /// What the picture libraries make of a file; empty if nothing.
@@ -74,14 +68,14 @@ cv::Mat decode(const std::string& path)
 {
     cv::Mat picture;
     try {
-        velmo::exp::ImageDecoderPxM netpbm;
+        exp::ImageDecoderPxM netpbm;
         if (netpbm.open(path)) {
             netpbm.grab(picture);
             return picture;
         }
         return read(path, cv::IMREAD_UNCHANGED);
-    } catch (const velmo::exp::Exception& error) {
-        throw UsageError(path + ": " + error.what());
+    } catch (const exp::Exception& error) {
+        VELMO_THROW(path + ": " + error.what());
     }
 }
 
@@ -133,6 +127,7 @@ public:
     }
 
     std::optional<std::size_t> count() const override { return m_oStream.count(); }
+    std::string remark() const override { return m_oStream.remark(); }
     std::string name() const override { return m_strName; }
 
 private:
@@ -144,35 +139,22 @@ private:
 
 } // namespace
 
-CLI::Option& InputOptions::addTo(CLI::App& command)
+std::unique_ptr<FrameSource> openFrames(const std::vector<std::string>& inputs,
+                                        const std::optional<cv::Size>& raw)
 {
-    CLI::Option& option =
-        *command
-             .add_option(
-                 "INPUT", inputs,
-                 "16-bit PGM, PNG or TIFF files, a folder of them, or a quoted pattern like 'run/*.pgm'; "
-                 "with --raw also raw files, or - for standard input")
-             ->required();
-    command.add_option("--raw", raw, "The inputs are raw frames of this size, 16-bit little-endian values")
-        ->type_name("WxH");
-    return option;
-}
-
-std::unique_ptr<FrameSource> openFrames(const InputOptions& options)
-{
-    const std::string name =
-        options.inputs.size() == 1
-            ? options.inputs.front()
-            : options.inputs.front() + " and " + std::to_string(options.inputs.size() - 1) + " more";
-    if (options.raw.empty()) {
-        if (std::find(options.inputs.begin(), options.inputs.end(), "-") != options.inputs.end())
-            throw UsageError("standard input is read as raw frames: give their size with --raw WxH");
-        return std::make_unique<PictureFrames>(name, listFiles(options.inputs, pictureEndings));
+    if (inputs.empty())
+        VELMO_THROW("there is no input");
+    const std::string name = inputs.size() == 1
+                                 ? inputs.front()
+                                 : inputs.front() + " and " + std::to_string(inputs.size() - 1) + " more";
+    if (!raw) {
+        if (std::find(inputs.begin(), inputs.end(), "-") != inputs.end())
+            VELMO_THROW("standard input is read as raw frames: their size is needed");
+        return std::make_unique<PictureFrames>(name, listFiles(inputs, pictureEndings));
     }
-    const cv::Size size = parseSize(options.raw, "--raw");
-    if (options.inputs == std::vector<std::string>{"-"})
-        return std::make_unique<RawFrames>("standard input", options.inputs, size);
-    return std::make_unique<RawFrames>(name, listFiles(options.inputs, {}), size);
+    if (inputs == std::vector<std::string>{"-"})
+        return std::make_unique<RawFrames>("standard input", inputs, *raw);
+    return std::make_unique<RawFrames>(name, listFiles(inputs, {}), *raw);
 }
 
 Frame readFrame(const std::string& path)
@@ -180,34 +162,22 @@ Frame readFrame(const std::string& path)
     requireReadable(path);
     cv::Mat picture = decode(path);
     if (picture.empty())
-        throw UsageError(path + ": not a whole PGM, PNG or TIFF picture");
+        VELMO_THROW(path + ": not a whole PGM, PNG or TIFF picture");
     if (picture.channels() != 1 || (picture.depth() != CV_16U && picture.depth() != CV_8U))
-        throw UsageError(path + ": not a frame of 16-bit grey values (it has " +
-                         std::to_string(picture.channels()) + " channels of " +
-                         std::to_string(8 * picture.elemSize1()) + " bits)");
+        VELMO_THROW(path + ": not a frame of 16-bit grey values (it has " +
+                    std::to_string(picture.channels()) + " channels of " +
+                    std::to_string(8 * picture.elemSize1()) + " bits)");
     picture.convertTo(picture, CV_16U); // 8-bit values as they are
     return picture;
 }
 
-cv::Mat_<cv::Vec3b> readPicture(const std::string& path)
+Picture readPicture(const std::string& path)
 {
     requireReadable(path);
     cv::Mat picture = read(path, cv::IMREAD_COLOR);
     if (picture.empty())
-        throw UsageError(path + ": not a picture that can be read");
+        VELMO_THROW(path + ": not a picture that can be read");
     return picture;
 }
 
-void forEachFrame(FrameSource& source, bool quiet, const std::function<void(Frame&)>& use)
-{
-    Progress progress(source.name(), source.count(), quiet);
-    bool any = false;
-    for (Frame frame; checkInterrupt(), source.next(frame); progress.step()) {
-        any = true;
-        use(frame);
-    }
-    if (!any)
-        throw UsageError(source.name() + ": no frames");
-}
-
-} // namespace thermal
+} // namespace velmo::recordings

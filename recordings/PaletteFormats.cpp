@@ -1,8 +1,9 @@
 #include "recordings/PaletteFormats.h"
 
-#include "apps/thermal/Error.h"
-#include "camera/settings/Parse.h"
-#include "recordings/PartialPath.h"
+#include "recordings/FileList.h"
+
+#include "core/Exception.h"
+#include "core/memory/MemoryAcsii.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,7 +14,7 @@
 #include <sstream>
 #include <vector>
 
-namespace thermal {
+namespace velmo::recordings {
 namespace {
 
 namespace fs = std::filesystem;
@@ -26,9 +27,9 @@ std::string readAll(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     if (!file || !fs::is_regular_file(path))
-        throw UsageError(path + ": cannot be read");
+        VELMO_THROW(path + ": cannot be read");
     if (fs::file_size(path) > nLargestFile)
-        throw UsageError(path + ": too large for a palette");
+        VELMO_THROW(path + ": too large for a palette");
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -50,7 +51,7 @@ public:
 
     [[noreturn]] void refuse(const std::string& why) const
     {
-        throw UsageError(m_strPath + ": line " + std::to_string(m_nLine) + ": " + why);
+        VELMO_THROW(m_strPath + ": line " + std::to_string(m_nLine) + ": " + why);
     }
 
     /// The first line has to be this one.
@@ -76,11 +77,10 @@ void addPoint(Palette& palette, const std::string& line, const Lines& lines)
     for (const char* const channel : {"red", "green", "blue"}) {
         std::string word;
         words >> word;
-        try {
-            palette.push_back(static_cast<unsigned char>(parseInt(word, channel, 0, 255)));
-        } catch (const UsageError& error) {
-            lines.refuse(error.what());
-        }
+        unsigned char value = 0;
+        if (!exp::MemoryAcsii::parse(word, value))
+            lines.refuse(std::string(channel) + ": '" + word + "' is not a whole number from 0 to 255");
+        palette.push_back(value);
     }
 }
 
@@ -103,8 +103,9 @@ Palette readJasc(Lines lines)
     lines.require("JASC-PAL");
     lines.require("0100");
     std::string line;
-    lines.next(line);
-    const int count = parseInt(line, "number of colours", 1, 65536);
+    int count = 0;
+    if (!lines.next(line) || !exp::MemoryAcsii::parse(line, count) || count < 1 || count > 65536)
+        lines.refuse("number of colours: '" + line + "' is not a whole number from 1 to 65536");
     Palette palette;
     for (int point = 0; point < count; ++point) {
         if (!lines.next(line))
@@ -127,22 +128,21 @@ Palette readGimp(Lines lines)
 Palette readAdobe(const std::string& path, const std::string& bytes)
 {
     if (bytes.size() != nTableBytes && bytes.size() != nTableBytes + 4)
-        throw UsageError(path + ": a colour table has 768 or 772 bytes, this has " +
-                         std::to_string(bytes.size()));
+        VELMO_THROW(path + ": a colour table has 768 or 772 bytes, this has " + std::to_string(bytes.size()));
     const std::vector<unsigned char> table(bytes.begin(), bytes.end());
     // Behind the colours: how many of them count, high byte first, and which one is transparent.
     const std::size_t count = table.size() == nTableBytes
                                   ? nColours
                                   : std::size_t{table[nTableBytes]} << 8 | table[nTableBytes + 1];
     if (count < 1 || count > nColours)
-        throw UsageError(path + ": a colour table has 1 to 256 colours, this says " + std::to_string(count));
+        VELMO_THROW(path + ": a colour table has 1 to 256 colours, this says " + std::to_string(count));
     return {table.begin(), table.begin() + static_cast<std::ptrdiff_t>(3 * count)};
 }
 
 Palette readPlanes(const std::string& path, const std::string& bytes)
 {
     if (bytes.size() != nTableBytes)
-        throw UsageError(path + ": a lookup table has 768 bytes, this has " + std::to_string(bytes.size()));
+        VELMO_THROW(path + ": a lookup table has 768 bytes, this has " + std::to_string(bytes.size()));
     Palette palette;
     for (std::size_t point = 0; point < nColours; ++point)
         for (std::size_t plane = 0; plane < 3; ++plane)
@@ -152,9 +152,7 @@ Palette readPlanes(const std::string& path, const std::string& bytes)
 
 Palette read(const std::string& path)
 {
-    std::string ending = fs::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const std::string ending = endingOf(path);
     const std::string bytes = readAll(path);
     if (ending == ".csv")
         return readCsv({path, bytes});
@@ -166,40 +164,7 @@ Palette read(const std::string& path)
         return readAdobe(path, bytes);
     if (ending == ".lut")
         return readPlanes(path, bytes);
-    throw UsageError(path + ": palettes come from .csv, .pal, .gpl, .act and .lut files");
-}
-
-/// A name as an attribute of an XML file.
-std::string attribute(const std::string& name)
-{
-    std::string text;
-    for (const char letter : name)
-        switch (letter) {
-        case '&':
-            text += "&amp;";
-            break;
-        case '<':
-            text += "&lt;";
-            break;
-        case '>':
-            text += "&gt;";
-            break;
-        case '"':
-            text += "&quot;";
-            break;
-        default:
-            text += letter;
-        }
-    return text;
-}
-
-void requireName(const std::string& name)
-{
-    const bool plain = std::none_of(name.begin(), name.end(), [](unsigned char letter) {
-        return letter == '/' || std::iscntrl(letter) != 0;
-    });
-    if (name.empty() || !plain)
-        throw UsageError("'" + name + "': the name of a palette is a text without '/' and line ends");
+    VELMO_THROW(path + ": palettes come from .csv, .pal, .gpl, .act and .lut files");
 }
 
 } // namespace
@@ -208,23 +173,8 @@ Palette importPalette(const std::string& path)
 {
     Palette palette = read(path);
     if (palette.empty())
-        throw UsageError(path + ": there is no colour in it");
+        VELMO_THROW(path + ": there is no colour in it");
     return palette;
 }
 
-void exportPalette(const std::string& path, const std::string& name, const Palette& palette)
-{
-    requireName(name);
-    PartialPath partial(path);
-    std::ofstream file(partial.path());
-    file << "<group name=\"palettes\">\n    <item name=\"" << attribute(name) << "\" type=\"uint8[]\">";
-    for (std::size_t point = 0; point < palette.size() / 3; ++point)
-        file << (point % 12 == 0 ? "\n        " : " ") << colourText(palette, point);
-    file << "\n    </item>\n</group>\n";
-    file.close();
-    if (!file || fs::is_directory(path))
-        throw UsageError(path + ": cannot be written");
-    partial.keep();
-}
-
-} // namespace thermal
+} // namespace velmo::recordings

@@ -1,13 +1,13 @@
 #include "recordings/PartialPath.h"
 
-#include "apps/thermal/Error.h"
+#include "core/Exception.h"
 
 #include <string>
 #include <utility>
 
 #include <unistd.h>
 
-namespace thermal {
+namespace velmo::recordings {
 
 namespace fs = std::filesystem;
 
@@ -17,7 +17,7 @@ PartialPath::PartialPath(fs::path target) : m_oTarget(std::move(target))
         m_oTarget = m_oTarget.parent_path();
     const fs::path folder = m_oTarget.has_parent_path() ? m_oTarget.parent_path() : fs::path(".");
     if (!fs::is_directory(folder))
-        throw UsageError(m_oTarget.string() + ": there is no folder " + folder.string());
+        VELMO_THROW(m_oTarget.string() + ": there is no folder " + folder.string());
     m_oPartial = folder / ("." + m_oTarget.stem().string() + ".partial-" + std::to_string(getpid()) +
                            m_oTarget.extension().string());
 }
@@ -41,7 +41,7 @@ void PartialPath::keep()
         fs::rename(m_oPartial, m_oTarget, error);
     }
     if (error)
-        throw UsageError(m_oTarget.string() + ": cannot be written: " + error.message());
+        VELMO_THROW(m_oTarget.string() + ": cannot be written: " + error.message());
 }
 
-} // namespace thermal
+} // namespace velmo::recordings

@@ -2,14 +2,14 @@
 
 #include <filesystem>
 
-namespace thermal {
+namespace velmo::recordings {
 
 /// A hidden name beside a target, for what is not complete yet. What lies there is removed with the object
 /// unless it was kept.
 class PartialPath
 {
 public:
-    /// @throws UsageError  if there is no folder that the target could lie in
+    /// @throws Exception  if there is no folder that the target could lie in
     explicit PartialPath(std::filesystem::path target);
     ~PartialPath();
 
@@ -28,4 +28,4 @@ private:
     std::filesystem::path m_oPartial;
 };
 
-} // namespace thermal
+} // namespace velmo::recordings

@@ -1,19 +1,20 @@
 #include "recordings/PictureSink.h"
 
-#include "apps/thermal/Error.h"
+#include "recordings/FileList.h"
 #include "recordings/PartialPath.h"
+
+#include "core/Exception.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/videoio.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <utility>
 
-namespace thermal {
+namespace velmo::recordings {
 namespace {
 
 namespace fs = std::filesystem;
@@ -30,14 +31,14 @@ void save(const fs::path& file, const cv::Mat& picture, const std::string& targe
         written = false;
     }
     if (!written)
-        throw UsageError(target + ": cannot be written");
+        VELMO_THROW(target + ": cannot be written");
 }
 
 /// A place that a file can take: not a folder, a device or the like.
 void requireFilePlace(const std::string& path)
 {
     if (fs::exists(path) && !fs::is_regular_file(path))
-        throw UsageError(path + ": is there already, and is no file");
+        VELMO_THROW(path + ": is there already, and is no file");
 }
 
 class OnePicture : public PictureSink
@@ -64,7 +65,7 @@ public:
 private:
     [[noreturn]] void refuseMany() const
     {
-        throw UsageError(m_strPath + ": holds one picture, there are more; name a folder or an .avi");
+        VELMO_THROW(m_strPath + ": holds one picture, there are more; name a folder or an .avi");
     }
 
     std::string m_strPath;
@@ -104,7 +105,7 @@ public:
         if (!m_oWriter.isOpened())
             open(picture.size());
         if (picture.size() != m_oSize)
-            throw UsageError(m_strPath + ": a film has pictures of one size; name a folder instead");
+            VELMO_THROW(m_strPath + ": a film has pictures of one size; name a folder instead");
         m_oWriter.write(picture);
     }
 
@@ -114,7 +115,7 @@ public:
         std::error_code error;
         // The writer itself never says that the disk is full.
         if (fs::file_size(m_oPartial.path(), error) == 0 || error)
-            throw UsageError(m_strPath + ": cannot be written");
+            VELMO_THROW(m_strPath + ": cannot be written");
         m_oPartial.keep();
     }
 
@@ -126,7 +127,7 @@ private:
         m_oWriter.open(m_oPartial.path().string(), cv::CAP_OPENCV_MJPEG,
                        cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), m_dFps, size);
         if (!m_oWriter.isOpened())
-            throw UsageError(m_strPath + ": cannot be written");
+            VELMO_THROW(m_strPath + ": cannot be written");
     }
 
     std::string m_strPath;
@@ -135,14 +136,6 @@ private:
     cv::Size m_oSize;
     cv::VideoWriter m_oWriter;
 };
-
-std::string endingOf(const std::string& path)
-{
-    std::string ending = fs::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return ending;
-}
 
 bool isOtherPictureOrFilm(const std::string& ending)
 {
@@ -157,16 +150,16 @@ PictureFolder::PictureFolder(const std::string& path)
     : m_strPath(path), m_pPartial(std::make_unique<PartialPath>(path))
 {
     if (fs::exists(path) && !fs::is_directory(path))
-        throw UsageError(path + ": is there already, and is no folder");
+        VELMO_THROW(path + ": is there already, and is no folder");
     std::error_code error;
     fs::create_directory(m_pPartial->path(), error);
     if (error)
-        throw UsageError(path + ": cannot be written: " + error.message());
+        VELMO_THROW(path + ": cannot be written: " + error.message());
 }
 
 PictureFolder::~PictureFolder() = default;
 
-void PictureFolder::write(const std::string& name, const Picture& picture)
+void PictureFolder::write(const std::string& name, const cv::Mat& picture)
 {
     save(m_pPartial->path() / name, picture, m_strPath);
 }
@@ -185,24 +178,24 @@ std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std
     if (ending == ".avi")
         return std::make_unique<Film>(path, fps);
     if (path.empty() || isOtherPictureOrFilm(ending))
-        throw UsageError("'" + path + "': pictures go to a .png, an .avi or a folder");
+        VELMO_THROW("'" + path + "': pictures go to a .png, an .avi or a folder");
     return std::make_unique<NumberedPictures>(path);
 }
 
 std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optional<std::size_t> expected)
 {
     if (!fs::is_directory(path) && endingOf(path) == ".avi")
-        throw UsageError("'" + path + "': frames of 16 bits go to a .png or a folder");
+        VELMO_THROW("'" + path + "': frames of 16 bits go to a .png or a folder");
     return openSink(path, expected, 1);
 }
 
 void writePicture(const std::string& path, const Picture& picture)
 {
     if (endingOf(path) != ".png")
-        throw UsageError("'" + path + "': this picture goes to a .png");
+        VELMO_THROW("'" + path + "': this picture goes to a .png");
     OnePicture sink(path, 1);
     sink.write(picture);
     sink.finish();
 }
 
-} // namespace thermal
+} // namespace velmo::recordings

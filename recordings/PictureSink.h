@@ -9,9 +9,9 @@
 #include <optional>
 #include <string>
 
-namespace thermal {
+namespace velmo::recordings {
 
-using velmo::camera::Picture;
+using camera::Picture;
 
 class PartialPath;
 
@@ -27,15 +27,16 @@ public:
     virtual void finish() = 0;
 };
 
-/// A folder of pictures under names of their own; appears, or joins the folder that is there, when finished.
+/// A folder of pictures, as those of a sink, under names of their own; appears, or joins the folder that is
+/// there, when finished.
 class PictureFolder
 {
 public:
-    /// @throws UsageError  that names the path, if it cannot be such a folder
+    /// @throws Exception  that names the path, if it cannot be such a folder
     explicit PictureFolder(const std::string& path);
     ~PictureFolder();
 
-    void write(const std::string& name, const Picture& picture);
+    void write(const std::string& name, const cv::Mat& picture);
     void finish();
 
 private:
@@ -46,7 +47,7 @@ private:
 /// @param path      a .png for one picture, an .avi, or else a folder: frame_0000.png and so on
 /// @param expected  how many pictures will come, if that is known
 /// @param fps       pictures per second of an .avi
-/// @throws UsageError  that names the path, if it cannot take the pictures
+/// @throws Exception  that names the path, if it cannot take the pictures
 std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std::size_t> expected,
                                       double fps);
 
@@ -56,4 +57,4 @@ std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optiona
 /// One picture that is a whole command's result.
 void writePicture(const std::string& path, const Picture& picture);
 
-} // namespace thermal
+} // namespace velmo::recordings

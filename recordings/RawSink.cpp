@@ -1,15 +1,15 @@
 #include "recordings/RawSink.h"
 
-#include "apps/thermal/Error.h"
+#include "core/Exception.h"
 
 #include <filesystem>
 
-namespace thermal {
+namespace velmo::recordings {
 
 RawSink::RawSink(const std::string& path) : m_strPath(path), m_oPartial(path)
 {
     if (std::filesystem::is_directory(path))
-        throw UsageError(path + ": is a folder; raw frames go into a file");
+        VELMO_THROW(path + ": is a folder; raw frames go into a file");
     m_oFile.open(m_oPartial.path(), std::ios::binary);
     requireGood();
 }
@@ -38,7 +38,14 @@ void RawSink::finish()
 void RawSink::requireGood() const
 {
     if (!m_oFile)
-        throw UsageError(m_strPath + ": cannot be written");
+        VELMO_THROW(m_strPath + ": cannot be written");
 }
 
-} // namespace thermal
+void writeFile(const std::string& path, const std::string& bytes)
+{
+    RawSink sink(path);
+    sink.write(bytes);
+    sink.finish();
+}
+
+} // namespace velmo::recordings

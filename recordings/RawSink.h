@@ -7,14 +7,14 @@
 #include <fstream>
 #include <string>
 
-namespace thermal {
+namespace velmo::recordings {
 
 /// A file of bare bytes: the pixels of images, one behind the other. It gets its name only by finish(); what
 /// happens before that leaves the target as it was.
 class RawSink
 {
 public:
-    /// @throws UsageError  that names the path, if it cannot be written
+    /// @throws Exception  that names the path, if it cannot be written
     explicit RawSink(const std::string& path);
 
     void write(const cv::Mat& image);
@@ -29,4 +29,7 @@ private:
     std::ofstream m_oFile;
 };
 
-} // namespace thermal
+/// A whole file of these bytes.
+void writeFile(const std::string& path, const std::string& bytes);
+
+} // namespace velmo::recordings

@@ -1,13 +1,11 @@
 #include "recordings/RawStream.h"
 
-#include "apps/thermal/Error.h"
-#include "apps/thermal/Interrupt.h"
+#include "core/Exception.h"
 
 #include <filesystem>
-#include <iostream>
 #include <utility>
 
-namespace thermal {
+namespace velmo::recordings {
 
 namespace fs = std::filesystem;
 
@@ -39,8 +37,8 @@ std::size_t RawStream::countIn(const std::string& file) const
 {
     const std::size_t bytes = fs::file_size(file);
     if (bytes == 0 || bytes % m_nBytesPerFrame != 0)
-        throw UsageError(file + ": " + std::to_string(bytes) + " bytes are no whole number of " +
-                         m_strFrameName + " of " + std::to_string(m_nBytesPerFrame) + " bytes");
+        VELMO_THROW(file + ": " + std::to_string(bytes) + " bytes are no whole number of " + m_strFrameName +
+                    " of " + std::to_string(m_nBytesPerFrame) + " bytes");
     return bytes / m_nBytesPerFrame;
 }
 
@@ -49,20 +47,19 @@ void RawStream::openNext()
     m_strOpen = m_vecFiles[m_nNext++];
     m_oFile.open(m_strOpen == "-" ? "/dev/stdin" : m_strOpen, std::ios::binary);
     if (!m_oFile)
-        throw UsageError(m_strOpen + ": cannot be read");
+        VELMO_THROW(m_strOpen + ": cannot be read");
 }
 
 bool RawStream::read(std::vector<unsigned char>& bytes)
 {
     bytes.resize(m_nBytesPerFrame);
     m_oFile.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    checkInterrupt();
     const auto got = static_cast<std::size_t>(m_oFile.gcount());
     // A camera that is switched off stops anywhere; its frames so far are good.
     if (got > 0 && got < bytes.size())
-        std::cerr << "thermal: " << m_strOpen << ": the last frame is cut off (" << got << " of "
-                  << bytes.size() << " bytes) and left out" << std::endl;
+        m_strRemark = m_strOpen + ": the last frame is cut off (" + std::to_string(got) + " of " +
+                      std::to_string(bytes.size()) + " bytes) and left out";
     return got == bytes.size();
 }
 
-} // namespace thermal
+} // namespace velmo::recordings

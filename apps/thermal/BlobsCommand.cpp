@@ -1,14 +1,14 @@
+#include "apps/thermal/ColourOptions.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
+#include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/Table.h"
-#include "camera/colours/Colouring.h"
 #include "camera/colours/Range.h"
 #include "camera/measures/BlobPicture.h"
 #include "camera/measures/BlobTracker.h"
 #include "camera/measures/Blobs.h"
 #include "camera/settings/Parse.h"
-#include "recordings/Frames.h"
 
 #include <CLI/App.hpp>
 
@@ -19,6 +19,10 @@
 #include <vector>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 struct BlobsOptions
@@ -108,16 +112,16 @@ private:
 void showBlobs(const BlobsOptions& options)
 {
     const BlobRule rule = ruleOf(options);
-    const RangeRule range = RangeRule::parse(options.range);
+    const RangeRule range = RangeRule::parse(options.range, "--range");
     if (range.locks())
         throw UsageError("--range: 'lock' is not for blobs; give MIN:MAX for steady colours");
-    Colouring colouring(options.colours);
-    const auto source = openFrames(options.input);
-    const auto sink = openSink(options.output, *source);
+    Colouring colouring = makeColouring(options.colours);
+    const auto source = options.input.open();
+    const auto sink = options.output.open(*source);
     BlobTracker tracker;
     BlobTable table(options.celsius);
     std::size_t index = 0;
-    forEachFrame(*source, options.output.quiet, [&](Frame& frame) {
+    forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         std::vector<Blob> blobs = findBlobs(frame, rule);
         tracker.label(blobs);
         for (const Blob& blob : blobs)

@@ -1,7 +1,7 @@
 #include "apps/thermal/Commands.h"
+#include "apps/thermal/EachImage.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/Interrupt.h"
-#include "apps/thermal/Progress.h"
+#include "apps/thermal/OutputOptions.h"
 #include "camera/settings/Parse.h"
 #include "recordings/FileList.h"
 #include "recordings/Frames.h"
@@ -20,6 +20,10 @@
 #include <vector>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 using velmo::vision::ColorConvert;
@@ -65,6 +69,8 @@ public:
     /// The next one as it is, of so many bytes per pixel; false after the last one.
     virtual bool next(cv::Mat& image) = 0;
     virtual std::optional<std::size_t> count() const = 0;
+    virtual std::string name() const = 0;
+    virtual std::string remark() const { return ""; }
     virtual Picture picture(const cv::Mat& image) const = 0;
 };
 
@@ -72,7 +78,7 @@ class RawColours : public ColourSource
 {
 public:
     RawColours(const ConvertOptions& options, const Layout& layout, cv::Size size)
-        : m_oLayout(layout), m_oSize(size),
+        : m_strName(options.inputs.front()), m_oLayout(layout), m_oSize(size),
           m_oStream(options.inputs == std::vector<std::string>{"-"} ? options.inputs
                                                                     : listFiles(options.inputs, {}),
                     static_cast<std::size_t>(size.area()) * static_cast<std::size_t>(layout.bytesPerPixel),
@@ -88,6 +94,8 @@ public:
     }
 
     std::optional<std::size_t> count() const override { return m_oStream.count(); }
+    std::string name() const override { return m_strName; }
+    std::string remark() const override { return m_oStream.remark(); }
 
     Picture picture(const cv::Mat& image) const override
     {
@@ -97,6 +105,7 @@ public:
     }
 
 private:
+    std::string m_strName;
     const Layout& m_oLayout;
     cv::Size m_oSize;
     RawStream m_oStream;
@@ -107,7 +116,7 @@ class PictureColours : public ColourSource
 {
 public:
     explicit PictureColours(const std::vector<std::string>& inputs)
-        : m_vecFiles(listFiles(inputs, {".png", ".ppm", ".jpg", ".jpeg", ".bmp"}))
+        : m_strName(inputs.front()), m_vecFiles(listFiles(inputs, {".png", ".ppm", ".jpg", ".jpeg", ".bmp"}))
     {}
 
     bool next(cv::Mat& image) override
@@ -119,9 +128,11 @@ public:
     }
 
     std::optional<std::size_t> count() const override { return m_vecFiles.size(); }
+    std::string name() const override { return m_strName; }
     Picture picture(const cv::Mat& image) const override { return image; }
 
 private:
+    std::string m_strName;
     std::vector<std::string> m_vecFiles;
     std::size_t m_nNext = 0;
 };
@@ -170,19 +181,6 @@ cv::Mat ycbcrOf(const ColourSource& source, const cv::Mat& image, const std::str
     return std::move(picture);
 }
 
-template <class Use>
-void forEachImage(ColourSource& source, const ConvertOptions& options, Use use)
-{
-    Progress progress("convert", source.count(), options.quiet);
-    bool any = false;
-    for (cv::Mat image; checkInterrupt(), source.next(image); progress.step()) {
-        any = true;
-        use(image);
-    }
-    if (!any)
-        throw UsageError(options.inputs.front() + ": no frames");
-}
-
 void convert(const ConvertOptions& options)
 {
     if (options.from == options.to)
@@ -190,12 +188,13 @@ void convert(const ConvertOptions& options)
     const auto source = openColours(options);
     if (options.to == "png") {
         const auto sink = openSink(options.out, source->count(), options.fps);
-        forEachImage(*source, options, [&](const cv::Mat& image) { sink->write(source->picture(image)); });
+        forEachImage<cv::Mat>(*source, options.quiet,
+                              [&](const cv::Mat& image) { sink->write(source->picture(image)); });
         sink->finish();
         return;
     }
     RawSink sink(options.out);
-    forEachImage(*source, options, [&](const cv::Mat& image) {
+    forEachImage<cv::Mat>(*source, options.quiet, [&](const cv::Mat& image) {
         sink.write(encoded(ycbcrOf(*source, image, options.from), options.to));
     });
     sink.finish();
@@ -232,11 +231,8 @@ void addConvertCommand(CLI::App& program)
                     "Where pictures go: a .png for one, an .avi, or a folder; or the file for raw frames")
         ->required()
         ->type_name("PATH");
-    command.add_option("--fps", options->fps, "Pictures per second of an .avi")
-        ->check(CLI::Range(0.1, 240.0))
-        ->capture_default_str()
-        ->type_name("N");
-    command.add_flag("--quiet", options->quiet, "No progress bar");
+    addFps(command, options->fps);
+    addQuiet(command, options->quiet);
     command.callback([options] { convert(*options); });
 }
 

@@ -1,6 +1,8 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/FilterStages.h"
+#include "apps/thermal/FilterOptions.h"
+#include "apps/thermal/InputOptions.h"
+#include "apps/thermal/Progress.h"
 #include "apps/thermal/Simulator.h"
 #include "apps/thermal/Table.h"
 #include "camera/colours/Colouring.h"
@@ -24,6 +26,10 @@
 #include <vector>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 constexpr std::size_t nFrames = 200;
@@ -62,7 +68,7 @@ class Tour
 public:
     Tour()
     {
-        m_oChain.add(makeBadPixels("the shutter frame", calibrate(m_oCamera.shutter())));
+        m_oChain.add(makeBadPixelStage("the shutter frame", calibrate(m_oCamera.shutter())));
         FilterOptions filters;
         // More than --denoise does: this camera is noisier than most, so that the eye can follow.
         filters.pattern = "45:31:16";
@@ -206,7 +212,7 @@ void addDemoCommand(CLI::App& program)
         ->capture_default_str()
         ->type_name("DIR");
     options->format.addTo(command);
-    command.add_flag("--quiet", options->quiet, "No progress bar");
+    addQuiet(command, options->quiet);
     command.callback([options] { demo(*options); });
 }
 

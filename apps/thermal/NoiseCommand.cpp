@@ -1,16 +1,15 @@
+#include "apps/thermal/ColourOptions.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/FilterStages.h"
+#include "apps/thermal/FilterOptions.h"
+#include "apps/thermal/InputOptions.h"
 #include "apps/thermal/Table.h"
-#include "camera/colours/Colouring.h"
 #include "camera/drawing/ContactSheet.h"
+#include "camera/drawing/Enlarge.h"
 #include "camera/measures/Fidelity.h"
 #include "camera/measures/Noise.h"
 #include "camera/measures/Statistics.h"
-#include "recordings/Frames.h"
 #include "recordings/PictureSink.h"
-
-#include <opencv2/imgproc.hpp>
 
 #include <CLI/App.hpp>
 
@@ -23,6 +22,10 @@
 #include <vector>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 struct NoiseOptions
@@ -33,7 +36,6 @@ struct NoiseOptions
     TableFormat format;
     std::string out;
     bool compare = false;
-    bool quiet = false;
     std::size_t skip = 0;
 };
 
@@ -86,12 +88,9 @@ Table compared(const NoiseFigures& before, const NoiseFigures& after, const Fide
 }
 
 /// Small frames are enlarged until they can be looked at.
-Picture enlarged(const Picture& picture)
+Picture legible(const Picture& picture)
 {
-    const int times = std::clamp(480 / std::max(1, picture.cols), 1, 6);
-    Picture large;
-    cv::resize(picture, large, {}, times, times, cv::INTER_NEAREST);
-    return large;
+    return enlarged(picture, std::clamp(480 / std::max(1, picture.cols), 1, 6));
 }
 
 /// What the filters took away, around mid-grey. A level that they follow late is left out: it would hide
@@ -114,13 +113,13 @@ Picture removedPicture(const Frame& before, const Frame& after)
 
 Picture comparison(const NoiseOptions& options, const Frame& before, const Frame& after)
 {
-    Colouring colouring(options.colours);
+    Colouring colouring = makeColouring(options.colours);
     const ValueRange range = RangeRule::parse("auto").of(before);
     ContactSheet sheet("", after.size() == before.size() ? 3 : 2);
-    sheet.add("before", enlarged(colouring.paint(before, range)));
-    sheet.add("after", enlarged(colouring.paint(after, range)));
+    sheet.add("before", legible(colouring.paint(before, range)));
+    sheet.add("after", legible(colouring.paint(after, range)));
     if (after.size() == before.size())
-        sheet.add("taken away", enlarged(removedPicture(before, after)));
+        sheet.add("taken away", legible(removedPicture(before, after)));
     return sheet.draw();
 }
 
@@ -134,8 +133,8 @@ void measure(const NoiseOptions& options)
 {
     NoiseMeter meter;
     std::size_t seen = 0;
-    const auto source = openFrames(options.input);
-    forEachFrame(*source, options.quiet, [&](const Frame& frame) {
+    const auto source = options.input.open();
+    forEachFrame(*source, options.input.quiet, [&](const Frame& frame) {
         if (seen++ >= options.skip)
             meter.add(frame);
     });
@@ -154,8 +153,8 @@ void compare(NoiseOptions options)
     Frame lastBefore;
     Frame lastAfter;
     std::size_t seen = 0;
-    const auto source = openFrames(options.input);
-    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+    const auto source = options.input.open();
+    forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         lastBefore = frame.clone();
         chain.apply(frame);
         lastAfter = frame;
@@ -205,7 +204,6 @@ void addNoiseCommand(CLI::App& program)
         ->type_name("N");
     options->colours.addTo(command);
     options->format.addTo(command);
-    command.add_flag("--quiet", options->quiet, "No progress bar");
     command.callback([options] { noise(*options); });
 }
 

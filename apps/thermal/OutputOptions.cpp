@@ -1,7 +1,5 @@
 #include "apps/thermal/OutputOptions.h"
 
-#include <opencv2/imgproc.hpp>
-
 #include <CLI/App.hpp>
 
 namespace thermal {
@@ -15,25 +13,21 @@ void OutputOptions::addTo(CLI::App& command)
         ->check(CLI::Range(1, 16))
         ->capture_default_str()
         ->type_name("N");
+    addFps(command, fps);
+}
+
+void addFps(CLI::App& command, double& fps)
+{
     command.add_option("--fps", fps, "Pictures per second of an .avi")
         ->check(CLI::Range(0.1, 240.0))
         ->capture_default_str()
         ->type_name("N");
-    command.add_flag("--quiet", quiet, "No progress bar");
 }
 
-std::unique_ptr<PictureSink> openSink(const OutputOptions& options, const FrameSource& source)
+std::unique_ptr<velmo::recordings::PictureSink>
+OutputOptions::open(const velmo::recordings::FrameSource& source) const
 {
-    return openSink(options.out, source.count(), options.fps);
-}
-
-Picture enlarged(const Picture& picture, int scale)
-{
-    if (scale == 1)
-        return picture;
-    Picture large;
-    cv::resize(picture, large, {}, scale, scale, cv::INTER_NEAREST);
-    return large;
+    return velmo::recordings::openSink(out, source.count(), fps);
 }
 
 } // namespace thermal

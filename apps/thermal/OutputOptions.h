@@ -18,16 +18,15 @@ struct OutputOptions
     std::string out;
     int scale = 1;
     double fps = 9;
-    bool quiet = false; ///< no progress bar
 
     void addTo(CLI::App& command);
+
+    /// Where the pictures of the source's frames go.
+    /// @throws Exception  as recordings::openSink
+    std::unique_ptr<velmo::recordings::PictureSink> open(const velmo::recordings::FrameSource& source) const;
 };
 
-/// Where the pictures of the source's frames go.
-/// @throws UsageError  as openSink
-std::unique_ptr<PictureSink> openSink(const OutputOptions& options, const FrameSource& source);
-
-/// The picture `scale` times as large; every pixel becomes a square.
-Picture enlarged(const Picture& picture, int scale);
+/// Adds the option that says how fast a film is.
+void addFps(CLI::App& command, double& fps);
 
 } // namespace thermal

@@ -3,6 +3,7 @@
 #include "camera/colours/Colouring.h"
 #include "camera/colours/Palettes.h"
 #include "camera/drawing/ContactSheet.h"
+#include "recordings/PaletteFile.h"
 #include "recordings/PaletteFormats.h"
 #include "recordings/PictureSink.h"
 
@@ -13,6 +14,10 @@
 #include <string>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 struct PalettesOptions
@@ -74,7 +79,7 @@ void addExport(CLI::App& palettes)
     command.callback([options] {
         if (!options->paletteFile.empty())
             loadPaletteFile(options->paletteFile);
-        exportPalette(options->out, options->name, findPalette(options->name));
+        writePaletteFile(options->out, options->name, findPalette(options->name));
     });
 }
 
@@ -90,7 +95,7 @@ void addImport(CLI::App& palettes)
     command.add_option("--name", options->name, "The palette's name in the new file")->required();
     command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
     command.callback(
-        [options] { exportPalette(options->out, options->name, importPalette(options->input)); });
+        [options] { writePaletteFile(options->out, options->name, importPalette(options->input)); });
 }
 
 } // namespace

@@ -1,11 +1,13 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
+#include "apps/thermal/InputOptions.h"
 #include "apps/thermal/Table.h"
 #include "camera/pixels/PixelDetection.h"
 #include "camera/pixels/PixelOverlay.h"
 #include "camera/settings/Parse.h"
-#include "recordings/Frames.h"
+#include "recordings/PictureSink.h"
 #include "recordings/PixelFiles.h"
+#include "recordings/RawSink.h"
 
 #include <CLI/App.hpp>
 
@@ -17,6 +19,10 @@
 #include <vector>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 using velmo::exp::vision::BadPixel;
@@ -35,21 +41,17 @@ struct DetectOptions
     bool monotony = false;
     std::vector<std::string> netd; ///< FRAMES1 T1 FRAMES2 T2
     std::string netdTolerances = "0.5:1:1";
-    bool quiet = false;
     TableFormat format;
 };
 
-/// The numbers of an option that has as many as its form, all from 0 up.
-std::vector<double> numbersOf(const std::string& text, const std::string& option, const std::string& form)
+/// The numbers of an option, all from 0 up.
+std::vector<double> numbersOf(const std::string& text, const std::string& option,
+                              const std::vector<const char*>& names)
 {
-    const std::vector<std::string> parts = split(text, ':');
-    if (parts.size() != split(form, ':').size())
-        throw UsageError(option + ": '" + text + "' is not " + form);
-    std::vector<double> numbers;
-    numbers.reserve(parts.size());
-    for (const std::string& part : parts)
-        numbers.push_back(parseNumber(part, option, 0, s32Most));
-    return numbers;
+    Form form;
+    for (const char* const name : names)
+        form.push_back({name, Field::Kind::Number, 0, s32Most});
+    return parseForm(text, option, form);
 }
 
 StillSeries readStill(const DetectOptions& options, const std::string& frames)
@@ -58,8 +60,8 @@ StillSeries readStill(const DetectOptions& options, const std::string& frames)
     input.inputs = {frames};
     input.raw = options.input.raw;
     StillSeries series;
-    const auto source = openFrames(input);
-    forEachFrame(*source, options.quiet, [&](const Frame& frame) { series.add(frame); });
+    const auto source = input.open();
+    forEachFrame(*source, options.input.quiet, [&](const Frame& frame) { series.add(frame); });
     return series;
 }
 
@@ -70,7 +72,8 @@ struct NetdRequest
         : firstTemperature(parseNumber(options.netd[1], "--netd temperature", -1000, 10000)),
           secondTemperature(parseNumber(options.netd[3], "--netd temperature", -1000, 10000))
     {
-        const auto factors = numbersOf(options.netdTolerances, "--netd-tolerance", "RESPONSIVITY:NOISE:NETD");
+        const auto factors =
+            numbersOf(options.netdTolerances, "--netd-tolerance", {"RESPONSIVITY", "NOISE", "NETD"});
         tolerances = {factors[0], factors[1], factors[2]};
     }
 
@@ -141,8 +144,8 @@ void checkRequest(const DetectOptions& options)
 Found detectByFrames(const DetectOptions& options)
 {
     PixelDetection detection(static_cast<std::size_t>(options.minCount), options.monotony, options.offset);
-    const auto source = openFrames(options.input);
-    forEachFrame(*source, options.quiet, [&](const Frame& frame) { detection.add(frame); });
+    const auto source = options.input.open();
+    forEachFrame(*source, options.input.quiet, [&](const Frame& frame) { detection.add(frame); });
     if (options.monotony && detection.frames() < 2)
         throw UsageError(source->name() + ": --monotony needs at least two frames");
     return {detection.first(), detection.map()};
@@ -153,7 +156,7 @@ void detect(const DetectOptions& options)
     checkRequest(options);
     std::vector<double> lineLimits;
     if (!options.rowsColumns.empty())
-        lineLimits = numbersOf(options.rowsColumns, "--rows-columns", "COLUMN:ROW");
+        lineLimits = numbersOf(options.rowsColumns, "--rows-columns", {"COLUMN", "ROW"});
 
     Found found;
     if (!options.input.inputs.empty())
@@ -165,7 +168,7 @@ void detect(const DetectOptions& options)
 
     const std::filesystem::path out = options.out;
     writePixelMap(out.string(), found.map);
-    writePixelList(std::filesystem::path(out).replace_extension(".csv").string(), found.map);
+    writeFile(std::filesystem::path(out).replace_extension(".csv").string(), pixelList(found.map));
     writePicture(std::filesystem::path(out).replace_extension(".png").string(),
                  drawBadPixels(found.frame, found.map));
     printCounts(found.map, options.format);
@@ -215,7 +218,6 @@ void addDetect(CLI::App& pixels)
         ->capture_default_str()
         ->type_name("RESPONSIVITY:NOISE:NETD");
     options->format.addTo(command);
-    command.add_flag("--quiet", options->quiet, "No progress bar");
     command.callback([options] { detect(*options); });
 }
 

@@ -1,5 +1,7 @@
 #include "apps/thermal/Progress.h"
 
+#include <CLI/App.hpp>
+
 #include <algorithm>
 #include <iostream>
 #include <utility>
@@ -13,6 +15,11 @@ std::string progressBar(std::size_t done, std::size_t total, std::size_t width)
     const std::size_t filled = total == 0 ? width : width * std::min(done, total) / total;
     return "[" + std::string(filled, '#') + std::string(width - filled, '.') + "] " + std::to_string(done) +
            "/" + std::to_string(total);
+}
+
+void addQuiet(CLI::App& command, bool& quiet)
+{
+    command.add_flag("--quiet", quiet, "No progress bar");
 }
 
 Progress::Progress(std::string what, std::optional<std::size_t> total, bool quiet)

@@ -5,6 +5,10 @@
 #include <optional>
 #include <string>
 
+namespace CLI {
+class App;
+}
+
 namespace thermal {
 
 /// A bar, or a counter where the end is unknown, on one line of standard error; nothing at all where that
@@ -30,6 +34,9 @@ private:
     bool m_bShown;
     std::chrono::steady_clock::time_point m_oLastShown;
 };
+
+/// Adds the option that switches the bar off.
+void addQuiet(CLI::App& command, bool& quiet);
 
 /// "[######......] 12/24": `width` cells between the brackets.
 std::string progressBar(std::size_t done, std::size_t total, std::size_t width);

@@ -1,10 +1,11 @@
+#include "apps/thermal/ColourOptions.h"
 #include "apps/thermal/Commands.h"
-#include "apps/thermal/FilterStages.h"
+#include "apps/thermal/FilterOptions.h"
+#include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
-#include "camera/colours/Colouring.h"
 #include "camera/colours/Legend.h"
 #include "camera/colours/Range.h"
-#include "recordings/Frames.h"
+#include "camera/drawing/Enlarge.h"
 
 #include <CLI/App.hpp>
 
@@ -15,6 +16,10 @@
 #include <vector>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 struct RenderOptions
@@ -33,7 +38,8 @@ class Renderer
 {
 public:
     explicit Renderer(const RenderOptions& options)
-        : m_oOptions(options), m_oRule(RangeRule::parse(options.range)), m_oColouring(options.colours)
+        : m_oOptions(options), m_oRule(RangeRule::parse(options.range, "--range")),
+          m_oColouring(makeColouring(options.colours))
     {}
 
     /// Draws the frame, or holds it back until the range is known.
@@ -95,9 +101,9 @@ void render(const RenderOptions& options)
     // All options first: what is wrong with them is said before files are read.
     Chain chain = makeChain(options.filters);
     Renderer renderer(options);
-    const auto source = openFrames(options.input);
-    const auto sink = openSink(options.output, *source);
-    forEachFrame(*source, options.output.quiet, [&](Frame& frame) {
+    const auto source = options.input.open();
+    const auto sink = options.output.open(*source);
+    forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         chain.apply(frame);
         renderer.add(frame, *sink);
     });

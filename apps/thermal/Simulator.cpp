@@ -6,6 +6,9 @@
 #include <cmath>
 
 namespace thermal {
+
+using velmo::camera::Frame;
+
 namespace {
 
 using Scene = cv::Mat_<float>;

@@ -10,7 +10,7 @@ namespace thermal {
 /// The camera of the demo: a room with a cold window, a radiator and a lamp that saturates; a person walks
 /// by, a cat crosses the floor. In hundredths of a kelvin, with what an uncorrected sensor adds: a step per
 /// column, an offset per pixel, noise in time, a few dead pixels. The same frames every time.
-class Simulator : public FrameSource
+class Simulator : public velmo::recordings::FrameSource
 {
 public:
     static constexpr int s32Width = 240;
@@ -21,12 +21,12 @@ public:
 
     explicit Simulator(std::size_t frames);
 
-    bool next(Frame& frame) override;
+    bool next(velmo::camera::Frame& frame) override;
     std::optional<std::size_t> count() const override { return m_nFrames; }
     std::string name() const override { return "simulated camera"; }
 
     /// A frame of the closed shutter, 21 degrees Celsius all over: what bad pixels are found in.
-    Frame shutter();
+    velmo::camera::Frame shutter();
 
     /// What a perfect camera would have delivered as frame `index`.
     cv::Mat_<float> scene(std::size_t index) const;
@@ -36,7 +36,7 @@ public:
 
 private:
     double normal();
-    Frame expose(const cv::Mat_<float>& ideal);
+    velmo::camera::Frame expose(const cv::Mat_<float>& ideal);
 
     std::size_t m_nFrames;
     std::size_t m_nNext = 0;

@@ -1,8 +1,9 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
+#include "apps/thermal/InputOptions.h"
 #include "camera/lens/LensMap.h"
 #include "camera/settings/Parse.h"
-#include "recordings/Frames.h"
+#include "recordings/LensFile.h"
 #include "recordings/PictureSink.h"
 #include "vision/imgproc/DistortionCorrection.h"
 
@@ -13,6 +14,10 @@
 #include <string>
 
 namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
 namespace {
 
 using velmo::vision::DistortionCorrection;
@@ -24,7 +29,6 @@ struct UndistortOptions
     std::string make;
     std::string size;
     std::string out;
-    bool quiet = false;
 };
 
 void make(const UndistortOptions& options)
@@ -56,10 +60,10 @@ void undistort(const UndistortOptions& options)
         throw UsageError("undistort needs INPUT, or --make for a new map");
     if (options.map.empty())
         throw UsageError("undistort needs --map FILE, or --make for a new map");
-    const auto source = openFrames(options.input);
+    const auto source = options.input.open();
     const auto sink = openFrameSink(options.out, source->count());
     std::optional<DistortionCorrection> map;
-    forEachFrame(*source, options.quiet, [&](Frame& frame) {
+    forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         if (!map)
             map = loadMap(options.map, frame.size());
         sink->write(undistorted(frame, *map));
@@ -88,7 +92,6 @@ void addUndistortCommand(CLI::App& program)
                     "CX,CY the middle, all four in pixels")
         ->type_name("K1,K2,FX,FY,CX,CY");
     command.add_option("--size", options->size, "Size of the frames for --make")->type_name("WxH");
-    command.add_flag("--quiet", options->quiet, "No progress bar");
     command.callback([options] { undistort(*options); });
 }
 

@@ -1,102 +1,65 @@
 #include "camera/colours/Colouring.h"
 
-#include "apps/thermal/Error.h"
 #include "camera/settings/Parse.h"
 
+#include "core/Exception.h"
 #include "core/physics/DewPoint.h"
-
-#include <CLI/App.hpp>
 
 #include <utility>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-/// The palette that is named, or else the first of the file, or else the usual one.
-Palette choosePalette(const ColourOptions& options)
-{
-    std::string name = options.humidity.empty() ? options.usual : "Humidity";
-    if (!options.paletteFile.empty())
-        name = loadPaletteFile(options.paletteFile);
-    return findPalette(options.palette.empty() ? name : options.palette);
-}
-
-using Converter = velmo::vision::ColorPaletteConverter;
+using Converter = vision::ColorPaletteConverter;
 
 Converter::AirTemperature temperatureOf(const Air& air)
 {
-    return Converter::AirTemperature(velmo::exp::MarkedFloat(air.celsius));
+    return Converter::AirTemperature(exp::MarkedFloat(air.celsius));
 }
 
 Converter::AirHumidity humidityOf(const Air& air)
 {
-    return Converter::AirHumidity(velmo::exp::MarkedFloat(air.percent));
+    return Converter::AirHumidity(exp::MarkedFloat(air.percent));
 }
 
 } // namespace
 
-Air Air::parse(const std::string& text)
+Air Air::parse(const std::string& text, const std::string& what)
 {
-    const std::vector<std::string> parts = split(text, ':');
-    if (parts.size() != 2)
-        throw UsageError("--humidity: '" + text + "' is not CELSIUS:PERCENT");
-    return {static_cast<float>(parseNumber(parts[0], "--humidity air temperature", -80, 200)),
-            static_cast<float>(parseNumber(parts[1], "--humidity of the air", 0, 100))};
+    const Form form = {{"CELSIUS", Field::Kind::Number, -80, 200}, {"PERCENT", Field::Kind::Number, 0, 100}};
+    const std::vector<double> values = parseForm(text, what, form);
+    return {static_cast<float>(values[0]), static_cast<float>(values[1])};
 }
 
 float Air::dewPoint() const
 {
-    return velmo::exp::DewPoint::calcDewPoint(temperatureOf(*this), humidityOf(*this));
+    return exp::DewPoint::calcDewPoint(temperatureOf(*this), humidityOf(*this));
 }
 
-void ColourOptions::addTo(CLI::App& command)
+ValueBand ValueBand::parse(const std::string& text, const std::string& what)
 {
-    command
-        .add_option("--palette", palette,
-                    "The colours, one of 'thermal palettes'; " + usual +
-                        ", or with --humidity Humidity, if not given")
-        ->type_name("NAME");
-    command
-        .add_option("--palette-file", paletteFile,
-                    "An XML file of further palettes; its first one is taken unless --palette names another")
-        ->type_name("FILE");
-    CLI::Option* const region =
-        command
-            .add_option("--region", regions,
-                        "Paint the raw values LOW to HIGH in one colour; may be repeated, the last one wins")
-            ->type_name("LOW:HIGH:RRGGBB")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    command
-        .add_option(
-            "--humidity", humidity,
-            "Colour by the relative humidity that air of this temperature and humidity reaches at each "
-            "surface; values are hundredths of a kelvin")
-        ->type_name("CELSIUS:PERCENT")
-        ->excludes(region);
+    const Form form = {{"LOW", Field::Kind::Whole, 0, 65535},
+                       {"HIGH", Field::Kind::Whole, 0, 65535},
+                       {"RRGGBB", Field::Kind::Colour}};
+    const std::vector<double> values = parseForm(text, what, form);
+    if (values[0] > values[1])
+        VELMO_THROW(what + ": in '" + text + "' the low value is above the high one");
+    return {static_cast<unsigned short>(values[0]), static_cast<unsigned short>(values[1]),
+            static_cast<unsigned>(values[2])};
 }
 
 Colouring::Colouring(Palette palette) : m_oPalette(std::move(palette)) {}
 
-Colouring::Colouring(const ColourOptions& options) : m_oPalette(choosePalette(options))
+void Colouring::setAir(Air air)
 {
-    if (!options.humidity.empty())
-        m_oAir = Air::parse(options.humidity);
-    for (std::size_t i = 0; i < options.regions.size(); ++i)
-        addRegion(static_cast<unsigned>(i), options.regions[i]);
+    m_oAir = air;
+    m_oBuiltFor.reset();
 }
 
-void Colouring::addRegion(unsigned id, const std::string& text)
+void Colouring::addBand(const ValueBand& band)
 {
-    const std::vector<std::string> parts = split(text, ':');
-    if (parts.size() != 3)
-        throw UsageError("--region: '" + text + "' is not LOW:HIGH:RRGGBB");
-    const int low = parseInt(parts[0], "--region low value", 0, 65535);
-    const int high = parseInt(parts[1], "--region high value", 0, 65535);
-    if (low > high)
-        throw UsageError("--region: in '" + text + "' the low value is above the high one");
-    m_oConverter.createColorRegion(id, static_cast<unsigned short>(high), static_cast<unsigned short>(low),
-                                   parseColour(parts[2], "--region"));
+    m_oConverter.createColorRegion(m_u32Bands++, band.high, band.low, band.colour);
+    m_oBuiltFor.reset();
 }
 
 Picture Colouring::paint(const Frame& frame, ValueRange range)
@@ -126,4 +89,4 @@ void Colouring::buildTable(ValueRange range)
     m_oBuiltFor = range;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

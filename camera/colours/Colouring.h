@@ -1,58 +1,59 @@
 #pragma once
 
+#include "camera/Frame.h"
+#include "camera/Picture.h"
 #include "camera/colours/Palettes.h"
 #include "camera/colours/Range.h"
-#include "recordings/PictureSink.h"
 
+#include "core/Export.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
 
 #include <optional>
 #include <string>
-#include <vector>
 
-namespace CLI {
-class App;
-}
-
-namespace thermal {
+namespace velmo::camera {
 
 /// The air of a room.
-struct Air
+struct VELMO_API Air
 {
     float celsius;
     float percent; ///< relative humidity
 
     /// @param text  CELSIUS:PERCENT
-    /// @throws UsageError  that names option and value
-    static Air parse(const std::string& text);
+    /// @param what  begins the message of what is refused
+    /// @throws Exception  for anything else
+    static Air parse(const std::string& text, const std::string& what);
 
     /// The temperature at which it condenses.
     float dewPoint() const;
 };
 
-/// What chooses the colours, as typed.
-struct ColourOptions
+/// Raw values `low` to `high`, both included, in one colour.
+struct VELMO_API ValueBand
 {
-    std::string usual = "Ironbow"; ///< if neither of the following is given
-    std::string palette;
-    std::string paletteFile;
-    std::vector<std::string> regions; ///< LOW:HIGH:RRGGBB each
-    std::string humidity;             ///< CELSIUS:PERCENT; empty: the palette shows temperatures
+    unsigned short low;
+    unsigned short high;
+    unsigned colour; ///< 0xRRGGBB
 
-    void addTo(CLI::App& command);
+    /// @param text  LOW:HIGH:RRGGBB
+    /// @param what  begins the message of what is refused
+    /// @throws Exception  for anything else
+    static ValueBand parse(const std::string& text, const std::string& what);
 };
 
 /// Turns frames into pictures in the colours of a palette, by temperature or, given the air of the room, by
 /// the humidity that it reaches at each surface.
-class Colouring
+class VELMO_API Colouring
 {
 public:
     explicit Colouring(Palette palette);
 
-    /// @throws UsageError  that names option and value
-    explicit Colouring(const ColourOptions& options);
+    /// From now on colours show humidity, and ranges play no role. Values are hundredths of a kelvin.
+    void setAir(Air air);
 
-    /// By humidity the range plays no role.
+    /// Paints a band of values over the palette. Where bands overlap, the last one wins.
+    void addBand(const ValueBand& band);
+
     Picture paint(const Frame& frame, ValueRange range);
 
     /// The same into a picture that is reused if it has the size already.
@@ -63,12 +64,12 @@ public:
 
 private:
     void buildTable(ValueRange range);
-    void addRegion(unsigned id, const std::string& text);
 
-    velmo::vision::ColorPaletteConverter m_oConverter{true};
+    vision::ColorPaletteConverter m_oConverter{true};
     Palette m_oPalette;
     std::optional<Air> m_oAir;
     std::optional<ValueRange> m_oBuiltFor;
+    unsigned m_u32Bands = 0;
 };
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <functional>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr int s32Gap = 8;
@@ -74,7 +74,7 @@ std::string valueText(unsigned short value, bool celsius)
     if (!celsius)
         return std::to_string(value);
     char text[32];
-    std::snprintf(text, sizeof text, "%.1f °C", double{velmo::vision::RadiometricTools::getFloat(value)});
+    std::snprintf(text, sizeof text, "%.1f °C", double{vision::RadiometricTools::getFloat(value)});
     return text;
 }
 
@@ -87,4 +87,4 @@ Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange rang
     return withBar(picture, percent, {0, 1000}, percentText);
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,34 +1,21 @@
 #include "camera/colours/Palettes.h"
 
-#include "apps/thermal/Error.h"
-
-#include "core/codecs/StorageDecoder.h"
+#include "core/Exception.h"
 #include "vision/imgproc/ColorPaletteManager.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <typeinfo>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-using velmo::vision::ColorPaletteManager;
+using vision::ColorPaletteManager;
 
 std::string lower(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
     return text;
-}
-
-void registerBuiltIn()
-{
-    // Once: a second time it would replace palettes of a file that have built-in names.
-    if (ColorPaletteManager::getAvailableColorPalettes().empty())
-        ColorPaletteManager::loadPalettes({});
 }
 
 std::string listed(const std::vector<std::string>& names)
@@ -39,58 +26,13 @@ std::string listed(const std::vector<std::string>& names)
     return list;
 }
 
-using Storage = velmo::exp::DataStorage<std::string>;
-
-Storage decode(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file || !std::filesystem::is_regular_file(path))
-        throw UsageError(path + ": cannot be read");
-    try {
-        return velmo::exp::StorageDecoder<Storage>(velmo::exp::StorageDecoder<Storage>::s32Xml)
-            .decode(file)
-            .first;
-    } catch (const std::exception& error) {
-        throw UsageError(path + ": " + error.what());
-    }
-}
-
-bool isPalette(const velmo::exp::Variant& value)
-{
-    if (value.getTypeInfo() != typeid(Palette))
-        return false;
-    const Palette& colours = value.value<Palette>();
-    return !colours.empty() && colours.size() % 3 == 0;
-}
-
 } // namespace
-
-std::string colourText(const Palette& palette, std::size_t point)
-{
-    char text[8];
-    std::snprintf(text, sizeof text, "#%02X%02X%02X", palette[3 * point], palette[3 * point + 1],
-                  palette[3 * point + 2]);
-    return text;
-}
-
-std::string loadPaletteFile(const std::string& path)
-{
-    // Decoded here first: the manager prints what is wrong with a file and goes on.
-    const Storage palettes = decode(path);
-    if (palettes.size() == 0)
-        throw UsageError(path + ": there is no palette in it");
-    for (const auto& [name, colours] : palettes)
-        if (!isPalette(*colours))
-            throw UsageError(path + ": '" + name +
-                             "' is no palette: colour points are a uint8[] of three bytes each");
-    registerBuiltIn();
-    ColorPaletteManager::loadFile(path);
-    return palettes.begin()->first;
-}
 
 std::vector<std::string> paletteNames()
 {
-    registerBuiltIn();
+    // Once: a second time it would replace palettes of a file that have built-in names.
+    if (ColorPaletteManager::getAvailableColorPalettes().empty())
+        ColorPaletteManager::loadPalettes({});
     return ColorPaletteManager::getAvailableColorPalettes();
 }
 
@@ -102,8 +44,8 @@ Palette findPalette(const std::string& name)
         found = std::find_if(names.begin(), names.end(),
                              [&](const std::string& other) { return lower(other) == lower(name); });
     if (found == names.end())
-        throw UsageError("--palette: there is no '" + name + "'; there are " + listed(names));
+        VELMO_THROW("there is no palette '" + name + "'; there are " + listed(names));
     return ColorPaletteManager::getPaletteColors(*found);
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,12 +1,13 @@
 #include "camera/colours/Range.h"
 
-#include "apps/thermal/Error.h"
 #include "camera/settings/Parse.h"
+
+#include "core/Exception.h"
 
 #include <algorithm>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 // Dead and saturated pixels are a few in a thousand; a small hot object is more.
@@ -37,16 +38,9 @@ unsigned short valueAt(const std::vector<unsigned>& histogram, double rank)
     return 65535;
 }
 
-double parsePercent(const std::string& text)
-{
-    if (text.empty() || text[0] != 'p')
-        throw UsageError("--range: both ends of '" + text + "' are percentiles like p1:p99 or none");
-    return parseNumber(text.substr(1), "--range percentile", 0, 100);
-}
-
 } // namespace
 
-RangeRule RangeRule::parse(const std::string& text)
+RangeRule RangeRule::parse(const std::string& text, const std::string& what)
 {
     RangeRule rule;
     if (text == "auto")
@@ -55,22 +49,21 @@ RangeRule RangeRule::parse(const std::string& text)
         rule.m_eKind = Kind::Lock;
         return rule;
     }
-    const std::vector<std::string> ends = split(text, ':');
-    if (ends.size() != 2)
-        throw UsageError("--range: '" + text + "' is not auto, lock, MIN:MAX or pLOW:pHIGH");
-    if (text.find('p') != std::string::npos) {
-        rule.m_eKind = Kind::Percentiles;
-        rule.m_dLowPercent = parsePercent(ends[0]);
-        rule.m_dHighPercent = parsePercent(ends[1]);
-        if (rule.m_dLowPercent >= rule.m_dHighPercent)
-            throw UsageError("--range: in '" + text + "' the first percentile is not below the second");
-        return rule;
+    if (text.find(':') == std::string::npos)
+        VELMO_THROW(what + ": '" + text + "' is not auto, lock, MIN:MAX or pLOW:pHIGH");
+    const bool percentiles = text.find('p') != std::string::npos;
+    const double most = percentiles ? 100 : 65535;
+    const Field::Kind kind = percentiles ? Field::Kind::Percentile : Field::Kind::Whole;
+    const std::vector<double> ends = parseForm(text, what, {{"MIN", kind, 0, most}, {"MAX", kind, 0, most}});
+    if (ends[0] >= ends[1])
+        VELMO_THROW(what + ": in '" + text + "' the minimum is not below the maximum");
+    rule.m_eKind = percentiles ? Kind::Percentiles : Kind::Fixed;
+    if (percentiles) {
+        rule.m_dLowPercent = ends[0];
+        rule.m_dHighPercent = ends[1];
+    } else {
+        rule.m_oFixed = {static_cast<unsigned short>(ends[0]), static_cast<unsigned short>(ends[1])};
     }
-    rule.m_eKind = Kind::Fixed;
-    rule.m_oFixed = {static_cast<unsigned short>(parseInt(ends[0], "--range minimum", 0, 65535)),
-                     static_cast<unsigned short>(parseInt(ends[1], "--range maximum", 0, 65535))};
-    if (rule.m_oFixed.low >= rule.m_oFixed.high)
-        throw UsageError("--range: in '" + text + "' the minimum is not below the maximum");
     return rule;
 }
 
@@ -102,4 +95,4 @@ ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent
     return {valueAt(histogram, last * lowPercent / 100), valueAt(histogram, last * highPercent / 100)};
 }
 
-} // namespace thermal
+} // namespace velmo::camera

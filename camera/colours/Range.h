@@ -1,11 +1,13 @@
 #pragma once
 
-#include "recordings/Frames.h"
+#include "camera/Frame.h"
+
+#include "core/Export.h"
 
 #include <cstddef>
 #include <string>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// The values that the ends of a palette stand for.
 struct ValueRange
@@ -15,15 +17,16 @@ struct ValueRange
 };
 
 /// How the range of a picture is chosen.
-class RangeRule
+class VELMO_API RangeRule
 {
 public:
     /// How many frames `lock` looks at.
     static constexpr std::size_t nLearnFrames = 10;
 
     /// @param text  `auto`, `lock`, `MIN:MAX` in raw values, or `pLOW:pHIGH` in percent of the pixels
-    /// @throws UsageError  for anything else
-    static RangeRule parse(const std::string& text);
+    /// @param what  begins the message of what is refused
+    /// @throws Exception  for anything else
+    static RangeRule parse(const std::string& text, const std::string& what = "range");
 
     /// Whether the range is that of the first nLearnFrames frames together.
     bool locks() const { return m_eKind == Kind::Lock; }
@@ -47,9 +50,9 @@ private:
 };
 
 /// The smallest range that holds both.
-ValueRange unite(ValueRange left, ValueRange right);
+VELMO_API ValueRange unite(ValueRange left, ValueRange right);
 
 /// The values below which `lowPercent` and `highPercent` of the pixels lie.
-ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent);
+VELMO_API ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent);
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr int s32Margin = 14;
@@ -54,4 +54,4 @@ Picture beside(const Picture& left, const Picture& right)
     return pair;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,14 +1,16 @@
 #pragma once
 
-#include "recordings/PictureSink.h"
+#include "camera/Picture.h"
+
+#include "core/Export.h"
 
 #include <string>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// One picture that shows many, each under its title.
-class ContactSheet
+class VELMO_API ContactSheet
 {
 public:
     /// @param title  may be empty
@@ -31,6 +33,6 @@ private:
 };
 
 /// Left and right beside each other, with a narrow gap.
-Picture beside(const Picture& left, const Picture& right);
+VELMO_API Picture beside(const Picture& left, const Picture& right);
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -2,7 +2,7 @@
 
 #include <opencv2/imgproc.hpp>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr int s32Font = cv::FONT_HERSHEY_SIMPLEX;
@@ -41,4 +41,4 @@ void drawText(Picture& picture, const std::string& text, cv::Point corner, const
     drawText(picture, text.substr(degree + degreeSign.size()), {end + s32DegreeWidth, corner.y}, colour);
 }
 
-} // namespace thermal
+} // namespace velmo::camera

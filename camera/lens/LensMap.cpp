@@ -1,8 +1,8 @@
 #include "camera/lens/LensMap.h"
 
-#include "apps/thermal/Error.h"
 #include "camera/settings/Parse.h"
-#include "recordings/RawSink.h"
+
+#include "core/Exception.h"
 
 #include <algorithm>
 #include <array>
@@ -10,10 +10,10 @@
 #include <cstdint>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-using velmo::vision::PixelCorrInfo;
+using vision::PixelCorrInfo;
 using MapPixel = cv::Vec<unsigned short, 6>;
 
 constexpr int unity = 32768;
@@ -43,9 +43,9 @@ MapPixel mapPixel(const LensModel& lens, cv::Size size, int row, int col)
     const int dy = top - row, dx = left - col;
     const std::int64_t offset = std::int64_t{dy} * size.width + dx;
     if (offset < INT16_MIN || offset > INT16_MAX)
-        throw UsageError("--make: the source of pixel " + std::to_string(col) + "," + std::to_string(row) +
-                         " is " + std::to_string(dy) + " rows away; a map " + std::to_string(size.width) +
-                         " pixels wide can say at most " + std::to_string(INT16_MAX / size.width));
+        VELMO_THROW("the source of pixel " + std::to_string(col) + "," + std::to_string(row) + " is " +
+                    std::to_string(dy) + " rows away; a map " + std::to_string(size.width) +
+                    " pixels wide can say at most " + std::to_string(INT16_MAX / size.width));
     const std::array<int, 4> weights = bilinearWeights(x - left, y - top);
     const auto bits = [](int value) { return static_cast<unsigned short>(value); };
     return {bits(dy), bits(dx), bits(weights[0]), bits(weights[1]), bits(weights[2]), bits(weights[3])};
@@ -68,14 +68,12 @@ unsigned short blend(const Frame& frame, cv::Point source, const PixelCorrInfo& 
 
 LensModel LensModel::parse(const std::string& text, const std::string& what)
 {
-    const std::vector<std::string> parts = split(text, ',');
-    if (parts.size() != 6)
-        throw UsageError(what + ": '" + text + "' is not K1,K2,FX,FY,CX,CY");
-    const auto number = [&](std::size_t n, double low, double high) {
-        return parseNumber(parts[n], what, low, high);
-    };
-    return {number(0, -100, 100), number(1, -100, 100),     number(2, 1, 1e6),
-            number(3, 1, 1e6),    number(4, -16384, 16384), number(5, -16384, 16384)};
+    constexpr Field::Kind number = Field::Kind::Number;
+    const Form form = {{"K1", number, -100, 100},     {"K2", number, -100, 100},
+                       {"FX", number, 1, 1e6},        {"FY", number, 1, 1e6},
+                       {"CX", number, -16384, 16384}, {"CY", number, -16384, 16384}};
+    const std::vector<double> values = parseForm(text, what, form, ',');
+    return {values[0], values[1], values[2], values[3], values[4], values[5]};
 }
 
 cv::Point2d LensModel::source(cv::Point2d corrected) const
@@ -95,29 +93,12 @@ cv::Mat makeLensMap(const LensModel& lens, cv::Size size)
     return std::move(map);
 }
 
-void writeLensMap(const std::string& path, const cv::Mat& map)
-{
-    RawSink sink(path);
-    sink.write("P7\nWIDTH " + std::to_string(map.cols) + "\nHEIGHT " + std::to_string(map.rows) +
-               "\nDEPTH 6\nMAXVAL 65535\nTUPLTYPE DISTORTION\nENDHDR\n");
-    cv::Mat bytes(map.rows, map.cols * map.channels(), CV_8UC2);
-    const cv::Mat samples = map.reshape(1);
-    for (int r = 0; r < bytes.rows; ++r)
-        for (int c = 0; c < bytes.cols; ++c) {
-            const auto sample = samples.at<unsigned short>(r, c);
-            bytes.at<cv::Vec2b>(r, c) = {static_cast<unsigned char>(sample >> 8),
-                                         static_cast<unsigned char>(sample)};
-        }
-    sink.write(bytes);
-    sink.finish();
-}
-
-Frame undistorted(const Frame& frame, const velmo::vision::DistortionCorrection& map)
+Frame undistorted(const Frame& frame, const vision::DistortionCorrection& map)
 {
     const std::vector<PixelCorrInfo>& records = map.getPixelCorrInfo();
     if (records.size() != frame.total())
-        throw UsageError("the map has " + std::to_string(records.size()) + " pixels, the frame " +
-                         std::to_string(frame.total()));
+        VELMO_THROW("the map has " + std::to_string(records.size()) + " pixels, the frame " +
+                    std::to_string(frame.total()));
     Frame corrected(frame.size());
     int index = 0;
     for (int r = 0; r < frame.rows; ++r)
@@ -125,11 +106,11 @@ Frame undistorted(const Frame& frame, const velmo::vision::DistortionCorrection&
             const PixelCorrInfo& record = records[static_cast<std::size_t>(index)];
             const int source = index + record.m_s16Offset;
             if (source < 0 || source >= frame.rows * frame.cols)
-                throw UsageError("the map takes pixel " + std::to_string(c) + "," + std::to_string(r) +
-                                 " from outside the frame");
+                VELMO_THROW("the map takes pixel " + std::to_string(c) + "," + std::to_string(r) +
+                            " from outside the frame");
             corrected(r, c) = blend(frame, {source % frame.cols, source / frame.cols}, record);
         }
     return corrected;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,6 +1,6 @@
 #include "camera/measures/BlobPicture.h"
 
-#include "apps/thermal/OutputOptions.h"
+#include "camera/drawing/Enlarge.h"
 #include "camera/drawing/Text.h"
 
 #include <opencv2/imgproc.hpp>
@@ -10,10 +10,10 @@
 #include <map>
 #include <string>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-using velmo::exp::vision::ConnectedComponent;
+using exp::vision::ConnectedComponent;
 
 constexpr double tint = 0.35; ///< how much of a blob's colour covers its pixels
 
@@ -130,4 +130,4 @@ Picture withBlobs(const Picture& picture, const std::vector<Blob>& blobs, const 
     return drawn;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

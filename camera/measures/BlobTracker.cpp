@@ -4,7 +4,7 @@
 #include <cmath>
 #include <tuple>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr double minReach = 4; ///< pixels: specks have hardly an extent, and noise moves them
@@ -74,4 +74,4 @@ const std::vector<cv::Point2d>& BlobTracker::path(unsigned label) const
     return m_mapTracks.at(label).m_vecPath;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -2,17 +2,19 @@
 
 #include "camera/measures/Blobs.h"
 
+#include "core/Export.h"
+
 #include <map>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// Labels the blobs of consecutive frames so that what moves slowly keeps its label.
 ///
 /// A blob goes on with the label whose blob was last seen closest to it, if that is not farther than that
 /// blob reached; a different size counts as distance. Others get the next label. A label that has not been
 /// seen for some frames is not given again.
-class BlobTracker
+class VELMO_API BlobTracker
 {
 public:
     static constexpr int s32PatienceFrames = 9; ///< about a second of a camera that may be exported
@@ -45,4 +47,4 @@ private:
     unsigned m_u32NextLabel = 1;
 };
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -6,10 +6,10 @@
 #include <cmath>
 #include <limits>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-using velmo::exp::vision::ConnectedComponent;
+using exp::vision::ConnectedComponent;
 
 constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
 constexpr double pi = 3.14159265358979323846;
@@ -88,4 +88,4 @@ std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule)
     return blobs;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

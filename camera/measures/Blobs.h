@@ -1,13 +1,14 @@
 #pragma once
 
-#include "recordings/Frames.h"
+#include "camera/Frame.h"
 
+#include "core/Export.h"
 #include "vision/imgproc/ConnectedComponent.h"
 
 #include <cstddef>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// Which pixels belong to blobs: those on one side of a value, which itself is on neither.
 struct BlobRule
@@ -20,7 +21,7 @@ struct BlobRule
 /// One connected region of a frame and what is measured of it.
 struct Blob
 {
-    velmo::exp::vision::ConnectedComponent component;
+    exp::vision::ConnectedComponent component;
     cv::Point2d centre;
     cv::Rect box;
     double elongation = 0; ///< NaN for a single pixel
@@ -37,6 +38,6 @@ struct Blob
 
 /// The blobs of a frame, in the order in which they begin from the top; pixels that touch at a corner belong
 /// together. Their components are labelled 1, 2 and so on.
-std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule);
+VELMO_API std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule);
 
-} // namespace thermal
+} // namespace velmo::camera

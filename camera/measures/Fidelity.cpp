@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr double dSteepest = 0.98;    ///< edges: steeper than this share of the pixels
@@ -67,4 +67,4 @@ FidelityFigures FidelityMeter::figures() const
     return figures;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "recordings/Frames.h"
+#include "camera/Frame.h"
+
+#include "core/Export.h"
 
 #include <opencv2/core.hpp>
 
 #include <cstddef>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// What filters do to what should stay as it is. NaN where the recording has nothing to judge it by.
 struct FidelityFigures
@@ -16,7 +18,7 @@ struct FidelityFigures
 };
 
 /// Compares a stream frame by frame with the same stream after filters that keep its size.
-class FidelityMeter
+class VELMO_API FidelityMeter
 {
 public:
     void add(const Frame& before, const Frame& after);
@@ -35,4 +37,4 @@ private:
     double m_dChanged = 0;
 };
 
-} // namespace thermal
+} // namespace velmo::camera

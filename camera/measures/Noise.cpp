@@ -1,7 +1,8 @@
 #include "camera/measures/Noise.h"
 
-#include "apps/thermal/Error.h"
 #include "camera/measures/Statistics.h"
+
+#include "core/Exception.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -9,7 +10,7 @@
 #include <cmath>
 #include <limits>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 using Values = cv::Mat_<double>;
@@ -99,7 +100,7 @@ double NoiseMeter::Deviation::median(std::size_t count) const
 void NoiseMeter::add(const Frame& frame)
 {
     if (m_nFrames > 0 && frame.size() != m_oSum.size())
-        throw UsageError("the frames differ in size, they are no recording of one camera");
+        VELMO_THROW("the frames differ in size, they are no recording of one camera");
     double low = 0;
     double high = 0;
     cv::minMaxLoc(frame, &low, &high);
@@ -152,4 +153,4 @@ NoiseFigures NoiseMeter::figures() const
     return figures;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "recordings/Frames.h"
+#include "camera/Frame.h"
+
+#include "core/Export.h"
 
 #include <opencv2/core.hpp>
 
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// What is measured in a recording, in counts. NaN where there are too few frames.
 struct NoiseFigures
@@ -30,10 +32,10 @@ struct NoiseFigures
 /// square root of 2, the change of the whole frame's level taken out: a scene that stands still drops out,
 /// and the median over the pixels drops what moves. What stays is measured on the mean of all frames, as
 /// 1.4826 times the median absolute deviation from a smoothed version, so that edges count little.
-class NoiseMeter
+class VELMO_API NoiseMeter
 {
 public:
-    /// @throws UsageError  if the size differs from that of the frames before
+    /// @throws Exception  if the size differs from that of the frames before
     void add(const Frame& frame);
 
     NoiseFigures figures() const;
@@ -62,4 +64,4 @@ private:
     std::vector<double> m_vecLevels;
 };
 
-} // namespace thermal
+} // namespace velmo::camera

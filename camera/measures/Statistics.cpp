@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr double dMadToDeviation = 1.4826; ///< of the normal distribution
@@ -39,4 +39,4 @@ double robustDeviation(const cv::Mat_<double>& values)
     return dMadToDeviation * medianOf(cv::Mat_<double>(cv::abs(values - medianOf(values))));
 }
 
-} // namespace thermal
+} // namespace velmo::camera

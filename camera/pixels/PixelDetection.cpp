@@ -1,23 +1,20 @@
 #include "camera/pixels/PixelDetection.h"
 
-#include "apps/thermal/Error.h"
+#include "camera/settings/Parse.h"
+
+#include "core/Exception.h"
 
 #include <algorithm>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-using velmo::exp::vision::BadPixelTools;
-
-std::string sizeText(cv::Size size)
-{
-    return std::to_string(size.width) + "x" + std::to_string(size.height);
-}
+using exp::vision::BadPixelTools;
 
 void requireSize(cv::Size size, cv::Size expected)
 {
     if (size != expected)
-        throw UsageError("a frame of " + sizeText(size) + " among frames of " + sizeText(expected));
+        VELMO_THROW("a frame of " + sizeText(size) + " among frames of " + sizeText(expected));
 }
 
 /// What the detectors take: 16 bits with a sign.
@@ -27,9 +24,9 @@ cv::Mat_<short> asSigned(const Frame& frame, int offset = 0)
     cv::minMaxLoc(frame, &least, &greatest);
     for (const double value : {least - offset, greatest - offset})
         if (value < -32768 || value > 32767)
-            throw UsageError("a frame with values from " + std::to_string(static_cast<int>(least)) + " to " +
-                             std::to_string(static_cast<int>(greatest)) +
-                             ": less the offset that is more than the detectors take, -32768 to 32767");
+            VELMO_THROW("a frame with values from " + std::to_string(static_cast<int>(least)) + " to " +
+                        std::to_string(static_cast<int>(greatest)) +
+                        ": less the offset that is more than the detectors take, -32768 to 32767");
     cv::Mat_<short> values;
     frame.convertTo(values, CV_16S, 1, -offset);
     return values;
@@ -84,20 +81,19 @@ cv::Mat_<double> StillSeries::variance() const
     return cv::max((m_oSquares - m_oSum.mul(m_oSum) / count) / (count - 1), 0);
 }
 
-BadPixelTools::NetdCheckResults checkNetd(const StillSeries& first, double firstTemperature,
-                                          const StillSeries& second, double secondTemperature,
-                                          const NetdTolerances& tolerances, PixelMap& map)
+NetdResults checkNetd(const StillSeries& first, double firstTemperature, const StillSeries& second,
+                      double secondTemperature, const NetdTolerances& tolerances, PixelMap& map)
 {
     for (const StillSeries* series : {&first, &second}) {
         requireSize(series->size(), map.size());
         if (series->frames() < 2)
-            throw UsageError("--netd: noise needs at least two frames at each temperature");
+            VELMO_THROW("noise needs at least two frames at each temperature");
     }
     cv::Mat_<double> deviation;
     cv::sqrt((first.variance() + second.variance()) / 2, deviation);
     cv::Mat_<short> noise;
     deviation.convertTo(noise, CV_16S, StillSeries::s32NoiseSteps);
-    BadPixelTools::NetdCheckResults results =
+    NetdResults results =
         BadPixelTools::checkNetd(first.mean(), second.mean(), noise, map, firstTemperature, secondTemperature,
                                  tolerances.responsivity, tolerances.noise, tolerances.netd);
     results.dMeanNoise /= StillSeries::s32NoiseSteps;
@@ -105,4 +101,4 @@ BadPixelTools::NetdCheckResults checkNetd(const StillSeries& first, double first
     return results;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

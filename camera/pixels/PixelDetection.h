@@ -1,15 +1,18 @@
 #pragma once
 
-#include "recordings/Frames.h"
-#include "recordings/PixelFiles.h"
+#include "camera/Frame.h"
+#include "camera/pixels/PixelMap.h"
+
+#include "core/Export.h"
+#include "vision/imgproc/BadPixel.h"
 
 #include <cstddef>
 #include <string>
 
-namespace thermal {
+namespace velmo::camera {
 
 /// Looks for bad pixels in a recording, frame by frame.
-class PixelDetection
+class VELMO_API PixelDetection
 {
 public:
     /// @param minCount  of a populated bin of the histogram; 0 leaves this detector out
@@ -19,7 +22,7 @@ public:
         : m_nMinCount(minCount), m_bMonotony(monotony), m_s32Offset(offset)
     {}
 
-    /// @throws UsageError  if the frame has another size than the ones before, or values that leave 16 bits
+    /// @throws Exception  if the frame has another size than the ones before, or values that leave 16 bits
     ///                     with a sign
     void add(const Frame& frame);
 
@@ -42,7 +45,7 @@ private:
 };
 
 /// Mean and noise of each pixel of a recording of something that stands still.
-class StillSeries
+class VELMO_API StillSeries
 {
 public:
     /// Noise is counted in sixteenths of a digit, as it is often less than one.
@@ -71,9 +74,10 @@ struct NetdTolerances
     double netd = 1;
 };
 
-/// Compares two series at the temperatures `cold` and `warm`; flags in `map`. Figures in digits.
-velmo::exp::vision::BadPixelTools::NetdCheckResults
-checkNetd(const StillSeries& first, double firstTemperature, const StillSeries& second,
-          double secondTemperature, const NetdTolerances& tolerances, PixelMap& map);
+using NetdResults = exp::vision::BadPixelTools::NetdCheckResults;
 
-} // namespace thermal
+/// Compares two series at the temperatures `cold` and `warm`; flags in `map`. Figures in digits.
+VELMO_API NetdResults checkNetd(const StillSeries& first, double firstTemperature, const StillSeries& second,
+                                double secondTemperature, const NetdTolerances& tolerances, PixelMap& map);
+
+} // namespace velmo::camera

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
 constexpr int s32WidthWanted = 800;
@@ -58,4 +58,4 @@ Picture drawBadPixels(const Frame& frame, const PixelMap& map)
     return picture;
 }
 
-} // namespace thermal
+} // namespace velmo::camera

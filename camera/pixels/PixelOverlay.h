@@ -1,14 +1,15 @@
 #pragma once
 
-#include "recordings/PictureSink.h"
-#include "recordings/PixelFiles.h"
+#include "camera/Frame.h"
+#include "camera/Picture.h"
+#include "camera/pixels/PixelMap.h"
 
-#include "recordings/Frames.h"
+#include "core/Export.h"
 
-namespace thermal {
+namespace velmo::camera {
 
 /// The frame, enlarged, with its bad pixels in the colours of their reasons. Where they are few, each has a
 /// ring, so that a single one is found.
-Picture drawBadPixels(const Frame& frame, const PixelMap& map);
+VELMO_API Picture drawBadPixels(const Frame& frame, const PixelMap& map);
 
-} // namespace thermal
+} // namespace velmo::camera

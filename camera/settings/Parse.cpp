@@ -1,40 +1,26 @@
 #include "camera/settings/Parse.h"
 
-#include "apps/thermal/Error.h"
+#include "core/Exception.h"
+#include "core/memory/MemoryAcsii.h"
 
 #include <charconv>
+#include <cmath>
 #include <sstream>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
+
+using velmo::exp::MemoryAcsii;
 
 // The largest frame that is allocated before a byte of it has been read: 512 MiB.
 constexpr int s32MaxSide = 16384;
 
-/// The whole of `text` as a number of type T.
-template <class T, class... Form>
-bool convert(const std::string& text, T& value, Form... form)
-{
-    const char* end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, value, form...);
-    return error == std::errc() && stopped == end && !text.empty();
-}
-
 [[noreturn]] void refuse(const std::string& text, const std::string& what, const std::string& wanted)
 {
-    throw UsageError(what + ": '" + text + "' is not " + wanted);
+    VELMO_THROW(what + ": '" + text + "' is not " + wanted);
 }
 
-template <class T>
-std::string fromTo(const char* kind, T low, T high)
-{
-    std::ostringstream text;
-    text << kind << " from " << low << " to " << high;
-    return text.str();
-}
-
-} // namespace
-
+/// The parts of a text between the separators; one more than there are separators, parts may be empty.
 std::vector<std::string> split(const std::string& text, char separator)
 {
     std::vector<std::string> parts;
@@ -45,37 +31,85 @@ std::vector<std::string> split(const std::string& text, char separator)
     return parts;
 }
 
-int parseInt(const std::string& text, const std::string& what, int low, int high)
+std::string fromTo(const std::string& kind, const Field& field)
 {
-    int value = 0;
-    if (!convert(text, value) || value < low || value > high)
-        refuse(text, what, fromTo("a whole number", low, high));
-    return value;
+    std::ostringstream text;
+    text << kind << " from " << field.low << " to " << field.high;
+    return text.str();
 }
 
-double parseNumber(const std::string& text, const std::string& what, double low, double high)
-{
-    double value = 0;
-    // Compared so that a NaN is refused too.
-    if (!convert(text, value) || !(value >= low && value <= high))
-        refuse(text, what, fromTo("a number", low, high));
-    return value;
-}
-
-cv::Size parseSize(const std::string& text, const std::string& what)
-{
-    const std::vector<std::string> parts = split(text, 'x');
-    if (parts.size() != 2)
-        refuse(text, what, "a size like 160x120");
-    return {parseInt(parts[0], what, 1, s32MaxSide), parseInt(parts[1], what, 1, s32MaxSide)};
-}
-
-unsigned parseColour(const std::string& text, const std::string& what)
+double parseHexadecimal(const std::string& text, const std::string& what)
 {
     unsigned colour = 0;
-    if (text.size() != 6 || !convert(text, colour, 16))
+    const char* const end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, colour, 16);
+    if (text.size() != 6 || error != std::errc() || stopped != end)
         refuse(text, what, "a colour of six hexadecimal digits RRGGBB");
     return colour;
 }
 
-} // namespace thermal
+double parseField(const std::string& text, const std::string& what, const Field& field)
+{
+    if (field.kind == Field::Kind::Colour)
+        return parseHexadecimal(text, what);
+    const bool percentile = field.kind == Field::Kind::Percentile;
+    std::int64_t whole = 0;
+    double value = std::nan("");
+    if (field.kind == Field::Kind::Whole) {
+        if (MemoryAcsii::parse(text, whole))
+            value = static_cast<double>(whole);
+    } else if (!percentile || text.substr(0, 1) == "p") {
+        MemoryAcsii::parse(text.substr(percentile ? 1 : 0), value);
+    }
+    // Compared so that a NaN is refused too.
+    if (!(value >= field.low && value <= field.high))
+        refuse(text, what,
+               fromTo(field.kind == Field::Kind::Whole ? "a whole number"
+                      : percentile                     ? "a percentile like p1,"
+                                                       : "a number",
+                      field));
+    return value;
+}
+
+} // namespace
+
+std::string formText(const Form& form, char separator)
+{
+    std::string text;
+    for (const Field& field : form)
+        text += (text.empty() ? "" : std::string(1, separator)) + field.name;
+    return text;
+}
+
+std::vector<double> parseForm(const std::string& text, const std::string& what, const Form& form,
+                              char separator)
+{
+    const std::vector<std::string> parts = split(text, separator);
+    if (parts.size() != form.size())
+        refuse(text, what, formText(form, separator));
+    std::vector<double> values;
+    values.reserve(form.size());
+    for (std::size_t i = 0; i < form.size(); ++i)
+        values.push_back(parseField(parts[i], form.size() == 1 ? what : what + " " + form[i].name, form[i]));
+    return values;
+}
+
+double parseNumber(const std::string& text, const std::string& what, double low, double high)
+{
+    return parseField(text, what, {"NUMBER", Field::Kind::Number, low, high});
+}
+
+cv::Size parseSize(const std::string& text, const std::string& what)
+{
+    const Form form = {{"WIDTH", Field::Kind::Whole, 1, s32MaxSide},
+                       {"HEIGHT", Field::Kind::Whole, 1, s32MaxSide}};
+    const std::vector<double> sides = parseForm(text, what, form, 'x');
+    return {static_cast<int>(sides[0]), static_cast<int>(sides[1])};
+}
+
+std::string sizeText(cv::Size size)
+{
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+} // namespace velmo::camera

@@ -1,28 +1,51 @@
 #pragma once
 
+#include "core/Export.h"
+
 #include <opencv2/core.hpp>
 
 #include <string>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 
-// Reads what people type as option values. Nothing but a whole, complete number is a number; whatever is
-// refused is a UsageError that begins with `what`, names the text and says what would be right.
+// Reads values that people type. Nothing but a whole, complete number is a number; whatever is refused is an
+// Exception that begins with `what`, names the text and says what would be right.
 
-/// The parts of `text` between the separators; one more than there are separators, parts may be empty.
-std::vector<std::string> split(const std::string& text, char separator);
+/// One part of a form such as GAIN:FACTOR.
+struct Field
+{
+    enum class Kind
+    {
+        Whole,      ///< a whole number
+        Number,     ///< fractions allowed
+        Percentile, ///< a number behind a "p"
+        Colour      ///< RRGGBB in hexadecimal digits
+    };
 
-/// A whole number from `low` to `high`.
-int parseInt(const std::string& text, const std::string& what, int low, int high);
+    const char* name;
+    Kind kind = Kind::Whole;
+    double low = 0; ///< limits of a number
+    double high = 0;
+};
+
+/// The fields of a value, separated by one sign: "16:1843" for GAIN:FACTOR.
+using Form = std::vector<Field>;
+
+/// "GAIN:FACTOR".
+VELMO_API std::string formText(const Form& form, char separator = ':');
+
+/// As many numbers as the form has fields.
+VELMO_API std::vector<double> parseForm(const std::string& text, const std::string& what, const Form& form,
+                                        char separator = ':');
 
 /// A number from `low` to `high`, fractions allowed.
-double parseNumber(const std::string& text, const std::string& what, double low, double high);
+VELMO_API double parseNumber(const std::string& text, const std::string& what, double low, double high);
 
-/// `WxH`, both from 1 to 16384.
-cv::Size parseSize(const std::string& text, const std::string& what);
+/// `WIDTHxHEIGHT`, both from 1 to 16384.
+VELMO_API cv::Size parseSize(const std::string& text, const std::string& what);
 
-/// `RRGGBB` in hexadecimal digits.
-unsigned parseColour(const std::string& text, const std::string& what);
+/// "160x120".
+VELMO_API std::string sizeText(cv::Size size);
 
-} // namespace thermal
+} // namespace velmo::camera

@@ -1,17 +1,17 @@
 #include "camera/stages/BadPixelStage.h"
 
-#include "recordings/PixelFiles.h"
+#include "camera/settings/Parse.h"
 
-#include "apps/thermal/Error.h"
+#include "core/Exception.h"
 
 #include <utility>
 #include <vector>
 
-namespace thermal {
+namespace velmo::camera {
 namespace {
 
-using velmo::exp::vision::BadPixel;
-using velmo::exp::vision::Pixel;
+using exp::vision::BadPixel;
+using exp::vision::Pixel;
 
 class BadPixelStage : public Stage
 {
@@ -56,9 +56,8 @@ private:
     void checkPosition(Pixel pixel, cv::Size size) const
     {
         if (!cv::Rect({}, size).contains({pixel.x, pixel.y}))
-            throw UsageError(m_strOrigin + ": pixel x=" + std::to_string(pixel.x) +
-                             " y=" + std::to_string(pixel.y) + " is outside the frames of " +
-                             std::to_string(size.width) + "x" + std::to_string(size.height));
+            VELMO_THROW(m_strOrigin + ": pixel x=" + std::to_string(pixel.x) +
+                        " y=" + std::to_string(pixel.y) + " is outside the frames of " + sizeText(size));
     }
 
     std::string m_strOrigin;
@@ -69,14 +68,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<Stage> makeBadPixels(std::string origin, std::vector<BadPixel> records)
+std::unique_ptr<Stage> makeBadPixelStage(std::string origin, std::vector<BadPixel> records)
 {
     return std::make_unique<BadPixelStage>(std::move(origin), std::move(records));
 }
 
-std::unique_ptr<Stage> makeBadPixels(const std::string& path)
-{
-    return makeBadPixels(path, readRecords(path));
-}
-
-} // namespace thermal
+} // namespace velmo::camera

@@ -11,7 +11,7 @@
 namespace velmo::camera {
 
 /// Stages in the order in which a frame passes them, with the time that each takes.
-class Chain
+class VELMO_API Chain
 {
 public:
     /// Called after each stage with its place in the chain and the frame as it left it.

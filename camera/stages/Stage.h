@@ -2,15 +2,17 @@
 
 #include "camera/Frame.h"
 
+#include "core/Export.h"
+
 #include <string>
 
 namespace velmo::camera {
 
 /// One step of the way from a raw frame to a clean one. Holds the state of one stream.
-class Stage
+class VELMO_API Stage
 {
 public:
-    virtual ~Stage() = default;
+    virtual ~Stage();
 
     /// For tables and headings: "temporal 8:1900".
     virtual std::string name() const = 0;

@@ -1,5 +1,5 @@
+#include "tests/TemporaryFolder.h"
 #include "tests/apps/ProgramRun.h"
-#include "tests/apps/TemporaryFolder.h"
 
 #include <opencv2/imgcodecs.hpp>
 

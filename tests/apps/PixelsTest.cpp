@@ -1,8 +1,7 @@
 #include "tests/apps/ProgramRun.h"
 
-#include "apps/thermal/Error.h"
-#include "camera/pixels/PixelDetection.h"
-#include "camera/stages/BadPixelStage.h"
+#include "camera/Frame.h"
+#include "camera/pixels/PixelMap.h"
 #include "recordings/PixelFiles.h"
 
 #include <opencv2/imgcodecs.hpp>
@@ -16,11 +15,9 @@
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
-using thermal::Frame;
-using thermal::PixelMap;
-using thermal::UsageError;
+using velmo::camera::Frame;
+using velmo::camera::PixelMap;
 
 class Pixels : public testing::Test
 {
@@ -67,7 +64,7 @@ TEST_F(Pixels, AreFoundReplacedAndShown)
     EXPECT_THAT(detect.output, HasSubstr("any,,3,1.25"));
     EXPECT_EQ(textOf("map.csv"), "x,y,flags,reasons\n3,2,96,spread+monotony\n5,5,32,monotony\n"
                                  "19,11,96,spread+monotony\n");
-    EXPECT_EQ(thermal::readPixelMap(path("map.pgm"))(2, 3), 96);
+    EXPECT_EQ(velmo::recordings::readPixelMap(path("map.pgm"))(2, 3), 96);
     EXPECT_EQ(cv::imread(path("map.png")).at<cv::Vec3b>(2 * 8 + 4, 3 * 8 + 4), cv::Vec3b(60, 60, 255));
 
     const ProgramRun records = run("pixels records map.pgm --radius 3 --out records.pgm");
@@ -103,43 +100,10 @@ TEST_F(Pixels, AreFoundByNetdAndInLines)
     ASSERT_EQ(detect.code, 0) << detect.errors;
     EXPECT_THAT(detect.output, HasSubstr("rows and columns,16,20,"));
     EXPECT_THAT(detect.output, HasSubstr("netd,2,22,"));
-    const PixelMap map = thermal::readPixelMap(path("map.pgm"));
+    const PixelMap map = velmo::recordings::readPixelMap(path("map.pgm"));
     EXPECT_EQ(map(1, 1), 2);
     EXPECT_EQ(map(9, 9), 2);
     EXPECT_EQ(cv::countNonZero(map.row(4) == 18), 20);
-}
-
-TEST_F(Pixels, MeasureNoiseInFractionsOfADigit)
-{
-    thermal::StillSeries first, second;
-    for (const int value : {10, 11, 10, 11}) {
-        first.add(Frame(1, 1, static_cast<unsigned short>(value)));
-        second.add(Frame(1, 1, static_cast<unsigned short>(value + 100)));
-    }
-    PixelMap map(1, 1, 0);
-    const auto results = thermal::checkNetd(first, 20, second, 30, {}, map);
-    EXPECT_EQ(results.dMeanResponsivity, 10);
-    EXPECT_NEAR(results.dMeanNoise, 0.577, 0.03); // the square root of 1/3, in steps of 1/16
-    EXPECT_NEAR(results.dMeanNetd, 0.0577, 0.003);
-}
-
-TEST_F(Pixels, ReplaceBeforeTheyAreReplaced)
-{
-    // Each stands in for the other.
-    velmo::exp::vision::BadPixel left{{0, 0}, {{{1, 0}, {1, 0}, {1, 0}, {1, 0}}}};
-    velmo::exp::vision::BadPixel right{{1, 0}, {{{0, 0}, {0, 0}, {0, 0}, {2, 0}}}};
-    thermal::writeRecords(path("records.pgm"), {left, right});
-    const auto stage = thermal::makeBadPixels(path("records.pgm"));
-    EXPECT_EQ(stage->name(), "bad pixels 2");
-    Frame frame = (Frame(1, 3) << 10, 65535, 16);
-    stage->apply(frame);
-    EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()), ElementsAre(65535, 12, 16)); // 46 / 4, rounded
-
-    Frame narrow(1, 2);
-    EXPECT_THROW(stage->apply(narrow), UsageError);
-    left.replacePixel[2] = {-1, 0};
-    thermal::writeRecords(path("records.pgm"), {left});
-    EXPECT_THROW(thermal::makeBadPixels(path("records.pgm"))->apply(frame), UsageError);
 }
 
 TEST_F(Pixels, AreNoneInACleanFrame)
@@ -155,7 +119,7 @@ TEST_F(Pixels, AreNoneInACleanFrame)
 TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
 {
     writeFrames("f", 1, 10000, [](Frame& frame, int) { frame(0, 0) = 40000; });
-    thermal::writePixelMap(path("bad.pgm"), PixelMap(3, 3, 64));
+    velmo::recordings::writePixelMap(path("bad.pgm"), PixelMap(3, 3, 64));
     const std::vector<std::pair<std::string, std::string>> wrong = {
         {"pixels", "subcommand"},
         {"pixels detect f0.pgm --out map.pgm", "say how"},

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/apps/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 #include "apps/thermal/Program.h"
 

@@ -1,7 +1,7 @@
+#include "tests/TemporaryFolder.h"
 #include "tests/apps/ProgramRun.h"
-#include "tests/apps/TemporaryFolder.h"
 
-#include "recordings/Frames.h"
+#include "camera/Frame.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/videoio.hpp>
@@ -21,7 +21,7 @@ void writeFrames(const std::filesystem::path& folder, int count, cv::Size size =
 {
     std::filesystem::create_directories(folder);
     for (int i = 0; i < count; ++i) {
-        thermal::Frame frame(size);
+        velmo::camera::Frame frame(size);
         for (int r = 0; r < frame.rows; ++r)
             for (int c = 0; c < frame.cols; ++c)
                 frame(r, c) = static_cast<unsigned short>(29000 + 4 * r + c);

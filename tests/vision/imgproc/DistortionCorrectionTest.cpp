@@ -1,7 +1,7 @@
 #include "vision/imgproc/DistortionCorrection.h"
 
 #include "core/Exception.h"
-#include "tests/apps/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

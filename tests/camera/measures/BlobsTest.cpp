@@ -2,10 +2,6 @@
 
 #include "camera/measures/BlobPicture.h"
 #include "camera/measures/BlobTracker.h"
-#include "tests/apps/ProgramRun.h"
-#include "tests/apps/TemporaryFolder.h"
-
-#include <opencv2/imgcodecs.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,13 +10,12 @@
 
 namespace {
 
-using testing::HasSubstr;
-using thermal::Blob;
-using thermal::BlobTracker;
-using thermal::Frame;
-using thermal::Picture;
+using velmo::camera::Blob;
+using velmo::camera::BlobTracker;
+using velmo::camera::Frame;
+using velmo::camera::Picture;
 
-const thermal::BlobRule warm{1000, true, 1};
+const velmo::camera::BlobRule warm{1000, true, 1};
 
 Frame cold(int rows = 40, int cols = 60)
 {
@@ -32,7 +27,7 @@ std::vector<Blob> blobsOf(const std::vector<cv::Rect>& places)
     Frame frame = cold();
     for (const cv::Rect& place : places)
         frame(place) = 2000;
-    return thermal::findBlobs(frame, warm);
+    return velmo::camera::findBlobs(frame, warm);
 }
 
 /// The labels of the next frame's blobs, which are squares around these centres, from the top.
@@ -62,7 +57,7 @@ TEST(Blobs, AreWhatLiesBeyondTheValueAndTouches)
     frame(4, 13) = 1200; // touches the corner
     frame(20, 30) = 1600;
     frame(39, 59) = 999;
-    const std::vector<Blob> blobs = thermal::findBlobs(frame, warm);
+    const std::vector<Blob> blobs = velmo::camera::findBlobs(frame, warm);
     ASSERT_EQ(blobs.size(), 2U);
     EXPECT_EQ(blobs[0].component.getNrOfPoints(), 7U);
     EXPECT_EQ(blobs[0].box, cv::Rect(10, 2, 4, 3));
@@ -72,11 +67,11 @@ TEST(Blobs, AreWhatLiesBeyondTheValueAndTouches)
     EXPECT_EQ(blobs[1].centre, cv::Point2d(30, 20));
     EXPECT_TRUE(std::isnan(blobs[1].elongation) && std::isnan(blobs[1].length) && std::isnan(blobs[1].angle));
 
-    EXPECT_EQ(thermal::findBlobs(frame, {1000, true, 2}).size(), 1U);
-    EXPECT_EQ(thermal::findBlobs(frame, {1000, false, 1}).size(), 1U);
-    EXPECT_EQ(thermal::findBlobs(frame, {1199.5, true, 1}).size(), 2U);
-    EXPECT_EQ(thermal::findBlobs(frame, {1600, true, 1}).size(), 0U);
-    EXPECT_EQ(thermal::findBlobs(frame, {1600.5, false, 1}).size(), 1U);
+    EXPECT_EQ(velmo::camera::findBlobs(frame, {1000, true, 2}).size(), 1U);
+    EXPECT_EQ(velmo::camera::findBlobs(frame, {1000, false, 1}).size(), 1U);
+    EXPECT_EQ(velmo::camera::findBlobs(frame, {1199.5, true, 1}).size(), 2U);
+    EXPECT_EQ(velmo::camera::findBlobs(frame, {1600, true, 1}).size(), 0U);
+    EXPECT_EQ(velmo::camera::findBlobs(frame, {1600.5, false, 1}).size(), 1U);
 }
 
 TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
@@ -90,7 +85,7 @@ TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
     Frame frame = cold();
     for (int i = 0; i < 9; ++i)
         frame(20 - i, 5 + i) = 2000;
-    EXPECT_NEAR(thermal::findBlobs(frame, warm).at(0).angle, 45, 1e-3); // up to the right
+    EXPECT_NEAR(velmo::camera::findBlobs(frame, warm).at(0).angle, 45, 1e-3); // up to the right
 
     // A disc of 25 pixels.
     Frame round = cold();
@@ -98,7 +93,7 @@ TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
         for (int x = -12; x <= 12; ++x)
             if (std::hypot(x, y) <= 12.5)
                 round(20 + y, 30 + x) = 2000;
-    const Blob blob = thermal::findBlobs(round, warm).at(0);
+    const Blob blob = velmo::camera::findBlobs(round, warm).at(0);
     EXPECT_NEAR(blob.length, 25, 0.3);
     EXPECT_NEAR(blob.width, 25, 0.3);
 }
@@ -156,75 +151,4 @@ TEST(BlobPicture, MarksBlobsAndLeavesTheRestAlone)
     EXPECT_EQ(after(58, 58), before(0, 0));
     EXPECT_EQ(cv::norm(after, withBlobs(before, blobs, tracker, 2)), 0);
     EXPECT_EQ(cv::norm(before, withBlobs(before, {}, tracker, 1)), 0);
-}
-
-namespace {
-
-class BlobsCommand : public testing::Test
-{
-protected:
-    BlobsCommand()
-    {
-        for (int i = 0; i < 3; ++i) {
-            Frame frame(48, 64, 29315); // 20 degrees
-            frame(cv::Rect(5 + 2 * i, 10, 8, 4)) = 30315;
-            frame(cv::Rect(40, 30, 2, 1)) = 30316;
-            cv::imwrite(folder.path() / ("f" + std::to_string(i) + ".png"), frame);
-        }
-    }
-
-    ProgramRun run(const std::string& arguments) { return runProgram("blobs " + arguments, folder.path()); }
-
-    TemporaryFolder folder;
-};
-
-} // namespace
-
-TEST_F(BlobsCommand, PrintsWhatItMeasures)
-{
-    const ProgramRun values = run("'f*.png' --above 30000 --csv --out drawn");
-    EXPECT_EQ(values.code, 0) << values.errors;
-    EXPECT_THAT(values.output, HasSubstr("frame,label,pixels,x,y,box x,box y,box w,box h,elongation,"));
-    EXPECT_THAT(values.output, HasSubstr("\n0,1,32,8.5,11.5,5,10,8,4,0.25,"));
-    EXPECT_THAT(values.output, HasSubstr("\n2,1,32,12.5,11.5,9,10,8,4,0.25,"));
-    EXPECT_THAT(values.output, Not(HasSubstr("\n0,2,")));
-    EXPECT_EQ(cv::imread(folder.path() / "drawn/frame_0002.png").size(), cv::Size(64, 48));
-
-    // The value itself does not count, whatever its form in degrees; a blob of two pixels does.
-    const ProgramRun degrees =
-        run("f1.png --above 30 --celsius --min-size 1 --json --scale 3 --out drawn.png");
-    EXPECT_THAT(degrees.output, HasSubstr("\"pixels\": 2,"));
-    EXPECT_THAT(degrees.output, HasSubstr("\"max_celsius\": 30.01}"));
-    EXPECT_THAT(degrees.output, Not(HasSubstr("\"label\": 2,")));
-    EXPECT_EQ(cv::imread(folder.path() / "drawn.png").size(), cv::Size(192, 144));
-
-    // A palette of one's own choice; grey without one.
-    run("f1.png --above 30 --celsius --min-size 100 --palette Hotcold --out cold.png");
-    run("f1.png --above 30 --celsius --min-size 100 --out grey.png");
-    EXPECT_EQ(cv::imread(folder.path() / "cold.png").at<cv::Vec3b>(0, 0), cv::Vec3b(255, 0, 0));
-    EXPECT_EQ(cv::imread(folder.path() / "grey.png").at<cv::Vec3b>(0, 0), cv::Vec3b(0, 0, 0));
-
-    const ProgramRun none = run("f1.png --below -5.5 --celsius --json --out none.png");
-    EXPECT_EQ(none.code, 0) << none.errors;
-    EXPECT_EQ(none.output, "[\n]\n");
-}
-
-TEST_F(BlobsCommand, RefusesBadArgumentsInOneLine)
-{
-    const std::pair<const char*, const char*> faults[] = {
-        {"f0.png --out o.png", "--above"},
-        {"f0.png --above 1 --below 2 --out o.png", "--below"},
-        {"f0.png --above warm --out o.png", "'warm'"},
-        {"f0.png --above 65536 --out o.png", "0 to 65535"},
-        {"f0.png --below -300 --celsius --out o.png", "-273.15"},
-        {"f0.png --above 1 --min-size 0 --out o.png", "--min-size"},
-        {"f0.png --above 1 --range lock --out o.png", "lock"},
-        {"f0.png --above 1", "--out"}};
-    for (const auto& [arguments, named] : faults) {
-        const ProgramRun refused = run(arguments);
-        EXPECT_EQ(refused.code, 2) << arguments;
-        EXPECT_THAT(refused.errors, HasSubstr(named)) << arguments;
-        EXPECT_EQ(refused.output, "") << arguments;
-    }
-    EXPECT_THAT(folder.entries(), testing::ElementsAre("f0.png", "f1.png", "f2.png"));
 }

@@ -4,12 +4,12 @@
 
 namespace {
 
-using thermal::Frame;
-using thermal::RangeRule;
+using velmo::camera::Frame;
+using velmo::camera::RangeRule;
 
 std::pair<int, int> rangeOf(const std::string& rule, const Frame& frame)
 {
-    const thermal::ValueRange range = RangeRule::parse(rule).of(frame);
+    const velmo::camera::ValueRange range = RangeRule::parse(rule).of(frame);
     return {range.low, range.high};
 }
 

@@ -1,5 +1,6 @@
-#include "apps/thermal/FilterStages.h"
-#include "apps/thermal/Error.h"
+#include "apps/thermal/FilterOptions.h"
+
+#include "core/Exception.h"
 
 #include <opencv2/core.hpp>
 
@@ -8,10 +9,10 @@
 
 namespace {
 
-using thermal::Chain;
 using thermal::FilterOptions;
-using thermal::Frame;
-using thermal::UsageError;
+using velmo::camera::Chain;
+using velmo::camera::Frame;
+using velmo::exp::Exception;
 
 std::vector<std::string> namesOf(const Chain& chain)
 {
@@ -59,7 +60,7 @@ TEST(FilterStages, RefuseWhatIsOutsideTheirRanges)
         for (const char* text : texts) {
             FilterOptions options;
             options.*option = text;
-            EXPECT_THROW(makeChain(options), UsageError) << text;
+            EXPECT_THROW(makeChain(options), Exception) << text;
         }
 }
 
@@ -102,7 +103,7 @@ TEST(FilterStages, DownSizeKeepsTheOrderOfValues)
     EXPECT_EQ(frame(60, 100), 32780);
     EXPECT_EQ(frame(60, 150), 65535);
     Frame other(120, 160);
-    EXPECT_THROW(chain.apply(other), UsageError);
+    EXPECT_THROW(chain.apply(other), Exception);
 }
 
 TEST(FilterStages, RemoveStripesAndNoise)

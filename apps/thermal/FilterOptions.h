@@ -10,10 +10,6 @@ class App;
 
 namespace thermal {
 
-using velmo::camera::Chain;
-using velmo::camera::Frame;
-using velmo::camera::Stage;
-
 /// The filters that a command puts before the colours, as typed. An empty text leaves one out.
 struct FilterOptions
 {
@@ -36,10 +32,10 @@ struct FilterOptions
 
 /// The chain in the order in which the filters build on each other. With `denoise` the three noise filters
 /// take their default parameters where none are given.
-/// @throws UsageError  that names option, value and range
-Chain makeChain(const FilterOptions& options);
+/// @throws Exception  that names option, value and range
+velmo::camera::Chain makeChain(const FilterOptions& options);
 
 /// The same without the bad pixels, behind what is in the chain already.
-void addFilters(Chain& chain, const FilterOptions& options);
+void addFilters(velmo::camera::Chain& chain, const FilterOptions& options);
 
 } // namespace thermal

@@ -1,7 +1,8 @@
-#include "tests/apps/ProgramRun.h"
+#include "tests/TemporaryFolder.h"
 
-#include "apps/thermal/Error.h"
 #include "recordings/PaletteFormats.h"
+
+#include "core/Exception.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,10 +12,9 @@
 namespace {
 
 using testing::HasSubstr;
-using thermal::exportPalette;
-using thermal::importPalette;
-using thermal::Palette;
-using thermal::UsageError;
+using velmo::exp::Exception;
+using velmo::recordings::importPalette;
+using velmo::recordings::Palette;
 
 class PaletteFormats : public testing::Test
 {
@@ -29,7 +29,7 @@ protected:
     {
         try {
             importPalette(write(name, bytes));
-        } catch (const UsageError& error) {
+        } catch (const Exception& error) {
             return error.what();
         }
         return "taken";
@@ -81,35 +81,8 @@ TEST_F(PaletteFormats, SayWhichLineIsWrong)
     EXPECT_THAT(refusal("d.act", std::string(772, '\0')), HasSubstr("1 to 256 colours, this says 0"));
     EXPECT_THAT(refusal("e.lut", std::string(772, 'x')), HasSubstr("772"));
     EXPECT_THAT(refusal("f.txt", "1 2 3"), HasSubstr(".csv"));
-    EXPECT_THROW(importPalette(folder.path() / "missing.csv"), UsageError);
-    EXPECT_THROW(importPalette(folder.path()), UsageError);
-}
-
-TEST_F(PaletteFormats, WrittenPalettesLoadBackToTheSameBytes)
-{
-    const std::string path = folder.path() / "out.xml";
-    Palette palette;
-    for (int n = 0; n < 3 * 256; ++n)
-        palette.push_back(static_cast<unsigned char>(n * 7));
-    const std::string name = "Grün & \"<heiß>\"";
-    exportPalette(path, name, palette);
-    EXPECT_EQ(thermal::loadPaletteFile(path), name);
-    EXPECT_EQ(thermal::findPalette(name), palette);
-
-    for (const char* bad : {"", "a/b", "two\nlines"})
-        EXPECT_THROW(exportPalette(path, bad, palette), UsageError) << bad;
-    EXPECT_THROW(exportPalette(folder.path() / "none" / "out.xml", "A", palette), UsageError);
-    EXPECT_EQ(folder.entries(), std::vector<std::string>{"out.xml"});
-}
-
-TEST_F(PaletteFormats, GoThroughTheProgram)
-{
-    write("two.csv", "0,128,255\n10,20,30\n");
-    EXPECT_EQ(callProgram("palettes import two.csv --name Two --out two.xml", folder.path()).code, 0);
-    EXPECT_EQ(callProgram("palettes export two --file two.xml --out again.xml", folder.path()).code, 0);
-    EXPECT_THAT(callProgram("palettes --csv --file again.xml", folder.path()).output, HasSubstr("two"));
-    EXPECT_EQ(callProgram("palettes export Nowhere --out no.xml", folder.path()).code, 2);
-    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"again.xml", "two.csv", "two.xml"}));
+    EXPECT_THROW(importPalette(folder.path() / "missing.csv"), Exception);
+    EXPECT_THROW(importPalette(folder.path()), Exception);
 }
 
 } // namespace

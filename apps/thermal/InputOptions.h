@@ -1,0 +1,36 @@
+#pragma once
+
+#include "recordings/Frames.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace thermal {
+
+/// What the commands that read a recording have in common on their command line.
+struct InputOptions
+{
+    std::vector<std::string> inputs;
+    std::string raw;    ///< WxH of a raw stream; empty: picture files
+    bool quiet = false; ///< no progress bar
+
+    /// @returns the option of the inputs, so that a command can do without them
+    CLI::Option& addTo(CLI::App& command);
+
+    /// @throws Exception  as recordings::openFrames
+    std::unique_ptr<velmo::recordings::FrameSource> open() const;
+};
+
+/// Hands every frame of the source to `use`, with a progress bar unless `quiet`; an interrupt ends it.
+/// @throws UsageError  if there is no frame at all
+void forEachFrame(velmo::recordings::FrameSource& source, bool quiet,
+                  const std::function<void(velmo::recordings::Frame&)>& use);
+
+} // namespace thermal

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/Export.h"
+
+#include <opencv2/core.hpp>
+
+#include <string>
+#include <vector>
+
+namespace velmo::camera {
+
+/// 0 is a good pixel, other values are flags of the detectors.
+using PixelMap = cv::Mat_<int>;
+
+/// A reason for which a pixel is in a map.
+struct PixelReason
+{
+    const char* name;  ///< for tables
+    unsigned int flag; ///< the detector's
+    cv::Scalar colour; ///< in pictures
+};
+
+VELMO_API const std::vector<PixelReason>& pixelReasons();
+
+/// "spread+monotony"; the value itself where no detector has such a flag.
+VELMO_API std::string reasonsOf(int flags);
+
+/// A line of comma-separated values for each bad pixel under a line of headings: x, y, flags, reasons.
+VELMO_API std::string pixelList(const PixelMap& map);
+
+} // namespace velmo::camera
