@@ -3,7 +3,6 @@
 #include "camera/settings/Parse.h"
 
 #include "core/Exception.h"
-#include "core/physics/DewPoint.h"
 
 #include <utility>
 
@@ -23,18 +22,6 @@ Converter::AirHumidity humidityOf(const Air& air)
 }
 
 } // namespace
-
-Air Air::parse(const std::string& text, const std::string& what)
-{
-    const Form form = {{"CELSIUS", Field::Kind::Number, -80, 200}, {"PERCENT", Field::Kind::Number, 0, 100}};
-    const std::vector<double> values = parseForm(text, what, form);
-    return {static_cast<float>(values[0]), static_cast<float>(values[1])};
-}
-
-float Air::dewPoint() const
-{
-    return exp::DewPoint::calcDewPoint(temperatureOf(*this), humidityOf(*this));
-}
 
 ValueBand ValueBand::parse(const std::string& text, const std::string& what)
 {

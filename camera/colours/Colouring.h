@@ -4,6 +4,7 @@
 #include "camera/Picture.h"
 #include "camera/colours/Palettes.h"
 #include "camera/colours/Range.h"
+#include "camera/temperature/Air.h"
 
 #include "core/Export.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
@@ -12,21 +13,6 @@
 #include <string>
 
 namespace velmo::camera {
-
-/// The air of a room.
-struct VELMO_API Air
-{
-    float celsius;
-    float percent; ///< relative humidity
-
-    /// @param text  CELSIUS:PERCENT
-    /// @param what  begins the message of what is refused
-    /// @throws Exception  for anything else
-    static Air parse(const std::string& text, const std::string& what);
-
-    /// The temperature at which it condenses.
-    float dewPoint() const;
-};
 
 /// Raw values `low` to `high`, both included, in one colour.
 struct VELMO_API ValueBand

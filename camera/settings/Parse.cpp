@@ -3,6 +3,7 @@
 #include "core/Exception.h"
 #include "core/memory/MemoryAcsii.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <sstream>
@@ -18,17 +19,6 @@ constexpr int s32MaxSide = 16384;
 [[noreturn]] void refuse(const std::string& text, const std::string& what, const std::string& wanted)
 {
     VELMO_THROW(what + ": '" + text + "' is not " + wanted);
-}
-
-/// The parts of a text between the separators; one more than there are separators, parts may be empty.
-std::vector<std::string> split(const std::string& text, char separator)
-{
-    std::vector<std::string> parts;
-    std::size_t begin = 0;
-    for (std::size_t end; (end = text.find(separator, begin)) != std::string::npos; begin = end + 1)
-        parts.push_back(text.substr(begin, end - begin));
-    parts.push_back(text.substr(begin));
-    return parts;
 }
 
 std::string fromTo(const std::string& kind, const Field& field)
@@ -73,6 +63,16 @@ double parseField(const std::string& text, const std::string& what, const Field&
 
 } // namespace
 
+std::vector<std::string> split(const std::string& text, char separator)
+{
+    std::vector<std::string> parts;
+    std::size_t begin = 0;
+    for (std::size_t end; (end = text.find(separator, begin)) != std::string::npos; begin = end + 1)
+        parts.push_back(text.substr(begin, end - begin));
+    parts.push_back(text.substr(begin));
+    return parts;
+}
+
 std::string formText(const Form& form, char separator)
 {
     std::string text;
@@ -105,6 +105,12 @@ cv::Size parseSize(const std::string& text, const std::string& what)
                        {"HEIGHT", Field::Kind::Whole, 1, s32MaxSide}};
     const std::vector<double> sides = parseForm(text, what, form, 'x');
     return {static_cast<int>(sides[0]), static_cast<int>(sides[1])};
+}
+
+std::string numberText(double value)
+{
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
 std::string sizeText(cv::Size size)

@@ -12,6 +12,9 @@ namespace velmo::camera {
 // Reads values that people type. Nothing but a whole, complete number is a number; whatever is refused is an
 // Exception that begins with `what`, names the text and says what would be right.
 
+/// The parts of a text between the separators; one more than there are separators, parts may be empty.
+VELMO_API std::vector<std::string> split(const std::string& text, char separator);
+
 /// One part of a form such as GAIN:FACTOR.
 struct Field
 {
@@ -44,6 +47,9 @@ VELMO_API double parseNumber(const std::string& text, const std::string& what, d
 
 /// `WIDTHxHEIGHT`, both from 1 to 16384.
 VELMO_API cv::Size parseSize(const std::string& text, const std::string& what);
+
+/// The shortest text that is read back as the same number.
+VELMO_API std::string numberText(double value);
 
 /// "160x120".
 VELMO_API std::string sizeText(cv::Size size);

@@ -1,0 +1,385 @@
+#include "camera/settings/Parse.h"
+#include "camera/temperature/Thermometer.h"
+#include "core/Exception.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Property;
+using testing::Throws;
+using testing::ThrowsMessage;
+using velmo::camera::airTransmission;
+using velmo::camera::Band;
+using velmo::camera::Degrees;
+using velmo::camera::Radiometry;
+using velmo::camera::Scale;
+using velmo::camera::Thermometer;
+using velmo::exp::Exception;
+
+using Edge = Thermometer::Edge;
+
+constexpr float below = velmo::camera::fBelow;
+
+// Constants of five cameras.
+constexpr const char* plant = "planck:17096.453,1428,1,-488,0.049869";
+constexpr const char* heron = "planck:21106.77,1501,1,-7340,0.012545";
+constexpr const char* flame = "planck:35354.77,1819.3,1,-8320,1.013437";
+constexpr const char* ducks = "planck:16327.723,1424.8,1.35,-6872,0.023158";
+constexpr const char* canopy = "planck:482576,1620.9,1,-1377,1";
+
+TEST(Scale, GivesTheTemperaturesOfItsUnit)
+{
+    // Those of Planck's form were found by bisecting its forward form in double precision.
+    const struct
+    {
+        const char* unit;
+        unsigned short value;
+        double celsius;
+    } cases[] = {
+        {"centikelvin", 0, -273.15},
+        {"centikelvin", 27316, 0.01},
+        {"centikelvin", 30315, 30},
+        {"centikelvin", 65535, 382.2},
+        {"decikelvin", 2931, 19.95},
+        {"kelvin/16", 4784, 25.85},
+        {"kelvin/16", 65535, 3822.7875},
+        {"kelvin/64", 19160, 26.225},
+        {"celsius/10", 32768, 0},
+        {"celsius/10", 33133, 36.5},
+        {"celsius/10", 30037, -273.1},
+        {"celsius/10", 30036, below}, // -273.2
+        {"celsius/10", 65535, 3276.7},
+        {"linear:0.04:-273.15", 7000, 6.85},
+        {"linear:0.1:-1000", 7268, below},
+        {"linear:0.1:-1000", 7269, -273.1},
+        {plant, 0, below},
+        {plant, 488, below},
+        {plant, 489, -161.105928653095},
+        {plant, 3539, 28.713341577590},
+        {plant, 16383, 185.049871782817},
+        {heron, 7340, below},
+        {heron, 7341, -168.446962892685},
+        {heron, 17917, 22.577886567754},
+        {heron, 65535, 168.550339705220},
+        {flame, 8320, below},
+        {flame, 8400, 26.071806325994},
+        {flame, 11527, 462.011363867805},
+        {flame, 65535, 3548.348666955463},
+        {ducks, 6873, -167.343069714972},
+        {ducks, 12679, 23.049412341134},
+        {ducks, 65535, 276.345902825168},
+        {canopy, 1378, -149.293278881806},
+        {canopy, 3854, 34.000936965801},
+        {"planck:1000,1400,0.5,0,1", 1999, 5597626.820822}, // close to where the logarithm is zero
+        {"planck:1000,1400,0.5,0,1", 2000, velmo::camera::fAbove},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(Scale::parse(each.unit).celsius(each.value), static_cast<float>(each.celsius))
+            << each.unit << " " << each.value;
+}
+
+TEST(Scale, IsWrittenBackAsItIsRead)
+{
+    EXPECT_EQ(Scale::parse("counts").text(), "counts");
+    EXPECT_FALSE(Scale::parse("counts").hasDegrees());
+    for (const char* unit : {"centikelvin", "decikelvin", "kelvin/16", "kelvin/64", "celsius/10",
+                             "linear:0.04:-273.15", plant, heron, flame, ducks, canopy}) {
+        EXPECT_EQ(Scale::parse(unit).text(), unit);
+        EXPECT_EQ(Scale::parse(unit).isSigned(), unit == std::string("celsius/10"));
+    }
+    EXPECT_EQ(Scale::parse("linear:1e-2:-2.7315e2").text(), "linear:0.01:-273.15");
+    const std::string text = Scale::linearText(1.0 / 3, -100.1 / 7);
+    EXPECT_EQ(Scale::parse(text).text(), text);
+}
+
+TEST(Scale, RefusesWhatIsNoUnitWithTheValueAndTheLimit)
+{
+    const struct
+    {
+        const char* unit;
+        const char* says;
+    } cases[] = {
+        {"", "centikelvin"},
+        {"kelvin", "'kelvin' is not counts, centikelvin"},
+        {"Centikelvin", "'Centikelvin' is not"},
+        {"kelvin/32", "planck:R1,B,F,O,R2"},
+        {"linear:1", "unit linear: '1' is not GAIN:OFFSET"},
+        {"linear:1:2:3", "is not GAIN:OFFSET"},
+        {"linear:0:20", "GAIN is 0, not above 0"},
+        {"linear:-1:20", "GAIN is -1, not above 0"},
+        {"linear:nan:20", "GAIN: 'nan' is not a number"},
+        {"linear:1:inf", "OFFSET: 'inf' is not a number"},
+        {"linear:1e-7:20", "the values 0 and 1 are both 20.0000"},
+        {"linear:0.001:-1000", "no value from 0 to 65535 has a temperature"},
+        {"planck:1,2,3,4", "unit planck: '1,2,3,4' is not R1,B,F,O,R2"},
+        {"planck:1,2,3,4,5,6", "is not R1,B,F,O,R2"},
+        {"planck:0,1428,1,-488,1", "R1 is 0, not above 0"},
+        {"planck:17000,-1428,1,-488,1", "B is -1428, not above 0"},
+        {"planck:17000,1428,x,-488,1", "F: 'x' is not a number"},
+        {"planck:17000,1428,1,-488,0", "R2 is 0, not above 0"},
+        {"planck:17000,1428,1,-65536,1", "no value from 0 to 65535 has a temperature"},
+        {"planck:17000,1428,1,1e9,1", "in single precision"},
+    };
+    for (const auto& each : cases)
+        EXPECT_THAT([&] { Scale::parse(each.unit); }, ThrowsMessage<Exception>(HasSubstr(each.says)))
+            << each.unit;
+}
+
+TEST(Scale, OfASignedUnitKeepsTheOrderOfTemperatures)
+{
+    // -5.0, -0.1, 0 and 0.1 degrees Celsius in two's complement.
+    std::vector<unsigned short> values = {0xFFCE, 0xFFFF, 0, 1};
+    const Scale scale = Scale::parse("celsius/10");
+    scale.reorder(values);
+    EXPECT_THAT(values, testing::ElementsAre(32718, 32767, 32768, 32769));
+    EXPECT_EQ(scale.celsius(values[0]), -5);
+    scale.reorder(values);
+    Scale::parse("centikelvin").reorder(values);
+    EXPECT_THAT(values, testing::ElementsAre(0xFFCE, 0xFFFF, 0, 1));
+}
+
+TEST(Scale, DoubtsAMedianThatIsNotOfThisWorld)
+{
+    const struct
+    {
+        const char* unit;
+        unsigned short median;
+        const char* says; ///< nothing: no doubt
+    } cases[] = {
+        {"centikelvin", 21315, ""}, // -60
+        {"centikelvin", 21314, "try kelvin/64 (59.9 °C)"},
+        {"centikelvin", 18005,
+         "is -93.1 °C in centikelvin, outside -60.0 °C to 1500.0 °C: try kelvin/64 (8.2 °C) or the camera's "
+         "Planck constants"},
+        {"decikelvin", 30000, "try centikelvin (26.9 °C) or"},
+        {"kelvin/16", 19000, ""}, // nobody can tell
+        {"centikelvin", 4700, "try kelvin/16 (20.6 °C) or"},
+        {"centikelvin", 2950, "try decikelvin (21.9 °C) or"},
+        {"centikelvin", 230, "try celsius/10 (23.0 °C) or"},
+        {"celsius/10", 65000, "try centikelvin (49.2 °C) or"},
+        {flame, 8300, "is below all temperatures"},
+        {flame, 8400, ""},
+        {"linear:1:-250", 5, "try celsius/10 (0.5 °C) or"},
+    };
+    for (const auto& each : cases) {
+        const std::string doubt = Scale::parse(each.unit).doubt(each.median, Degrees::Celsius);
+        EXPECT_THAT(doubt, *each.says ? testing::Matcher<std::string>(HasSubstr(each.says))
+                                      : testing::Matcher<std::string>(""))
+            << each.unit << " " << each.median;
+    }
+    EXPECT_THAT(Scale::parse("centikelvin").doubt(1, Degrees::Fahrenheit),
+                HasSubstr("outside -76.0 °F to 2732.0 °F"));
+}
+
+TEST(Radiometry, SeesTheObjectBehindWhatIsSeen)
+{
+    // Found by bisecting the sum of radiances in double precision.
+    const struct
+    {
+        Radiometry::Settings settings; ///< emissivity, reflected, transmission, air, window's, window
+        const char* band;
+        double object;
+        double apparent;
+        double objectOf30; ///< what looks as warm as a black body of 30 degrees
+    } cases[] = {
+        {{0.98, 20, 1, 20, 1, 20}, "1430", 36.5, 36.193333103016, 30.194502963017},
+        {{0.95, 20, 1, 20, 1, 20}, "1430,1", 60, 58.279549970305, 30.500904061554},
+        {{0.3, 22, 1, 20, 1, 20}, "1430,1", 100, 50.453095754513, 46.687152717093},
+        {{0.9, -40, 0.9, 5, 1, 20}, "1428,1", -10, -10.539286812240, 37.826268696671},
+        {{0.85, 25, 0.92, 15, 0.8, 30}, "1430,1", 150, 112.888123491793, 32.266890077376},
+        {{0.98, 20, 1, 20, 1, 20}, "total", 36.5, 36.195001707398, 30.194017480959},
+        {{0.6, 30, 0.97, 25, 1, 20}, "total", 800, 665.242038499800, 30.251113248949},
+        {{0.93, 10, 1, 20, 1, 20}, "1424.8,1.35", 25, 24.021087782982, 31.358110182083},
+    };
+    for (const auto& each : cases) {
+        const Radiometry radiometry(each.settings, Band::parse(each.band));
+        EXPECT_NEAR(radiometry.apparent(each.object), each.apparent, 1e-8) << each.object;
+        EXPECT_NEAR(radiometry.object(each.apparent), each.object, 1e-8) << each.object;
+        EXPECT_NEAR(radiometry.object(30), each.objectOf30, 1e-8) << each.object;
+    }
+}
+
+TEST(Radiometry, HasNoNumberForWhatLiesOutsideTheFormula)
+{
+    Radiometry::Settings mirror;
+    mirror.emissivity = 0.1;
+    const Radiometry radiometry(mirror, Band());
+    EXPECT_EQ(radiometry.object(10), below); // less than the surroundings alone send
+    EXPECT_EQ(radiometry.object(below), below);
+    EXPECT_EQ(radiometry.object(velmo::camera::fAbove), velmo::camera::fAbove);
+    // With F above 1 there is a temperature without end: 1430 / ln 1.35 K.
+    EXPECT_EQ(Radiometry(mirror, Band::parse("1430,1.35")).object(4600), velmo::camera::fAbove);
+    EXPECT_EQ(Radiometry(mirror, Band::parse("1430,0.5")).object(3000), velmo::camera::fAbove);
+    EXPECT_TRUE(Radiometry().changesNothing());
+    EXPECT_EQ(Radiometry().object(-270), -270);
+}
+
+TEST(Radiometry, RefusesValuesBeyondTheirLimits)
+{
+    const struct
+    {
+        Radiometry::Settings settings;
+        const char* says;
+    } cases[] = {
+        {{0.009}, "emissivity: 0.009 is not from 0.01 to 1"},
+        {{1.01}, "emissivity: 1.01"},
+        {{std::nan("")}, "emissivity: nan"},
+        {{1, -274}, "reflected temperature: -274 °C"},
+        {{1, 5000}, "beyond what the band 1430,1.35 knows"},
+        {{1, 20, 0}, "transmission: 0 is"},
+        {{1, 20, 1, INFINITY}, "temperature of the air: inf"},
+        {{1, 20, 1, 20, 2}, "transmission of the window: 2"},
+        {{1, 20, 1, 20, 1, -300}, "temperature of the window: -300"},
+    };
+    for (const auto& each : cases)
+        EXPECT_THAT([&] { Radiometry(each.settings, Band::parse("1430,1.35")); },
+                    ThrowsMessage<Exception>(HasSubstr(each.says)))
+            << each.says;
+    for (const char* band : {"", "0", "-1", "1430,1,1", "1430,", "Total", "nan"})
+        EXPECT_THROW(Band::parse(band), Exception) << band;
+}
+
+TEST(Radiometry, KnowsWhatAirLetsThrough)
+{
+    const struct
+    {
+        double metres, celsius, percent, share;
+    } cases[] = {{0, 20, 50, 1},
+                 {1, 20, 50, 0.993943136363},
+                 {10, 20, 50, 0.980698695604},
+                 {100, 20, 50, 0.937454651438},
+                 {100, -10, 80, 0.966533012751},
+                 {1000, 20, 50, 0.786085214356},
+                 {50, 35, 95, 0.902798811560}};
+    for (const auto& each : cases)
+        EXPECT_NEAR(airTransmission(each.metres, each.celsius, each.percent), each.share, 1e-12)
+            << each.metres;
+    // The form falls below zero on a long way through wet heat.
+    EXPECT_THAT([] { airTransmission(2000, 40, 100); },
+                ThrowsMessage<Exception>(AllOf(HasSubstr("2000 m"), HasSubstr("-1.38"))));
+}
+
+TEST(Scale, OfObjectsGivesTheirTemperatures)
+{
+    Radiometry::Settings settings;
+    settings.emissivity = 0.95;
+    const Scale scale = Scale::parse("centikelvin").ofObjects(Radiometry(settings, Band()));
+    EXPECT_EQ(scale.text(), "centikelvin");
+    EXPECT_NEAR(scale.celsius(30315), 30.500904, 1e-5);
+    EXPECT_EQ(scale.celsius(5000), below); // colder than what is mirrored
+    EXPECT_GT(scale.first(), 5000);
+    EXPECT_THROW(Scale().ofObjects(Radiometry(settings, Band())), Exception);
+}
+
+TEST(Thermometer, TurnsDegreesIntoValues)
+{
+    const struct
+    {
+        const char* unit;
+        Degrees::Kind degrees;
+        const char* typed;
+        Edge edge;
+        int value;
+    } cases[] = {
+        {"centikelvin", Degrees::Celsius, "30.15", Edge::AtOrAbove, 30330},
+        {"centikelvin", Degrees::Celsius, "30.15", Edge::AtOrBelow, 30330},
+        {"centikelvin", Degrees::Celsius, "30.15", Edge::Above, 30331},
+        {"centikelvin", Degrees::Celsius, "30.15", Edge::Below, 30329},
+        {"centikelvin", Degrees::Celsius, "30.155", Edge::AtOrAbove, 30331},
+        {"centikelvin", Degrees::Celsius, "30.155", Edge::AtOrBelow, 30330},
+        {"centikelvin", Degrees::Kelvin, "303.3", Edge::AtOrAbove, 30330},
+        {"centikelvin", Degrees::Fahrenheit, "86.27", Edge::AtOrBelow, 30330},
+        {"centikelvin", Degrees::Celsius, "7000n", Edge::AtOrAbove, 7000},
+        {"centikelvin", Degrees::Celsius, "7000n", Edge::Above, 7001},
+        {"centikelvin", Degrees::Celsius, "-273.15", Edge::AtOrAbove, 0},
+        {"centikelvin", Degrees::Kelvin, "0", Edge::AtOrAbove, 0},
+        {"counts", Degrees::Celsius, "7000", Edge::AtOrAbove, 7000},
+        {"counts", Degrees::Celsius, "7000n", Edge::Below, 6999},
+        {"counts", Degrees::Celsius, "7000.5", Edge::Above, 7001},
+        {"kelvin/16", Degrees::Celsius, "20", Edge::AtOrAbove, 4691}, // 20.0375
+        {"kelvin/16", Degrees::Celsius, "20", Edge::AtOrBelow, 4690}, // 19.975
+        {"celsius/10", Degrees::Celsius, "-0.1", Edge::AtOrBelow, 32767},
+        {flame, Degrees::Celsius, "-200", Edge::AtOrAbove, 8321},
+        {flame, Degrees::Celsius, "-200", Edge::Below, 8320},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(
+            Thermometer(Scale::parse(each.unit), each.degrees).valueOf(each.typed, each.edge, "--range"),
+            each.value)
+            << each.unit << " " << each.typed;
+}
+
+TEST(Thermometer, FindsEveryValueByWhatItReads)
+{
+    for (const char* unit : {"centikelvin", "decikelvin", "kelvin/16", "celsius/10", plant, heron, flame})
+        for (const Degrees degrees : {Degrees::Celsius, Degrees::Kelvin, Degrees::Fahrenheit}) {
+            const Thermometer meter(Scale::parse(unit), degrees);
+            for (int value = meter.scale().first(); value <= meter.scale().last(); value += 97) {
+                const auto number = velmo::camera::numberText(meter.read(static_cast<unsigned short>(value)));
+                for (const Edge edge : {Edge::AtOrAbove, Edge::AtOrBelow})
+                    ASSERT_EQ(meter.valueOf(number, edge, "x"), value) << unit << " " << number;
+            }
+        }
+}
+
+TEST(Thermometer, RefusesWhatTheScaleDoesNotReach)
+{
+    const struct
+    {
+        const char* unit;
+        const char* typed;
+        Edge edge;
+        const char* says;
+    } cases[] = {
+        {"centikelvin", "400", Edge::AtOrAbove,
+         "--range: no value is from '400'; centikelvin goes from -273.1 °C to 382.2 °C"},
+        {"centikelvin", "382.2", Edge::Above, "no value is above '382.2'"},
+        {"centikelvin", "-273.15", Edge::Below, "no value is below '-273.15'"},
+        {flame, "-150", Edge::AtOrBelow, "no value is up to '-150'"},
+        {"centikelvin", "-274", Edge::AtOrAbove, "--range: '-274' is not a number from -273.15"},
+        {"centikelvin", "30C", Edge::AtOrAbove, "'30C' is not a number"},
+        {"centikelvin", "65536n", Edge::AtOrAbove, "not a number from 0 to 65535"},
+        {"counts", "65535", Edge::Above, "no value is above '65535'; counts goes from 0 to 65535"},
+        {"counts", "7n0n", Edge::Above, "is not a number"},
+    };
+    for (const auto& each : cases)
+        EXPECT_THAT([&] { Thermometer(Scale::parse(each.unit)).valueOf(each.typed, each.edge, "--range"); },
+                    Throws<std::exception>(Property(&std::exception::what, HasSubstr(each.says))))
+            << each.unit << " " << each.typed;
+}
+
+TEST(Thermometer, SaysWhatAValueIs)
+{
+    const Thermometer counts, meter(Scale::parse(flame)),
+        kelvin(Scale::parse("centikelvin"), Degrees::Kelvin),
+        fahrenheit(Scale::parse("centikelvin"), Degrees::Fahrenheit);
+    EXPECT_EQ(counts.text(27315), "27315");
+    EXPECT_EQ(meter.text(meter.read(11527)), "462.0 °C");
+    EXPECT_EQ(meter.text(meter.read(8320)), "below");
+    EXPECT_EQ(kelvin.text(kelvin.read(30015), 2), "300.15 K");
+    EXPECT_EQ(fahrenheit.text(fahrenheit.read(27315)), "32.0 °F");
+    EXPECT_EQ(counts.unit() + counts.key(), "");
+    EXPECT_EQ(fahrenheit.unit() + fahrenheit.key(), " °F_fahrenheit");
+}
+
+TEST(Thermometer, ReadsDifferencesWithoutAZeroPoint)
+{
+    const auto difference = [](const char* unit, Degrees degrees, unsigned short around) {
+        return Thermometer(Scale::parse(unit), degrees).readDifference(10, around);
+    };
+    EXPECT_EQ(difference("counts", Degrees::Celsius, 5), 10);
+    EXPECT_NEAR(difference("centikelvin", Degrees::Celsius, 30000), 0.1, 1e-4);
+    EXPECT_NEAR(difference("centikelvin", Degrees::Kelvin, 65535), 0.1, 1e-4);
+    EXPECT_NEAR(difference("centikelvin", Degrees::Fahrenheit, 0), 0.18, 1e-4);
+    // By the derivative of Planck's form at 28.7133 °C.
+    EXPECT_NEAR(difference(plant, Degrees::Celsius, 3539), 0.207301, 1e-4);
+    EXPECT_EQ(difference(plant, Degrees::Celsius, 100), 0);
+}
+
+} // namespace
