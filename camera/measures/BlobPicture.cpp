@@ -1,6 +1,7 @@
 #include "camera/measures/BlobPicture.h"
 
 #include "camera/drawing/Enlarge.h"
+#include "camera/drawing/MarkColour.h"
 #include "camera/drawing/Text.h"
 
 #include <opencv2/imgproc.hpp>
@@ -27,22 +28,11 @@ cv::Vec3b colourFrom(std::uint64_t state)
     return colour;
 }
 
-/// Bright colours far from each other for labels that follow each other.
-cv::Vec3b wantedFor(unsigned label)
-{
-    constexpr unsigned golden = 111; // of 180 hues: never close to one of the last few
-    constexpr unsigned green = 129;  // from there label 1 is green
-    const auto hue = static_cast<unsigned char>((label % 180 * golden + green) % 180);
-    Picture colour(1, 1, cv::Vec3b(hue, 160, 255));
-    cv::cvtColor(colour, colour, cv::COLOR_HSV2BGR);
-    return colour(0, 0);
-}
-
 /// A state from which a drawing begins with about the wanted colour.
 std::uint64_t stateFor(unsigned label)
 {
     constexpr int close = 48;
-    const cv::Vec3b wanted = wantedFor(label);
+    const cv::Vec3b wanted = markColour(label);
     std::uint64_t state = label + 1;
     // One of some fifty does.
     while (cv::norm(colourFrom(state), wanted, cv::NORM_INF) > close)

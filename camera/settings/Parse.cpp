@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iomanip>
 #include <sstream>
 
 namespace velmo::camera {
@@ -111,6 +112,13 @@ std::string numberText(double value)
 {
     std::array<char, 32> text{};
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+std::string numberText(double value, int decimals)
+{
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(decimals) << value;
+    return text.str();
 }
 
 std::string sizeText(cv::Size size)

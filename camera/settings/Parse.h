@@ -51,6 +51,9 @@ VELMO_API cv::Size parseSize(const std::string& text, const std::string& what);
 /// The shortest text that is read back as the same number.
 VELMO_API std::string numberText(double value);
 
+/// With so many digits after the point.
+VELMO_API std::string numberText(double value, int decimals);
+
 /// "160x120".
 VELMO_API std::string sizeText(cv::Size size);
 

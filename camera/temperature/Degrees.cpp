@@ -1,10 +1,10 @@
 #include "camera/temperature/Degrees.h"
 
+#include "camera/settings/Parse.h"
 #include "core/Exception.h"
 
 #include <array>
 #include <cmath>
-#include <cstdio>
 
 namespace velmo::camera {
 namespace {
@@ -65,9 +65,7 @@ std::string degreesText(double degrees, int decimals)
 {
     if (std::isinf(degrees))
         return degrees < 0 ? "below" : "above";
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.*f", decimals, degrees);
-    return text.data();
+    return numberText(degrees, decimals);
 }
 
 } // namespace velmo::camera
