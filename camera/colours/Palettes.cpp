@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 
 namespace velmo::camera {
 namespace {
@@ -46,6 +47,25 @@ Palette findPalette(const std::string& name)
     if (found == names.end())
         VELMO_THROW("there is no palette '" + name + "'; there are " + listed(names));
     return ColorPaletteManager::getPaletteColors(*found);
+}
+
+std::vector<cv::Vec3b> expandPalette(const Palette& palette, int colours)
+{
+    if (palette.size() < 3)
+        VELMO_THROW("a palette needs at least one colour");
+    const std::int64_t last = static_cast<std::int64_t>(palette.size() / 3) - 1;
+    const std::int64_t steps = std::max(colours - 1, 1);
+    std::vector<cv::Vec3b> expanded(static_cast<std::size_t>(colours));
+    for (std::int64_t n = 0; n < colours; ++n) {
+        // In whole numbers: n * last / steps of the way, to the nearest, halves up.
+        const std::int64_t left = n * last / steps, part = n * last % steps;
+        const unsigned char* const a = palette.data() + 3 * left;
+        const unsigned char* const b = left < last ? a + 3 : a;
+        for (int channel = 0; channel < 3; ++channel)
+            expanded[static_cast<std::size_t>(n)][2 - channel] = static_cast<unsigned char>(
+                (2 * (a[channel] * (steps - part) + b[channel] * part) + steps) / (2 * steps));
+    }
+    return expanded;
 }
 
 } // namespace velmo::camera

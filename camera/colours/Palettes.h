@@ -2,6 +2,8 @@
 
 #include "core/Export.h"
 
+#include <opencv2/core.hpp>
+
 #include <string>
 #include <vector>
 
@@ -16,5 +18,12 @@ VELMO_API std::vector<std::string> paletteNames();
 /// The palette of this name; case does not matter.
 /// @throws Exception  that lists the names there are
 VELMO_API Palette findPalette(const std::string& name);
+
+/// The palette as so many colours (blue, green, red), linear between its points: the first colour is its
+/// first point, the last its last, the rest stands evenly between them.
+///
+/// @param colours  1 or more; one is the first point
+/// @throws Exception  for a palette without points
+VELMO_API std::vector<cv::Vec3b> expandPalette(const Palette& palette, int colours);
 
 } // namespace velmo::camera
