@@ -1,38 +1,21 @@
 #include "recordings/PictureSink.h"
 
 #include "recordings/FileList.h"
+#include "recordings/Films.h"
 #include "recordings/PartialPath.h"
+#include "recordings/PngFile.h"
 
 #include "core/Exception.h"
-
-#include <opencv2/imgcodecs.hpp>
-#include <opencv2/videoio.hpp>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <utility>
 
 namespace velmo::recordings {
 namespace {
 
 namespace fs = std::filesystem;
-
-void save(const fs::path& file, const cv::Mat& picture, const std::string& target)
-{
-    bool written = false;
-    try {
-        // A third smaller than what OpenCV chooses when nothing is said.
-        written = cv::imwrite(
-            file.string(), picture,
-            {cv::IMWRITE_PNG_STRATEGY, cv::IMWRITE_PNG_STRATEGY_DEFAULT, cv::IMWRITE_PNG_COMPRESSION, 6});
-    } catch (const cv::Exception&) {
-        written = false;
-    }
-    if (!written)
-        VELMO_THROW(target + ": cannot be written");
-}
 
 /// A place that a file can take: not a folder, a device or the like.
 void requireFilePlace(const std::string& path)
@@ -56,7 +39,7 @@ public:
     {
         if (m_bWritten)
             refuseMany();
-        save(m_oPartial.path(), picture, m_strPath);
+        writePng({m_oPartial.path(), m_strPath}, picture);
         m_bWritten = true;
     }
 
@@ -65,7 +48,8 @@ public:
 private:
     [[noreturn]] void refuseMany() const
     {
-        VELMO_THROW(m_strPath + ": holds one picture, there are more; name a folder or an .avi");
+        VELMO_THROW(m_strPath +
+                    ": holds one picture, there are more; name a folder or a film (.mp4, .mkv, .avi)");
     }
 
     std::string m_strPath;
@@ -95,52 +79,43 @@ private:
 class Film : public PictureSink
 {
 public:
-    Film(const std::string& path, double fps) : m_strPath(path), m_oPartial(path), m_dFps(fps)
+    Film(const std::string& path, FilmFormat::Container container, double fps) : m_oPartial(path)
     {
         requireFilePlace(path);
+        FilmFormat format;
+        format.container = container;
+        format.fps = fps;
+        m_pFilm = films().create({m_oPartial.path(), path}, format);
     }
 
-    void write(const cv::Mat& picture) override
-    {
-        if (!m_oWriter.isOpened())
-            open(picture.size());
-        if (picture.size() != m_oSize)
-            VELMO_THROW(m_strPath + ": a film has pictures of one size; name a folder instead");
-        m_oWriter.write(picture);
-    }
+    void write(const cv::Mat& picture) override { m_pFilm->write(picture); }
 
     void finish() override
     {
-        m_oWriter.release();
-        std::error_code error;
-        // The writer itself never says that the disk is full.
-        if (fs::file_size(m_oPartial.path(), error) == 0 || error)
-            VELMO_THROW(m_strPath + ": cannot be written");
+        m_pFilm->finish();
         m_oPartial.keep();
     }
 
 private:
-    void open(cv::Size size)
-    {
-        m_oSize = size;
-        // OpenCV's own writer: there on every machine, whatever codecs that has.
-        m_oWriter.open(m_oPartial.path().string(), cv::CAP_OPENCV_MJPEG,
-                       cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), m_dFps, size);
-        if (!m_oWriter.isOpened())
-            VELMO_THROW(m_strPath + ": cannot be written");
-    }
-
-    std::string m_strPath;
     PartialPath m_oPartial;
-    double m_dFps;
-    cv::Size m_oSize;
-    cv::VideoWriter m_oWriter;
+    std::unique_ptr<ImageWriter> m_pFilm;
 };
+
+std::optional<FilmFormat::Container> containerOf(const std::string& ending)
+{
+    if (ending == ".avi")
+        return FilmFormat::Container::Avi;
+    if (ending == ".mkv")
+        return FilmFormat::Container::Mkv;
+    if (ending == ".mp4")
+        return FilmFormat::Container::Mp4;
+    return std::nullopt;
+}
 
 bool isOtherPictureOrFilm(const std::string& ending)
 {
-    const char* const endings[] = {".jpg", ".jpeg", ".bmp", ".gif", ".tif", ".tiff", ".pgm",
-                                   ".ppm", ".webp", ".mp4", ".mkv", ".mov", ".webm"};
+    const char* const endings[] = {".jpg", ".jpeg", ".bmp",  ".gif", ".tif", ".tiff",
+                                   ".pgm", ".ppm",  ".webp", ".mov", ".webm"};
     return std::find(std::begin(endings), std::end(endings), ending) != std::end(endings);
 }
 
@@ -161,7 +136,7 @@ PictureFolder::~PictureFolder() = default;
 
 void PictureFolder::write(const std::string& name, const cv::Mat& picture)
 {
-    save(m_pPartial->path() / name, picture, m_strPath);
+    writePng({m_pPartial->path() / name, m_strPath}, picture);
 }
 
 void PictureFolder::finish()
@@ -175,16 +150,16 @@ std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std
     const std::string ending = fs::is_directory(path) ? "" : endingOf(path);
     if (ending == ".png")
         return std::make_unique<OnePicture>(path, expected);
-    if (ending == ".avi")
-        return std::make_unique<Film>(path, fps);
+    if (const auto container = containerOf(ending))
+        return std::make_unique<Film>(path, *container, fps);
     if (path.empty() || isOtherPictureOrFilm(ending))
-        VELMO_THROW("'" + path + "': pictures go to a .png, an .avi or a folder");
+        VELMO_THROW("'" + path + "': pictures go to a .png, a film (.mp4, .mkv, .avi) or a folder");
     return std::make_unique<NumberedPictures>(path);
 }
 
 std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optional<std::size_t> expected)
 {
-    if (!fs::is_directory(path) && endingOf(path) == ".avi")
+    if (!fs::is_directory(path) && containerOf(endingOf(path)))
         VELMO_THROW("'" + path + "': frames of 16 bits go to a .png or a folder");
     return openSink(path, expected, 1);
 }

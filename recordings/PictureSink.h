@@ -44,9 +44,10 @@ private:
     std::unique_ptr<PartialPath> m_pPartial;
 };
 
-/// @param path      a .png for one picture, an .avi, or else a folder: frame_0000.png and so on
+/// @param path      a .png for one picture, a film (.mp4, .mkv, .avi), or else a folder: frame_0000.png and
+/// so on
 /// @param expected  how many pictures will come, if that is known
-/// @param fps       pictures per second of an .avi
+/// @param fps       pictures per second of a film
 /// @throws Exception  that names the path, if it cannot take the pictures
 std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std::size_t> expected,
                                       double fps);

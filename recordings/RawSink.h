@@ -1,10 +1,10 @@
 #pragma once
 
+#include "recordings/OutputFile.h"
 #include "recordings/PartialPath.h"
 
 #include <opencv2/core.hpp>
 
-#include <fstream>
 #include <string>
 
 namespace velmo::recordings {
@@ -22,11 +22,8 @@ public:
     void finish();
 
 private:
-    void requireGood() const;
-
-    std::string m_strPath;
     PartialPath m_oPartial;
-    std::ofstream m_oFile;
+    OutputFile m_oFile;
 };
 
 /// A whole file of these bytes.

@@ -21,7 +21,7 @@ RawStream::RawStream(std::vector<std::string> files, std::size_t bytesPerFrame, 
     m_nCount = frames;
 }
 
-bool RawStream::next(std::vector<unsigned char>& bytes)
+bool RawStream::next(unsigned char* bytes)
 {
     while (m_nNext < m_vecFiles.size() || m_oFile.is_open()) {
         if (!m_oFile.is_open())
@@ -50,16 +50,15 @@ void RawStream::openNext()
         VELMO_THROW(m_strOpen + ": cannot be read");
 }
 
-bool RawStream::read(std::vector<unsigned char>& bytes)
+bool RawStream::read(unsigned char* bytes)
 {
-    bytes.resize(m_nBytesPerFrame);
-    m_oFile.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    m_oFile.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(m_nBytesPerFrame));
     const auto got = static_cast<std::size_t>(m_oFile.gcount());
     // A camera that is switched off stops anywhere; its frames so far are good.
-    if (got > 0 && got < bytes.size())
+    if (got > 0 && got < m_nBytesPerFrame)
         m_strRemark = m_strOpen + ": the last frame is cut off (" + std::to_string(got) + " of " +
-                      std::to_string(bytes.size()) + " bytes) and left out";
-    return got == bytes.size();
+                      std::to_string(m_nBytesPerFrame) + " bytes) and left out";
+    return got == m_nBytesPerFrame;
 }
 
 } // namespace velmo::recordings

@@ -17,8 +17,9 @@ public:
     RawStream(std::vector<std::string> files, std::size_t bytesPerFrame, std::string frameName);
 
     /// The next frame; false after the last one.
+    /// @param bytes  room for one frame
     /// @throws Exception  that names the file, if it cannot be read
-    bool next(std::vector<unsigned char>& bytes);
+    bool next(unsigned char* bytes);
 
     /// Known only if all of them are files: a pipe has no size.
     std::optional<std::size_t> count() const { return m_nCount; }
@@ -29,7 +30,7 @@ public:
 private:
     std::size_t countIn(const std::string& file) const;
     void openNext();
-    bool read(std::vector<unsigned char>& bytes);
+    bool read(unsigned char* bytes);
 
     std::vector<std::string> m_vecFiles;
     std::size_t m_nBytesPerFrame;

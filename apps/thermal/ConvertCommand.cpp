@@ -87,10 +87,8 @@ public:
 
     bool next(cv::Mat& image) override
     {
-        if (!m_oStream.next(m_vecBytes))
-            return false;
-        image = cv::Mat(m_oSize, CV_8UC(m_oLayout.bytesPerPixel), m_vecBytes.data());
-        return true;
+        image = cv::Mat(m_oSize, CV_8UC(m_oLayout.bytesPerPixel));
+        return m_oStream.next(image.data);
     }
 
     std::optional<std::size_t> count() const override { return m_oStream.count(); }
@@ -109,7 +107,6 @@ private:
     const Layout& m_oLayout;
     cv::Size m_oSize;
     RawStream m_oStream;
-    std::vector<unsigned char> m_vecBytes;
 };
 
 class PictureColours : public ColourSource
@@ -228,7 +225,8 @@ void addConvertCommand(CLI::App& program)
         ->type_name("LAYOUT");
     command
         .add_option("--out", options->out,
-                    "Where pictures go: a .png for one, an .avi, or a folder; or the file for raw frames")
+                    "Where pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder; or the file "
+                    "for raw frames")
         ->required()
         ->type_name("PATH");
     addFps(command, options->fps);

@@ -6,6 +6,28 @@
 #include <CLI/App.hpp>
 
 namespace thermal {
+namespace {
+
+using velmo::recordings::RawFormat;
+
+RawFormat parseRawFormat(const std::string& text)
+{
+    const std::string ending = ":be";
+    const bool bigEndian =
+        text.size() > ending.size() && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+    const std::string size = bigEndian ? text.substr(0, text.size() - ending.size()) : text;
+    return {velmo::camera::parseSize(size, "--raw"), bigEndian};
+}
+
+cv::Range parseRows(const std::string& text)
+{
+    const auto ends = velmo::camera::parseForm(text, "--rows", {{"A", {}, 0, 16384}, {"B", {}, 0, 16384}});
+    if (ends[0] >= ends[1])
+        throw UsageError("--rows: '" + text + "' has no row: B is the first that is left out");
+    return {static_cast<int>(ends[0]), static_cast<int>(ends[1])};
+}
+
+} // namespace
 
 CLI::Option& InputOptions::addTo(CLI::App& command)
 {
@@ -13,11 +35,18 @@ CLI::Option& InputOptions::addTo(CLI::App& command)
         *command
              .add_option(
                  "INPUT", inputs,
-                 "16-bit PGM, PNG or TIFF files, a folder of them, or a quoted pattern like 'run/*.pgm'; "
-                 "with --raw also raw files, or - for standard input")
+                 "16-bit PGM, PNG, TIFF or .npy files, a folder of them, a quoted pattern like 'run/*.pgm', "
+                 "or a film of grey values; with --raw raw files, or - for standard input")
              ->required();
-    command.add_option("--raw", raw, "The inputs are raw frames of this size, 16-bit little-endian values")
-        ->type_name("WxH");
+    command
+        .add_option("--raw", raw,
+                    "The inputs are raw frames of this size, 16-bit values, low byte first; with :be the "
+                    "high one")
+        ->type_name("WxH[:be]");
+    command
+        .add_option("--rows", rows,
+                    "Only the rows from A to before B are picture: for cameras that add rows of telemetry")
+        ->type_name("A:B");
     addQuiet(command, quiet);
     return option;
 }
@@ -28,10 +57,12 @@ std::unique_ptr<velmo::recordings::FrameSource> InputOptions::open() const
         for (const std::string& input : inputs)
             if (input == "-")
                 throw UsageError("standard input is read as raw frames: give their size with --raw WxH");
-    std::optional<cv::Size> size;
+    velmo::recordings::ReadOptions options;
     if (!raw.empty())
-        size = velmo::camera::parseSize(raw, "--raw");
-    return velmo::recordings::openFrames(inputs, size);
+        options.raw = parseRawFormat(raw);
+    if (!rows.empty())
+        options.rows = parseRows(rows);
+    return velmo::recordings::openFrames(inputs, options);
 }
 
 void forEachFrame(velmo::recordings::FrameSource& source, bool quiet,

@@ -18,7 +18,8 @@ namespace thermal {
 struct InputOptions
 {
     std::vector<std::string> inputs;
-    std::string raw;    ///< WxH of a raw stream; empty: picture files
+    std::string raw;    ///< WxH[:be] of a raw stream; empty: files of their own formats
+    std::string rows;   ///< A:B; empty: all of them
     bool quiet = false; ///< no progress bar
 
     /// @returns the option of the inputs, so that a command can do without them

@@ -6,7 +6,9 @@ namespace thermal {
 
 void OutputOptions::addTo(CLI::App& command)
 {
-    command.add_option("--out", out, "Where the pictures go: a .png for one, an .avi, or a folder")
+    command
+        .add_option("--out", out,
+                    "Where the pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder")
         ->required()
         ->type_name("PATH");
     command.add_option("--scale", scale, "Enlarge N times")
@@ -18,7 +20,7 @@ void OutputOptions::addTo(CLI::App& command)
 
 void addFps(CLI::App& command, double& fps)
 {
-    command.add_option("--fps", fps, "Pictures per second of an .avi")
+    command.add_option("--fps", fps, "Pictures per second of a film")
         ->check(CLI::Range(0.1, 240.0))
         ->capture_default_str()
         ->type_name("N");

@@ -111,7 +111,7 @@ TEST_F(Convert, SaysWhatIsWrongInOneLineAndLeavesNothing)
         {"frame --raw 2x1 --from uyvy --to jpg --out a.png", "jpg"},
         {"frame --raw 2x1 --from uyvy --to png --out a.jpg", "a.jpg"},
         {"frame --raw 1x1 --from uyvy --to png --out a.png", "1x1"},
-        {"frame --from png --to yuv2 --out a", "frame: not a picture"},
+        {"frame --from png --to yuv2 --out a", "frame: not a PNG, JPEG"},
         {"frame --raw 2x1 --from png --to yuv2 --out a", "--raw"},
         {"nine --raw 3x1 --from ycbcr --to yuv2 --out a", "3x1"},
         {"nine --raw 3x1 --from ycbcr --to ycbcr --out a", "--to ycbcr"},

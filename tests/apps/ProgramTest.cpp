@@ -103,6 +103,7 @@ TEST_F(Program, RefusesBadFilesInOneLineAndLeavesNothing)
     std::ofstream(folder.path() / "run/run_1.png", std::ios::binary) << "no picture";
     expectRefusal("render run --out o", "run_1.png");
     expectRefusal("render run --out o.avi", "run_1.png");
+    std::filesystem::remove(folder.path() / "run/run_1.png");
     std::filesystem::resize_file(folder.path() / "run/run_0.png", 300);
     expectRefusal("render run --out o", "run_0.png");
 

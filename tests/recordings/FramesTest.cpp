@@ -32,6 +32,13 @@ TEST(FileList, NumbersCountAsNumbers)
                 ElementsAre("e", "f_", "f_002.pgm", "f_2.pgm", "f_2b.pgm", "f_9.pgm", "f_10", "f_10.pgm"));
 }
 
+velmo::recordings::ReadOptions raw(int width, int height, bool bigEndian = false)
+{
+    velmo::recordings::ReadOptions options;
+    options.raw = {cv::Size(width, height), bigEndian};
+    return options;
+}
+
 class Frames : public testing::Test
 {
 protected:
@@ -40,12 +47,13 @@ protected:
         std::ofstream(folder.path() / name, std::ios::binary) << bytes;
     }
 
-    std::vector<Frame> read(const std::vector<std::string>& names, const std::optional<cv::Size>& raw = {})
+    std::vector<Frame> read(const std::vector<std::string>& names,
+                            const velmo::recordings::ReadOptions& options = {})
     {
         std::vector<std::string> inputs;
         for (const std::string& name : names)
             inputs.push_back(folder.path() / name);
-        const auto source = velmo::recordings::openFrames(inputs, raw);
+        const auto source = velmo::recordings::openFrames(inputs, options);
         std::vector<Frame> frames;
         for (Frame frame; source->next(frame);)
             frames.push_back(frame);
@@ -84,7 +92,7 @@ TEST_F(Frames, OfEveryFormatHoldTheValuesOfTheFile)
 TEST_F(Frames, OfARawFileAreLittleEndianAndOneBehindTheOther)
 {
     write("a.raw", std::string("\x01\x02\xFF\x00\x00\x80\xFF\xFF", 8));
-    const std::vector<Frame> frames = read({"a.raw", "a.raw"}, cv::Size(2, 1));
+    const std::vector<Frame> frames = read({"a.raw", "a.raw"}, raw(2, 1));
     ASSERT_EQ(frames.size(), 4U);
     EXPECT_EQ(cv::norm(frames[0], pixels(0x0201, 0x00FF), cv::NORM_INF), 0);
     EXPECT_EQ(cv::norm(frames[3], pixels(0x8000, 0xFFFF), cv::NORM_INF), 0);
@@ -102,7 +110,7 @@ TEST_F(Frames, ThatCannotBeReadAreNamed)
         } catch (const Exception& error) {
             EXPECT_THAT(error.what(), testing::HasSubstr(name));
         }
-    EXPECT_THROW(read({"empty.raw"}, cv::Size(4, 4)), Exception);
+    EXPECT_THROW(read({"empty.raw"}, raw(4, 4)), Exception);
 }
 
 } // namespace

@@ -63,7 +63,7 @@ TEST(Sink, RefusesPlacesThatCannotTakeIt)
     std::filesystem::create_directory(folder.path() / "folder");
     cv::imwrite(folder.path() / "file.png", cv::Mat(1, 1, CV_8U));
     std::filesystem::rename(folder.path() / "file.png", folder.path() / "file");
-    for (const char* name : {"file", "a.mp4", "nowhere/a.png", "nowhere/a", "file/a.png"})
+    for (const char* name : {"file", "a.mov", "nowhere/a.png", "nowhere/a", "file/a.png"})
         EXPECT_THROW(velmo::recordings::openSink(folder.path() / name, std::nullopt, 9), Exception) << name;
     EXPECT_THROW(velmo::recordings::openSink("/dev/null", std::nullopt, 9), Exception);
     EXPECT_THROW(velmo::recordings::openSink(folder.path() / "a.png", 2, 9), Exception);

@@ -1,0 +1,68 @@
+#pragma once
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace velmo::recordings {
+
+/// What the FFmpeg libraries hand out, freed with the object.
+template <class T, void (*destroy)(T**)>
+struct Freed
+{
+    void operator()(T* object) const { destroy(&object); }
+};
+
+using Codec = std::unique_ptr<AVCodecContext, Freed<AVCodecContext, avcodec_free_context>>;
+using Packet = std::unique_ptr<AVPacket, Freed<AVPacket, av_packet_free>>;
+using Image = std::unique_ptr<AVFrame, Freed<AVFrame, av_frame_free>>;
+
+/// @throws Exception  with the reason, if `code` is an error
+int require(int code, const std::string& name);
+
+/// An open file as the libraries read and write it.
+class LibavFile
+{
+public:
+    LibavFile(std::FILE* file, bool writing);
+    ~LibavFile();
+    LibavFile(const LibavFile&) = delete;
+    LibavFile& operator=(const LibavFile&) = delete;
+
+    AVIOContext* get() const { return m_pContext; }
+
+private:
+    AVIOContext* m_pContext;
+};
+
+/// A container opened for reading; its packets are read one by one.
+class LibavInput
+{
+public:
+    /// @param file  stays open as long
+    LibavInput(std::FILE* file, std::string name);
+    ~LibavInput();
+    LibavInput(const LibavInput&) = delete;
+    LibavInput& operator=(const LibavInput&) = delete;
+
+    /// The next packet of the film; false behind the last one.
+    bool next(AVPacket& packet);
+
+    const AVStream& film() const { return *m_pContext->streams[m_s32Film]; }
+
+    /// A text of the container; empty if there is none.
+    std::string text(const std::string& keyword) const;
+
+private:
+    LibavFile m_oFile;
+    std::string m_strName;
+    AVFormatContext* m_pContext;
+    int m_s32Film = -1;
+};
+
+} // namespace velmo::recordings

@@ -1,0 +1,314 @@
+#include "tests/TemporaryFolder.h"
+
+#include "recordings/Films.h"
+#include "recordings/Frames.h"
+#include "recordings/GreyWriters.h"
+#include "recordings/PngFile.h"
+
+#include "core/Exception.h"
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+
+#include <sys/resource.h>
+
+namespace velmo::recordings {
+namespace {
+
+using Container = FilmFormat::Container;
+
+/// What a shell command prints, errors too.
+std::string said(const std::string& command)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen((command + " 2>&1").c_str(), "r"),
+                                                               pclose);
+    std::string text;
+    for (int letter = std::fgetc(pipe.get()); letter != EOF; letter = std::fgetc(pipe.get()))
+        text += static_cast<char>(letter);
+    return text;
+}
+
+/// Smooth colours that go through a picture, so that a codec keeps them.
+std::vector<Picture> pictures(cv::Size size)
+{
+    std::vector<Picture> all;
+    for (int i = 0; i < 7; ++i) {
+        Picture& picture = all.emplace_back(size);
+        for (int y = 0; y < size.height; ++y)
+            for (int x = 0; x < size.width; ++x)
+                picture(y, x) =
+                    cv::Vec3b(static_cast<unsigned char>(30 * i), static_cast<unsigned char>(3 * x),
+                              static_cast<unsigned char>(255 - 5 * y));
+    }
+    return all;
+}
+
+class FilmFiles : public testing::Test
+{
+protected:
+    std::string path(const std::string& name) const { return folder.path() / name; }
+
+    void film(const std::string& name, Container container, double fps,
+              const std::vector<Picture>& images) const
+    {
+        FilmFormat format;
+        format.container = container;
+        format.fps = fps;
+        const auto writer = films().create({path(name), name}, format);
+        for (const Picture& image : images)
+            writer->write(image);
+        writer->finish();
+    }
+
+    /// The pictures of a film as another program sees them.
+    std::vector<Picture> decoded(const std::string& name, cv::Size size) const
+    {
+        EXPECT_EQ(said("ffmpeg -v error -y -i " + path(name) + " -f rawvideo -pix_fmt bgr24 " + path("raw")),
+                  "");
+        std::ifstream raw(path("raw"), std::ios::binary);
+        std::vector<Picture> all;
+        for (Picture image(size);
+             raw.read(reinterpret_cast<char*>(image.data), static_cast<std::streamsize>(3 * image.total()));)
+            all.push_back(image.clone());
+        return all;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(FilmFiles, HoldThePicturesAtTheRateThatWasAskedFor)
+{
+    const struct
+    {
+        const char* name;
+        Container container;
+        double fps;
+        const char* rate;
+        cv::Size size; ///< of the film
+        double largestError;
+    } cases[] = {
+        {"a.avi", Container::Avi, 1.5, "3/2", {33, 17}, 6},
+        {"b.avi", Container::Avi, 0.1, "1/10", {33, 17}, 6},
+        {"a.mkv", Container::Mkv, 1.5, "3/2", {33, 17}, 0},
+        {"b.mkv", Container::Mkv, 0.1, "1/10", {33, 17}, 0},
+        {"a.mp4", Container::Mp4, 1.5, "3/2", {34, 18}, 6},
+        {"b.mp4", Container::Mp4, 0.1, "1/10", {34, 18}, 6},
+        {"c.mp4", Container::Mp4, 29.97, "2997/100", {34, 18}, 6},
+    };
+    const std::vector<Picture> expected = pictures({33, 17});
+    for (const auto& one : cases) {
+        film(one.name, one.container, one.fps, expected);
+        EXPECT_EQ(said("ffprobe -v error -count_frames -show_entries "
+                       "stream=width,height,avg_frame_rate,nb_read_frames -of csv=p=0 " +
+                       path(one.name)),
+                  std::to_string(one.size.width) + "," + std::to_string(one.size.height) + "," + one.rate +
+                      ",7\n");
+        const std::vector<Picture> found = decoded(one.name, one.size);
+        ASSERT_EQ(found.size(), expected.size()) << one.name;
+        for (std::size_t i = 0; i < found.size(); ++i)
+            EXPECT_LE(cv::norm(found[i](cv::Rect(0, 0, 33, 17)), expected[i], cv::NORM_L1) /
+                          expected[i].total() / 3,
+                      one.largestError)
+                << one.name << ", picture " << i;
+    }
+}
+
+/// Frames as bytes, low byte first, as the reader finds them.
+std::string valuesIn(const std::string& path, std::string* unit = nullptr)
+{
+    const auto source = openFrames({path}, {});
+    std::string bytes;
+    for (Frame frame; source->next(frame);)
+        bytes.append(reinterpret_cast<const char*>(frame.data), 2 * frame.total());
+    if (unit != nullptr)
+        *unit = source->unit();
+    return bytes;
+}
+
+TEST_F(FilmFiles, OfCountsGiveEveryBitBackWhoeverWroteThem)
+{
+    cv::Mat frames(3 * 21, 30, CV_16U);
+    cv::randu(frames, 0, 65536);
+    const std::string values(reinterpret_cast<const char*>(frames.data), 2 * frames.total());
+
+    FilmFormat format;
+    format.container = Container::Mkv;
+    format.unit = "kelvin/16";
+    const auto writer = films().create({path("ours.mkv"), "ours.mkv"}, format);
+    for (int i = 0; i < 3; ++i)
+        writer->write(frames.rowRange(21 * i, 21 * (i + 1)));
+    writer->finish();
+    std::string unit;
+    EXPECT_TRUE(valuesIn(path("ours.mkv"), &unit) == values);
+    EXPECT_EQ(unit, "kelvin/16");
+
+    std::ofstream(path("raw"), std::ios::binary) << values;
+    const std::string from = "ffmpeg -v error -y -f rawvideo -s 30x21 -pix_fmt ";
+    for (const char* const to : {"-c:v ffv1 -f matroska", "-c:v ffv1 -f avi", "-c:v rawvideo -f nut",
+                                 "-c:v rawvideo -pix_fmt gray16be -f nut"}) {
+        ASSERT_EQ(said(from + "gray16le -i " + path("raw") + " " + to + " " + path("a.film")), "");
+        EXPECT_TRUE(valuesIn(path("a.film")) == values) << to;
+    }
+    ASSERT_EQ(said(from + "gray -i " + path("raw") + " -c:v ffv1 -f avi " + path("a.film")), "");
+    const std::string wide = valuesIn(path("a.film"));
+    ASSERT_EQ(wide.size(), 2 * values.size());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        ASSERT_TRUE(wide[2 * i] == values[i] && wide[2 * i + 1] == 0) << i;
+}
+
+TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
+{
+    film("colour.mp4", Container::Mp4, 9, pictures({16, 16}));
+    film("colour.mkv", Container::Mkv, 9, pictures({16, 16}));
+    film("cut.avi", Container::Avi, 9, pictures({16, 16}));
+    std::filesystem::resize_file(path("cut.avi"), 1500);
+    std::ofstream(path("list.nut")) << "nut/multimedia container";
+    for (const char* const name : {"colour.mp4", "colour.mkv", "cut.avi", "list.nut"})
+        try {
+            valuesIn(path(name));
+            ADD_FAILURE() << name << " was read";
+        } catch (const exp::Exception& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr(name));
+            EXPECT_THAT(error.what(), testing::Not(testing::HasSubstr("\n")));
+        }
+    const auto counts = films().create({path("counts.avi"), "counts.avi"}, {});
+    EXPECT_THROW(counts->write(Frame(4, 4, 7)), exp::Exception); // would lose bits
+}
+
+/// No file of this process can be longer, as if the disk were full.
+class DiskFullBehind
+{
+public:
+    explicit DiskFullBehind(rlim_t bytes) : m_pBefore(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_oBefore);
+        const rlimit limit = {bytes, m_oBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~DiskFullBehind()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_oBefore);
+        std::signal(SIGXFSZ, m_pBefore);
+    }
+    DiskFullBehind(const DiskFullBehind&) = delete;
+    DiskFullBehind& operator=(const DiskFullBehind&) = delete;
+
+private:
+    rlimit m_oBefore = {};
+    void (*m_pBefore)(int);
+};
+
+TEST_F(FilmFiles, AndOtherFilesSayWhenTheyCannotBeWritten)
+{
+    Frame noise(64, 64);
+    cv::randu(noise, 0, 65536);
+    Picture colours(64, 64);
+    cv::randu(colours, 0, 256);
+    const auto all = [](std::unique_ptr<ImageWriter> writer, const cv::Mat& image) {
+        for (int i = 0; i < 10; ++i)
+            writer->write(image);
+        writer->finish();
+    };
+    const auto toFilm = [&](Container container, const cv::Mat& image) {
+        FilmFormat format;
+        format.container = container;
+        all(films().create({path("a"), "a"}, format), image);
+    };
+    const struct
+    {
+        const char* what;
+        std::function<void()> write;
+    } writers[] = {
+        {"PNG",
+         [&] {
+             writePng({path("a"), "a"}, noise);
+         }},
+        {"PGM",
+         [&] {
+             writePgm({path("a"), "a"}, noise, "");
+         }},
+        {"TIFF",
+         [&] {
+             all(createTiff({path("a"), "a"}, 10, ""), noise);
+         }},
+        {"NumPy",
+         [&] {
+             all(createNpy({path("a"), "a"}), noise);
+         }},
+        {"raw",
+         [&] {
+             all(createRaw({path("a"), "a"}), noise);
+         }},
+        {"AVI", [&] { toFilm(Container::Avi, colours); }},
+        {"Matroska", [&] { toFilm(Container::Mkv, noise); }},
+        {"MP4", [&] { toFilm(Container::Mp4, colours); }},
+    };
+    for (const auto& writer : writers) {
+        writer.write();
+        const auto size = std::filesystem::file_size(path("a"));
+        // Within the first frame, where the last frame ends, and where only what is written last is missing.
+        for (const std::uintmax_t limit : {std::uintmax_t{1000}, size / 2, size - 1}) {
+            const DiskFullBehind full(limit);
+            EXPECT_THROW(writer.write(), exp::Exception) << writer.what << ", " << limit << " of " << size;
+        }
+    }
+}
+
+/// A JPEG that says how the camera was held.
+void writeJpeg(const std::string& path, const cv::Mat& picture, int orientation)
+{
+    std::vector<unsigned char> bytes;
+    cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 100});
+    const unsigned char exif[] = {
+        0xff, 0xe1, 0, 34, 'E', 'x', 'i', 'f', 0, 0,
+        'M',  'M',  0, 42, 0,   0,   0,   8,   0, 1,
+        1,    0x12, 0, 3,  0,   0,   0,   1,   0, static_cast<unsigned char>(orientation),
+        0,    0,    0, 0,  0,   0};
+    bytes.insert(bytes.begin() + 2, std::begin(exif), std::end(exif));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+TEST_F(FilmFiles, PicturesOfEveryFormatAreThoseThatOthersSee)
+{
+    Picture picture = pictures({48, 40})[3];
+    cv::GaussianBlur(picture, picture, {9, 9}, 0);
+    std::vector<std::string> names = {"a.png", "a.bmp", "a.ppm"};
+    for (const std::string& name : names)
+        cv::imwrite(path(name), picture);
+    cv::Mat deep;
+    picture.convertTo(deep, CV_16U, 257);
+    cv::imwrite(path("deep.png"), deep);
+    cv::imwrite(path("deep.ppm"), deep);
+    cv::Mat clear;
+    cv::cvtColor(picture, clear, cv::COLOR_BGR2BGRA);
+    cv::imwrite(path("clear.png"), clear);
+    cv::imwrite(path("grey.png"), clear.reshape(1));
+    cv::imwrite(path("grey.jpg"), picture.reshape(1));
+    std::ofstream(path("text.ppm")) << "P3 2 1 255 1 2 3 4 5 6\n";
+    names.insert(names.end(), {"deep.png", "deep.ppm", "clear.png", "grey.png", "grey.jpg", "text.ppm"});
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        names.push_back("turned" + std::to_string(orientation) + ".jpg");
+        writeJpeg(path(names.back()), picture, orientation);
+    }
+    for (const std::string& name : names) {
+        const Picture found = readPicture(path(name));
+        const Picture expected = cv::imread(path(name), cv::IMREAD_COLOR);
+        ASSERT_EQ(found.size(), expected.size()) << name;
+        const int rounding = name.find(".jpg") != std::string::npos ? 4 : name == "deep.ppm" ? 1 : 0;
+        EXPECT_LE(cv::norm(found, expected, cv::NORM_INF), rounding) << name;
+    }
+    std::ofstream(path("a.txt")) << "no picture";
+    EXPECT_THROW(readPicture(path("a.txt")), exp::Exception);
+}
+
+} // namespace
+} // namespace velmo::recordings

@@ -1,0 +1,281 @@
+#include "tests/TemporaryFolder.h"
+
+#include "recordings/FrameFiles.h"
+#include "recordings/GreyWriters.h"
+#include "recordings/PngFile.h"
+
+#include "core/Exception.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include <fstream>
+#include <functional>
+
+namespace velmo::recordings {
+namespace {
+
+using testing::HasSubstr;
+
+using Images = std::vector<cv::Mat>;
+
+class Formats : public testing::Test
+{
+protected:
+    std::string path(const std::string& name) const { return folder.path() / name; }
+
+    void put(const std::string& name, const std::string& bytes) const
+    {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+    }
+
+    OutputFile output(const std::string& name) const { return {path(name), name}; }
+
+    /// What is in the file, and that it has the unit and says how many frames it has.
+    std::vector<Frame> read(const std::string& name, const std::string& unit = "") const
+    {
+        const auto source = openFrameFiles(name, {path(name)}, true);
+        EXPECT_EQ(source->unit(), unit) << name;
+        std::vector<Frame> frames;
+        for (Frame frame; source->next(frame);)
+            frames.push_back(frame);
+        EXPECT_EQ(source->count(), frames.size()) << name;
+        return frames;
+    }
+
+    std::string refusalOf(const std::string& name) const
+    {
+        try {
+            read(name);
+            return "";
+        } catch (const exp::Exception& error) {
+            return error.what();
+        }
+    }
+
+    TemporaryFolder folder;
+};
+
+void writeAll(std::unique_ptr<ImageWriter> writer, const Images& images)
+{
+    for (const cv::Mat& image : images)
+        writer->write(image);
+    writer->finish();
+}
+
+void expectEqual(const std::vector<Frame>& frames, const Images& expected, const std::string& what)
+{
+    ASSERT_EQ(frames.size(), expected.size()) << what;
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        ASSERT_EQ(frames[i].size(), expected[i].size()) << what;
+        EXPECT_EQ(cv::norm(frames[i], expected[i], cv::NORM_INF), 0) << what << ", frame " << i;
+    }
+}
+
+/// Regions of larger frames, so that rows are padded; each has the values at which bytes and signs change.
+Images paddedFrames()
+{
+    Images frames;
+    for (int i = 0; i < 3; ++i) {
+        cv::Mat large(9, 11, CV_16U);
+        cv::randu(large, 0, 65536);
+        frames.push_back(large(cv::Rect(2, 1, 7, 5)));
+        int x = 0;
+        for (const int value : {0, 255, 256, 32767, 32768, 65280, 65535})
+            frames.back().at<unsigned short>(i, x++) = static_cast<unsigned short>(value);
+    }
+    return frames;
+}
+
+TEST_F(Formats, OfCountsGiveEveryBitBackAndTheUnit)
+{
+    const Images frames = paddedFrames();
+    writeAll(createTiff(output("classic.tiff"), 3, "kelvin/16"), frames);
+    writeAll(createTiff(output("big.tiff"), std::nullopt, "kelvin/16"), frames);
+    writeAll(createNpy(output("a.npy")), frames);
+    expectEqual(read("classic.tiff", "kelvin/16"), frames, "classic TIFF");
+    expectEqual(read("big.tiff", "kelvin/16"), frames, "BigTIFF");
+    expectEqual(read("a.npy"), frames, "NumPy");
+
+    writePng(output("a.png"), frames[0], "planck:21106.77,1501,1,-7340,0.012545");
+    expectEqual(read("a.png", "planck:21106.77,1501,1,-7340,0.012545"), {frames[0]}, "PNG");
+    writePgm(output("a.pgm"), frames[1], "celsius/10");
+    expectEqual(read("a.pgm", "celsius/10"), {frames[1]}, "PGM");
+}
+
+/// A TIFF of other programs: high byte first, packed, in tiles, with a thumbnail between the pages.
+void writeForeignTiff(const std::string& path, const Images& pages)
+{
+    TIFF* const tiff = TIFFOpen(path.c_str(), "wb");
+    for (std::size_t i = 0; i < 2 * pages.size(); ++i) {
+        const bool thumbnail = i % 2 == 0;
+        cv::Mat page = pages[i / 2].clone();
+        if (thumbnail)
+            page = page(cv::Rect(0, 0, 2, 2)).clone();
+        TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, thumbnail ? FILETYPE_REDUCEDIMAGE : FILETYPE_PAGE);
+        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.cols);
+        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.rows);
+        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8 * static_cast<int>(page.elemSize1()));
+        TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT,
+                     page.depth() < CV_32F ? SAMPLEFORMAT_UINT : SAMPLEFORMAT_IEEEFP);
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+        cv::Mat whole(32, 32, page.type(), cv::Scalar::all(77));
+        page.copyTo(whole(cv::Rect({}, page.size())));
+        for (int y = 0; y < page.rows; y += 16)
+            for (int x = 0; x < page.cols; x += 16) {
+                cv::Mat tile = whole(cv::Rect(x, y, 16, 16)).clone();
+                TIFFWriteTile(tiff, tile.data, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
+                              0, 0);
+            }
+        TIFFWriteDirectory(tiff);
+    }
+    TIFFClose(tiff);
+}
+
+TEST_F(Formats, ReadEveryPageOfATiffAndNoThumbnail)
+{
+    for (const int type : {CV_8U, CV_16U}) {
+        Images pages;
+        for (int i = 0; i < 3; ++i) {
+            pages.emplace_back(19, 18, type); // not whole tiles
+            cv::randu(pages.back(), 0, type == CV_8U ? 256 : 65536);
+        }
+        writeForeignTiff(path("a.tif"), pages);
+        Images expected;
+        for (const cv::Mat& page : pages)
+            page.convertTo(expected.emplace_back(), CV_16U);
+        expectEqual(read("a.tif"), expected, "TIFF");
+    }
+}
+
+/// A NumPy file: the dictionary as some program wrote it, and the values.
+std::string npy(const std::string& dictionary, const std::string& values)
+{
+    const std::string text = dictionary + "\n";
+    return std::string("\x93NUMPY\x01\0", 8) + static_cast<char>(text.size()) + '\0' + text + values;
+}
+
+TEST_F(Formats, ReadNumPyArraysOfOtherPrograms)
+{
+    const struct
+    {
+        const char* dictionary;
+        std::string values;
+        Images frames;
+    } arrays[] = {
+        {"{'descr': '>u2', 'fortran_order': False, 'shape': (2, 1, 2), }",
+         "\1\2\3\4\5\6\7\x8",
+         {(Frame(1, 2) << 0x102, 0x304), (Frame(1, 2) << 0x506, 0x708)}},
+        {"{\"shape\": (1,2), \"fortran_order\":False, \"descr\":\"|u1\"}",
+         "\x80\xff",
+         {(Frame(1, 2) << 128, 255)}},
+        {"{'descr': '<i2', 'fortran_order': False, 'shape': (1, 1, 1)}",
+         "\xff\xff",
+         {(Frame(1, 1) << 65535)}},
+        {"{'descr': '<u2', 'fortran_order': False, 'shape': (0, 4, 4)}", "", {}},
+    };
+    for (const auto& array : arrays) {
+        put("a.npy", npy(array.dictionary, array.values));
+        expectEqual(read("a.npy"), array.frames, array.dictionary);
+    }
+}
+
+TEST_F(Formats, OfDegreesBecomeCountsOfOneScale)
+{
+    const cv::Mat room = (cv::Mat_<float>(1, 4) << -273.15F, 0.004F, 20.126F, 382.2F);
+    const Images kelvin = {(Frame(1, 4) << 0, 27315, 29328, 65535)};
+    writeAll(createTiff(output("a.tif"), 1, ""), {room});
+    writeAll(createNpy(output("a.npy")), {room});
+    expectEqual(read("a.tif", "centikelvin"), kelvin, "TIFF");
+    expectEqual(read("a.npy", "centikelvin"), kelvin, "NumPy");
+
+    // 0 to 655.35 degrees in all, though no frame has both: a count is a hundredth from 0.
+    const Images furnace = {(cv::Mat_<float>(1, 2) << 0, 1), (cv::Mat_<float>(1, 2) << 655.35F, 327.68F)};
+    writeAll(createNpy(output("a.npy")), {furnace[0]});
+    writeAll(createTiff(output("b.tif"), 1, ""), {furnace[1]});
+    const auto source = openFrameFiles("two", {path("a.npy"), path("b.tif")}, true);
+    Frame first;
+    Frame second;
+    ASSERT_TRUE(source->next(first) && source->next(second));
+    expectEqual({first, second}, {(Frame(1, 2) << 0, 100), (Frame(1, 2) << 65535, 32768)}, "two files");
+    double gain = 0;
+    double offset = 1;
+    ASSERT_EQ(std::sscanf(source->unit().c_str(), "linear:%lf:%lf", &gain, &offset), 2);
+    EXPECT_NEAR(gain, 0.01, 1e-8);
+    EXPECT_EQ(offset, 0);
+}
+
+TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
+{
+    const auto degrees = [&](float value) {
+        writeAll(createNpy(output("a.npy")),
+                 {(cv::Mat_<float>(2, 2) << 1, 2, 3, 4), (cv::Mat_<float>(2, 2) << 1, 2, value, 4)});
+    };
+    degrees(std::nanf(""));
+    EXPECT_THAT(refusalOf("a.npy"), HasSubstr("a.npy, frame 2: no temperature at x 0, y 1"));
+    degrees(HUGE_VALF);
+    EXPECT_THAT(refusalOf("a.npy"), HasSubstr("infinite"));
+
+    writePng(output("good.png"), Frame(9, 9, 7));
+    std::stringstream good;
+    good << std::ifstream(path("good.png")).rdbuf();
+    std::string large = good.str();
+    large.replace(16, 4, std::string("\0\0\x40\1", 4)); // a width of 16385
+    writePng(output("colour.png"), cv::Mat(2, 2, CV_8UC3, cv::Scalar::all(1)));
+    std::stringstream colour;
+    colour << std::ifstream(path("colour.png")).rdbuf();
+    const std::string u2 = "{'descr': '<u2', 'fortran_order': False, 'shape': ";
+    const struct
+    {
+        const char* why;
+        std::string bytes;
+    } files[] = {
+        {"PNG", large},
+        {"PNG", good.str().substr(0, good.str().size() - 20)},
+        {"colours", colour.str()},
+        {"TIFF", "II*\0"},
+        {"TIFF", std::string("II*\0\x8\0\0\0\1\0", 10)},
+        {"4 frames of 8 bytes, behind it are 7 bytes", npy(u2 + "(4, 2, 2)}", "1234567")},
+        {"16385x1 pixels", npy(u2 + "(1, 1, 16385)}", "12")},
+        {"larger than any", npy(u2 + "(99999999999, 1, 1)}", "12")},
+        {"rows x columns", npy(u2 + "(2,)}", "1234")},
+        {"Fortran", npy("{'descr': '<u2', 'fortran_order': True, 'shape': (1, 1)}", "12")},
+        {"type is c8", npy("{'descr': '<c8', 'fortran_order': False, 'shape': (1, 1)}", "12345678")},
+        {"header", npy("{'descr': '<u2', 'shape': (1, 1)}", "12")},
+        {"header has 65535 bytes", std::string("\x93NUMPY\1\0\xff\xff", 10)},
+        {"cut off", "\x93NUMPY\1"},
+        {"Raster of 4 rows", "P5 4 4 65535\nabc"},
+        {"not a PGM", "hello"},
+        {"not a PGM", ""},
+    };
+    for (const auto& file : files) {
+        put("a.bin", file.bytes);
+        const std::string refusal = refusalOf("a.bin");
+        EXPECT_THAT(refusal, HasSubstr("a.bin")) << file.why;
+        EXPECT_THAT(refusal, HasSubstr(file.why));
+        EXPECT_THAT(refusal, testing::Not(HasSubstr("\n")));
+    }
+}
+
+TEST_F(Formats, OfOneRecordingHaveOneUnit)
+{
+    writePng(output("1.png"), Frame(1, 1, 1), "kelvin/64");
+    writePgm(output("2.pgm"), Frame(1, 1, 2), "kelvin/16");
+    writeAll(createNpy(output("3.npy")), {cv::Mat(1, 1, CV_32F, 20.F)});
+    const auto readBoth = [&](const char* second, bool sameUnit) {
+        const auto source = openFrameFiles("both", {path("1.png"), path(second)}, sameUnit);
+        Frame frame;
+        while (source->next(frame)) {
+        }
+    };
+    EXPECT_THROW(readBoth("2.pgm", true), exp::Exception);
+    EXPECT_NO_THROW(readBoth("2.pgm", false));
+    EXPECT_THROW(readBoth("3.npy", false), exp::Exception); // counts and degrees
+}
+
+} // namespace
+} // namespace velmo::recordings
