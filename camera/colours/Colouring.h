@@ -6,6 +6,7 @@
 #include "camera/colours/Range.h"
 #include "camera/temperature/Air.h"
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
 

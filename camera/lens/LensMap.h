@@ -2,6 +2,7 @@
 
 #include "camera/Frame.h"
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "vision/imgproc/DistortionCorrection.h"
 

@@ -4,6 +4,7 @@
 #include "camera/measures/Shape.h"
 #include "camera/measures/ValueCounts.h"
 #include "camera/temperature/Thermometer.h"
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <cstddef>

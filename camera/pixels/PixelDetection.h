@@ -3,6 +3,7 @@
 #include "camera/Frame.h"
 #include "camera/pixels/PixelMap.h"
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "vision/imgproc/BadPixel.h"
 

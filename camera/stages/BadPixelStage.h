@@ -2,6 +2,7 @@
 
 #include "camera/stages/Stage.h"
 
+#include "core/Exception.h"
 #include "vision/imgproc/BadPixel.h"
 
 #include <memory>

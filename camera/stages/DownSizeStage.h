@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/stages/Stage.h"
+#include "core/Exception.h"
 
 #include <memory>
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/temperature/Degrees.h"
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <string>

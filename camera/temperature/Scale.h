@@ -2,6 +2,7 @@
 
 #include "camera/temperature/Degrees.h"
 #include "camera/temperature/Radiometry.h"
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <memory>

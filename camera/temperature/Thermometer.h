@@ -2,6 +2,7 @@
 
 #include "camera/temperature/Degrees.h"
 #include "camera/temperature/Scale.h"
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <string>
