@@ -14,12 +14,47 @@ namespace {
 
 using Storage = DataStorage<std::string>;
 
+/// An id on the way through a tree: refers to the text, so that a step costs nothing.
+struct IdView
+{
+    std::string_view text;
+
+    bool isValid() const
+    {
+        return !text.empty() && text.front() != '/' && text.back() != '/' && text.find("//") == text.npos;
+    }
+    std::string_view item() const { return text.substr(0, text.find('/')); }
+    bool hasNext() const { return text.find('/') != text.npos; }
+    IdView next() const { return {hasNext() ? text.substr(text.find('/') + 1) : std::string_view()}; }
+};
+
 } // namespace
+
+GroupItem<std::string>::GroupItem(std::string id) : m_strId(std::move(id)) {}
+
+bool GroupItem<std::string>::isValid() const
+{
+    return IdView{m_strId}.isValid();
+}
+
+std::string GroupItem<std::string>::item() const
+{
+    return std::string(IdView{m_strId}.item());
+}
+
+bool GroupItem<std::string>::hasNext() const
+{
+    return IdView{m_strId}.hasNext();
+}
+
+GroupItem<std::string> GroupItem<std::string>::next() const
+{
+    return GroupItem(std::string(IdView{m_strId}.next().text));
+}
 
 GroupItem<std::string> discriminate(const std::string& id)
 {
-    const bool valid = !id.empty() && id.front() != '/' && id.back() != '/' && id.find("//") == id.npos;
-    return {id, valid};
+    return GroupItem<std::string>(id);
 }
 
 DataStorageBase::~DataStorageBase() = default;
@@ -27,13 +62,18 @@ DataStorageBase::~DataStorageBase() = default;
 /// How far an id leads into a tree.
 struct Storage::Place
 {
+    bool bValid;                           ///< the id is one; otherwise nothing was looked up
     const Storage* storage;                ///< the innermost group reached
-    GroupItem<std::string> rest;           ///< the component looked up there, and what follows it
+    IdView rest;                           ///< the component looked up there, and what follows it
     std::shared_ptr<Variant> const* value; ///< what stands under that component, or null
 
-    bool isBlocked() const { return value && rest.hasNext(); }
-    std::string blockage() const
+    /// Why the id leads nowhere in this tree and never will; empty if it does or may.
+    std::string refusal() const
     {
+        if (!bValid)
+            return "invalid id";
+        if (!value || !rest.hasNext())
+            return "";
         return "not a valid storage type: " + std::string(rest.item()) +
                "\ntype: " + nameOf((*value)->getTypeInfo()) + "\nexpected type: " + nameOf(typeid(Storage));
     }
@@ -166,8 +206,9 @@ void Storage::copyFrom(const DataStorage& other)
 
 Storage::Place Storage::locate(const std::string& id) const
 {
-    Place place{this, discriminate(id), nullptr};
-    while (place.rest.isValid()) {
+    const IdView all{id};
+    Place place{all.isValid(), this, all, nullptr};
+    while (place.bValid) {
         const auto entry = place.storage->find(place.rest.item());
         place.value = entry == place.storage->end() ? nullptr : &entry->second;
         const DataStorage* const group = place.value ? groupIn(*place.value) : nullptr;
@@ -182,10 +223,8 @@ Storage::Place Storage::locate(const std::string& id) const
 std::shared_ptr<Variant> Storage::get(const std::string& id) const
 {
     const Place place = locate(id);
-    if (!place.rest.isValid())
-        VELMO_THROW("invalid id");
-    if (place.isBlocked())
-        VELMO_THROW(place.blockage());
+    if (const std::string refusal = place.refusal(); !refusal.empty())
+        VELMO_THROW(refusal);
     return place.value ? *place.value : nullptr;
 }
 
@@ -193,20 +232,16 @@ const std::shared_ptr<Variant>& Storage::operator[](const std::string& id) const
 {
     static const std::shared_ptr<Variant> none;
     const Place place = locate(id);
-    if (!place.rest.isValid())
-        VELMO_THROW("invalid id");
-    if (place.isBlocked())
-        VELMO_THROW(place.blockage());
+    if (const std::string refusal = place.refusal(); !refusal.empty())
+        VELMO_THROW(refusal);
     return place.value ? *place.value : none;
 }
 
 void Storage::set(const std::string& id, const std::shared_ptr<Variant>& value)
 {
     const Place place = locate(id);
-    if (!place.rest.isValid())
-        VELMO_THROW("invalid id");
-    if (place.isBlocked())
-        VELMO_THROW(place.blockage());
+    if (const std::string refusal = place.refusal(); !refusal.empty())
+        VELMO_THROW(refusal);
     if (!value)
         VELMO_THROW("An empty value can not be set: " + id);
     if (const DataStorage* const group = groupIn(value); group && reaches(*group, *place.storage))
@@ -271,7 +306,7 @@ bool Storage::satisfiesQuery(const std::map<std::string, std::shared_ptr<Variant
 {
     for (const auto& [id, wanted] : query) {
         const Place place = locate(id);
-        if (!place.rest.isValid() || !place.value || place.isBlocked())
+        if (!place.value || !place.refusal().empty())
             return false;
         if (!wanted)
             continue;

@@ -1,45 +1,39 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "core/datatypes/Variant.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace velmo::exp {
 
-/// An id split into its first component and the rest; components are separated by "/". Refers to the
-/// text of the id, which has to outlive it.
+/// An id split into its first component and the rest; components are separated by "/".
 template <class TKey>
 class GroupItem;
 
 template <>
-class GroupItem<std::string>
+class VELMO_API GroupItem<std::string>
 {
 public:
+    explicit GroupItem(std::string id);
+
     /// False for an empty id and for one with an empty component.
-    bool isValid() const { return m_bValid; }
+    bool isValid() const;
     /// The first component.
-    std::string_view item() const { return m_strId.substr(0, m_u64Length); }
-    bool hasNext() const { return m_u64Length < m_strId.size(); }
-    /// What follows the first component; only if `hasNext`.
-    GroupItem next() const { return {m_strId.substr(m_u64Length + 1), m_bValid}; }
+    std::string item() const;
+    bool hasNext() const;
+    /// What follows the first component; an empty id, which is invalid, if nothing does.
+    GroupItem next() const;
 
 private:
-    friend VELMO_API GroupItem<std::string> discriminate(const std::string& id);
-
-    GroupItem(std::string_view id, bool valid)
-        : m_strId(id), m_u64Length(std::min(id.find('/'), id.size())), m_bValid(valid)
-    {}
-
-    std::string_view m_strId;
-    std::size_t m_u64Length;
-    bool m_bValid;
+    std::string m_strId;
 };
 
 VELMO_API GroupItem<std::string> discriminate(const std::string& id);
@@ -88,7 +82,39 @@ class VELMO_API DataStorage<std::string> : public DataStorageBase
 public:
     using Map = std::map<std::string, std::shared_ptr<Variant>, std::less<>>;
     using const_iterator = Map::const_iterator;
+    using iterator = const_iterator; ///< entries change through the storage alone
     using value_type = Map::value_type;
+
+    /// What `operator[]` of a storage that may change returns: the shared pointer to the value under an id,
+    /// empty if there is none, to which a value can be assigned in the same expression.
+    class Entry : public std::shared_ptr<Variant>
+    {
+    public:
+        /// As `set`.
+        Entry operator=(const std::shared_ptr<Variant>& value) && { return assign(value); }
+        Entry operator=(const Entry& value) && { return assign(value); }
+
+        Entry(const Entry&) = default;
+        // Of the pointer alone they would change nothing in the storage.
+        void reset() = delete;
+        void swap(std::shared_ptr<Variant>&) = delete;
+
+    private:
+        friend class DataStorage;
+
+        Entry(DataStorage& storage, const std::string& id, const std::shared_ptr<Variant>& value)
+            : std::shared_ptr<Variant>(value), m_pStorage(&storage), m_strId(id)
+        {}
+
+        Entry assign(const std::shared_ptr<Variant>& value)
+        {
+            m_pStorage->set(m_strId, value);
+            return {*m_pStorage, m_strId, value};
+        }
+
+        DataStorage* m_pStorage;
+        std::string m_strId;
+    };
 
     DataStorage() noexcept;
     DataStorage(const DataStorage& other);
@@ -117,6 +143,8 @@ public:
 
     /// As `get`, without a copy of the pointer; the reference is good until the storage changes.
     const std::shared_ptr<Variant>& operator[](const std::string& id) const;
+    /// As `get` when it is read, as `set` when it is assigned to; reading makes no entry.
+    Entry operator[](const std::string& id) { return {*this, id, std::as_const(*this)[id]}; }
 
     /// Inserts or replaces the value under `id`; groups missing on the way are made. The storage and
     /// the caller share the value from then on.

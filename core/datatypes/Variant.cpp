@@ -216,13 +216,18 @@ std::shared_ptr<Variant> Variant::fromString(const std::string& type, const std:
 std::shared_ptr<Variant> Variant::deserialize(const std::string& type, Endian endian,
                                               const std::vector<unsigned char>& bytes, std::size_t& consumed)
 {
+    return deserialize(type, endian, reinterpret_cast<const char*>(bytes.data()), bytes.size(), consumed);
+}
+
+std::shared_ptr<Variant> Variant::deserialize(const std::string& type, Endian endian, const char* bytes,
+                                              std::size_t size, std::size_t& consumed)
+{
     const ItemType* const known = findType(type);
     if (!known)
-        VELMO_THROW("Unknown type " + quoted(type) + " of a value of " + std::to_string(bytes.size()) +
-                    " bytes");
-    ByteCursor cursor(bytes.data(), bytes.size());
+        VELMO_THROW("Unknown type " + quoted(type) + " of a value of " + std::to_string(size) + " bytes");
+    ByteCursor cursor(reinterpret_cast<const std::uint8_t*>(bytes), size);
     auto value = known->fromBytes(cursor, endian);
-    consumed = bytes.size() - cursor.left();
+    consumed = size - cursor.left();
     return value;
 }
 

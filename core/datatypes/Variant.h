@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "core/datatypes/Endian.h"
 
@@ -19,6 +20,24 @@ class DataStorage;
 
 template <class T>
 class Variant_;
+
+/// The integer type of fixed width that has the size and the sign of T; T itself if it is none or a bool.
+template <class T, bool bInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>>
+struct FixedWidth
+{
+    using Type = T;
+};
+template <class T>
+struct FixedWidth<T, true>
+{
+    template <class Signed, class Unsigned>
+    using Either = std::conditional_t<std::is_signed_v<T>, Signed, Unsigned>;
+    using Type = std::conditional_t<
+        sizeof(T) == 1, Either<std::int8_t, std::uint8_t>,
+        std::conditional_t<sizeof(T) == 2, Either<std::int16_t, std::uint16_t>,
+                           std::conditional_t<sizeof(T) == 4, Either<std::int32_t, std::uint32_t>,
+                                              Either<std::int64_t, std::uint64_t>>>>;
+};
 
 /// Whether a Variant can hold a T: the item types of storage files, and groups.
 template <class T>
@@ -91,14 +110,21 @@ public:
     virtual bool equal(std::shared_ptr<Variant> other) const = 0;
 
     /// A new shared value that holds a copy of `value`, or its content if it is an rvalue. Text in
-    /// quotes is held as a string.
+    /// quotes is held as a string, an integer as the item type of its size and sign: `long long` as int64,
+    /// `char` as int8 where it has a sign.
     template <class T>
     static std::shared_ptr<Variant> create(T&& value)
     {
         using Decayed = std::decay_t<T>;
-        using Held = std::conditional_t<std::is_convertible_v<Decayed, const char*>, std::string, Decayed>;
-        static_assert(isVariantType<Held>, "a Variant holds the item types of storage files and groups");
+        using Held = std::conditional_t<std::is_convertible_v<Decayed, const char*>, std::string,
+                                        typename FixedWidth<Decayed>::Type>;
         return std::make_shared<Variant_<Held>>(Held(std::forward<T>(value)));
+    }
+    /// The same for a type that is named: `Variant::create<std::string>(name)`.
+    template <class T>
+    static std::shared_ptr<Variant> create(std::enable_if_t<!std::is_reference_v<T>, const T&> value)
+    {
+        return create<const T&>(value);
     }
 
     /// The held value itself.
@@ -125,6 +151,8 @@ public:
     static std::shared_ptr<Variant> deserialize(const std::string& type, Endian endian,
                                                 const std::vector<unsigned char>& bytes,
                                                 std::size_t& consumed);
+    static std::shared_ptr<Variant> deserialize(const std::string& type, Endian endian, const char* bytes,
+                                                std::size_t size, std::size_t& consumed);
 
 protected:
     Variant() = default;
@@ -139,14 +167,16 @@ private:
 template <class T>
 class VELMO_API Variant_ : public Variant
 {
+    static_assert(isVariantType<T>, "a Variant holds the item types of storage files and groups");
+
 public:
     Variant_();
     explicit Variant_(const T& value);
     explicit Variant_(T&& value);
     ~Variant_() override;
 
-    Variant_(const Variant_&) = delete;
-    Variant_& operator=(const Variant_&) = delete;
+    Variant_(const Variant_&) = default;
+    Variant_& operator=(const Variant_&) = default;
 
     bool isArithmetic() const override;
     bool isArray() const override;

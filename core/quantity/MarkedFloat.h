@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 namespace velmo::exp {
 
@@ -53,10 +54,27 @@ public:
     /// Comparisons ignore the marks. What is not a number equals nothing, not even itself.
     friend bool operator==(MarkedFloat a, MarkedFloat b) { return float(a) == float(b); }
     friend bool operator!=(MarkedFloat a, MarkedFloat b) { return !(a == b); }
-    friend bool operator==(MarkedFloat a, float b) { return a == MarkedFloat(b); }
-    friend bool operator!=(MarkedFloat a, float b) { return !(a == b); }
-    friend bool operator==(float a, MarkedFloat b) { return b == a; }
-    friend bool operator!=(float a, MarkedFloat b) { return !(a == b); }
+    /// A plain number is first made a MarkedFloat: rounded to a float, its lowest bits cleared.
+    template <class T>
+    friend std::enable_if_t<std::is_arithmetic_v<T>, bool> operator==(MarkedFloat a, T b)
+    {
+        return a == MarkedFloat(static_cast<float>(b));
+    }
+    template <class T>
+    friend std::enable_if_t<std::is_arithmetic_v<T>, bool> operator!=(MarkedFloat a, T b)
+    {
+        return !(a == b);
+    }
+    template <class T>
+    friend std::enable_if_t<std::is_arithmetic_v<T>, bool> operator==(T a, MarkedFloat b)
+    {
+        return b == a;
+    }
+    template <class T>
+    friend std::enable_if_t<std::is_arithmetic_v<T>, bool> operator!=(T a, MarkedFloat b)
+    {
+        return !(a == b);
+    }
 
 private:
     static constexpr std::uint32_t u32NotANumber = 0x7fc00000;

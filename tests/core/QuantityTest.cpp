@@ -40,6 +40,10 @@ TEST(MarkedFloat, ComparesValuesOnly)
     EXPECT_FALSE(marked(20.5f, 7) != 20.5f);
     EXPECT_TRUE(marked(20.5f, 1) != 20.75f);
     EXPECT_TRUE(0.0f == marked(-0.0f, 3));
+    EXPECT_EQ(marked(100.0f, 5), 100);
+    EXPECT_EQ(100.00001, marked(100.0f, 5)); // rounds to 100, as the float next to it does
+    EXPECT_NE(marked(20.5f, 5), 20.75);
+    EXPECT_NE(20, marked(20.5f, 5));
 }
 
 TEST(MarkedFloat, KeepsWhatIsNoNumberAndWhatIsInfinite)
@@ -66,6 +70,9 @@ TEST(Quantities, HoldAValueWithItsTexts)
     EXPECT_EQ(air.value().mark(), 3u);
     EXPECT_EQ(air.name(), "Temperature");
     EXPECT_EQ(air.unit(), "\u00b0C");
+    EXPECT_EQ(air, Temperature<MarkedFloat>(21.5f));
+    EXPECT_NE(air, Temperature<MarkedFloat>());
+    EXPECT_EQ(Relation<MarkedFloat>().value(), 0);
     const Relation<float> half(50.0f);
     EXPECT_EQ(half.value(), 50.0f);
     EXPECT_EQ(half.name(), "Relation");

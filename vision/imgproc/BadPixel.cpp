@@ -28,9 +28,19 @@ Pixel offset(Pixel pixel, int dx, int dy)
 
 } // namespace
 
+const unsigned int BadPixelTools::u32BadNetd;
+const unsigned int BadPixelTools::u32BadRowCol;
+const unsigned int BadPixelTools::u32BadCurve;
+const unsigned int BadPixelTools::u32BadHomogenity;
+
 void BadPixel::setStandardReplacePixel()
 {
-    replacePixel = {offset(pixel, -1, 0), offset(pixel, 1, 0), offset(pixel, 0, -1), offset(pixel, 0, 1)};
+    *this = {pixel, {offset(pixel, -1, 0), offset(pixel, 1, 0), offset(pixel, 0, -1), offset(pixel, 0, 1)}};
+}
+
+unsigned long BadPixel::sizeofType() const
+{
+    return 20;
 }
 
 unsigned long BadPixel::serialize(Endian endian, char* buffer) const

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "core/datatypes/Endian.h"
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
@@ -17,6 +19,9 @@ struct Pixel
 {
     short x = 0; ///< column, 0 is the leftmost
     short y = 0; ///< row, 0 is the topmost
+
+    friend bool operator==(const Pixel& a, const Pixel& b) { return a.x == b.x && a.y == b.y; }
+    friend bool operator!=(const Pixel& a, const Pixel& b) { return !(a == b); }
 };
 
 /// A defective pixel and the four good ones that stand in for it: ten 16-bit values without padding. The
@@ -24,14 +29,14 @@ struct Pixel
 struct VELMO_API BadPixel
 {
     Pixel pixel;
-    std::array<Pixel, 4> replacePixel;
+    Pixel replacePixel[4];
 
     /// Fills the slots with the neighbours at the left, at the right, above and below. They are not checked
     /// against any frame: at an edge they lie outside of it, at -32768 and 32767 they wrap.
     void setStandardReplacePixel();
 
     /// Bytes of the byte image: always 20.
-    unsigned long sizeofType() const { return 20; }
+    unsigned long sizeofType() const;
 
     /// Writes the byte image: the ten values in the order of the members.
     ///
@@ -46,6 +51,12 @@ struct VELMO_API BadPixel
     /// @param buffer  at least 20 bytes, at any alignment
     /// @param size    becomes the number of bytes read: 20
     void deserialize(Endian endian, const char* buffer, unsigned long& size);
+
+    friend bool operator==(const BadPixel& a, const BadPixel& b)
+    {
+        return a.pixel == b.pixel && std::equal(a.replacePixel, a.replacePixel + 4, b.replacePixel);
+    }
+    friend bool operator!=(const BadPixel& a, const BadPixel& b) { return !(a == b); }
 };
 
 static_assert(sizeof(Pixel) == 4 && sizeof(BadPixel) == 20, "records are copied as bytes");
@@ -58,10 +69,11 @@ static_assert(sizeof(Pixel) == 4 && sizeof(BadPixel) == 20, "records are copied 
 class VELMO_API BadPixelTools
 {
 public:
-    static constexpr unsigned int u32BadNetd = 2;        ///< set by checkNetd
-    static constexpr unsigned int u32BadRowCol = 16;     ///< set by detectBadRowsAndColumns
-    static constexpr unsigned int u32BadCurve = 32;      ///< set by checkMonotonic
-    static constexpr unsigned int u32BadHomogenity = 64; ///< set by detectBadPixelHistogram
+    // Exported, and constant expressions as well.
+    static const unsigned int u32BadNetd = 2;        ///< set by checkNetd
+    static const unsigned int u32BadRowCol = 16;     ///< set by detectBadRowsAndColumns
+    static const unsigned int u32BadCurve = 32;      ///< set by checkMonotonic
+    static const unsigned int u32BadHomogenity = 64; ///< set by detectBadPixelHistogram
 
     /// For each replacement slot the offsets to try with their distances, nearest first.
     using ReplacePixelQuery = std::array<std::vector<std::pair<float, Pixel>>, 4>;

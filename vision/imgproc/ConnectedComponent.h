@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <opencv2/core.hpp>
@@ -24,7 +25,7 @@ public:
     ConnectedComponent();
 
     /// No points. A negative label is kept as its 32 bits.
-    explicit ConnectedComponent(int label);
+    ConnectedComponent(int label);
 
     ConnectedComponent(const std::vector<cv::Point>& points, int label);
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -10,13 +12,23 @@ namespace velmo::vision {
 /// Where one pixel of a corrected image comes from. A plain value of 10 bytes.
 struct PixelCorrInfo
 {
+    /// All zero.
+    PixelCorrInfo() = default;
+
     PixelCorrInfo(short offset, unsigned short weight0, unsigned short weight1, unsigned short weight2,
                   unsigned short weight3)
         : m_s16Offset(offset), m_au16Weights{weight0, weight1, weight2, weight3}
     {}
 
-    short m_s16Offset;               ///< from the pixel's own linear index to that of its source pixel
-    unsigned short m_au16Weights[4]; ///< of the source pixel and its neighbours, in the order of the map file
+    short m_s16Offset = 0;                ///< from the pixel's own linear index to that of its source pixel
+    unsigned short m_au16Weights[4] = {}; ///< of the source pixel and its neighbours, in the map file's order
+
+    friend bool operator==(const PixelCorrInfo& a, const PixelCorrInfo& b)
+    {
+        return a.m_s16Offset == b.m_s16Offset &&
+               std::equal(a.m_au16Weights, a.m_au16Weights + 4, b.m_au16Weights);
+    }
+    friend bool operator!=(const PixelCorrInfo& a, const PixelCorrInfo& b) { return !(a == b); }
 };
 
 /// A lens-distortion map: one record per pixel of the corrected image, row by row.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <opencv2/core.hpp>

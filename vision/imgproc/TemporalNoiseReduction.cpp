@@ -4,22 +4,14 @@
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <utility>
 
 namespace velmo::exp::vision {
-namespace {
 
-constexpr std::array<unsigned short, 1024> feedbackStrengths()
-{
-    std::array<unsigned short, 1024> table{};
-    for (int k = 0; k < 1024; ++k)
-        table[static_cast<std::size_t>(k)] = feedbackStrength(k);
-    return table;
-}
-
-} // namespace
-
-std::array<unsigned short, 1024> mg_aFeedbackStrength = feedbackStrengths();
+unsigned short mg_aFeedbackStrength[1024] = {
+#include "vision/imgproc/FeedbackStrength.inc"
+};
 
 template <class T>
 TemporalNoiseReduction<T>::TemporalNoiseReduction(unsigned char controlGain, unsigned short feedbackFactor)
@@ -79,10 +71,8 @@ void TemporalNoiseReduction<T>::buildFeedbackTable()
 {
     m_pu16FeedbackTable = std::make_unique<unsigned short[]>(differenceTableSize);
     m_pu16FeedbackLut = m_pu16FeedbackTable.get() + differenceTableCentre;
-    for (std::ptrdiff_t k = 0; k < static_cast<std::ptrdiff_t>(mg_aFeedbackStrength.size()); ++k) {
-        m_pu16FeedbackLut[k] = mg_aFeedbackStrength[static_cast<std::size_t>(k)];
-        m_pu16FeedbackLut[-k] = m_pu16FeedbackLut[k];
-    }
+    for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{std::size(mg_aFeedbackStrength)}; ++k)
+        m_pu16FeedbackLut[k] = m_pu16FeedbackLut[-k] = mg_aFeedbackStrength[k];
 }
 
 template <class T>

@@ -4,8 +4,8 @@
 
 #include <opencv2/core.hpp>
 
-#include <array>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 namespace velmo::exp::vision {
@@ -14,8 +14,8 @@ namespace velmo::exp::vision {
 /// that output and the new input; Q15, 32768 is 1.0. Full weight up to 14 counts (noise is held), about
 /// 12/k beyond 50 (a step is pulled back by some 12 counts), fading to nothing from 896 on.
 ///
-/// Writable: a filter reads it once, when it is constructed.
-extern VELMO_API std::array<unsigned short, 1024> mg_aFeedbackStrength;
+/// Writable, filled before any code of the program runs: a filter reads it once, when it is constructed.
+extern VELMO_API unsigned short mg_aFeedbackStrength[1024];
 
 /// Recursive temporal filter of one frame stream: every pixel is blended with the filter's previous output,
 /// the less the more the two differ. Static noise is smoothed strongly, what moves passes almost unchanged.
@@ -27,6 +27,9 @@ extern VELMO_API std::array<unsigned short, 1024> mg_aFeedbackStrength;
 template <class T>
 class VELMO_API TemporalNoiseReduction
 {
+    static_assert(std::is_same_v<T, short> || std::is_same_v<T, unsigned short>,
+                  "frames hold short or unsigned short");
+
 public:
     static constexpr unsigned char u8MaxControlGain = 16;
     static constexpr unsigned short u16MaxFeedbackFactor = 2048;

@@ -1,21 +1,11 @@
 #include "vision/imgproc/TemporalNoiseReductionRef.h"
 
-#include "vision/kernels/TemporalNoiseReductionKernel.h"
-
 #include <cmath>
 #include <cstdint>
 #include <utility>
 
 namespace velmo::exp::vision {
 namespace {
-
-constexpr std::array<unsigned short, 1025> feedbackStrengths()
-{
-    std::array<unsigned short, 1025> table{};
-    for (int k = 0; k < 1024; ++k)
-        table[static_cast<std::size_t>(k)] = feedbackStrength(k);
-    return table;
-}
 
 /// The nearest integer, halves away from zero, cut to 16 bits; 0 for what does not fit 32.
 template <class T>
@@ -28,7 +18,9 @@ T rounded(float value)
 
 } // namespace
 
-std::array<unsigned short, 1025> mg_aFeedbackStrengthRef = feedbackStrengths();
+unsigned short mg_aFeedbackStrengthRef[1025] = {
+#include "vision/imgproc/FeedbackStrength.inc"
+    0};
 
 template <class T>
 TemporalNoiseReductionRef<T>::TemporalNoiseReductionRef(unsigned char controlGain,

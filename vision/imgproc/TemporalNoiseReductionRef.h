@@ -4,14 +4,15 @@
 
 #include <opencv2/core.hpp>
 
-#include <array>
 #include <cstddef>
+#include <iterator>
+#include <type_traits>
 
 namespace velmo::exp::vision {
 
 /// The weights of mg_aFeedbackStrength and one more of 0, for whatever lies beyond. Writable; read with every
 /// frame.
-extern VELMO_API std::array<unsigned short, 1025> mg_aFeedbackStrengthRef;
+extern VELMO_API unsigned short mg_aFeedbackStrengthRef[1025];
 
 /// The temporal filter in floating point: the recurrence and the weight curve of TemporalNoiseReduction, with
 /// the state kept unrounded. Slow; what the fast filter is compared with, and for still pictures where a
@@ -24,6 +25,9 @@ extern VELMO_API std::array<unsigned short, 1025> mg_aFeedbackStrengthRef;
 template <class T>
 class VELMO_API TemporalNoiseReductionRef
 {
+    static_assert(std::is_same_v<T, short> || std::is_same_v<T, unsigned short>,
+                  "frames hold short or unsigned short");
+
 public:
     /// @param controlGain     in 1/16: scales the difference before the weight is looked up; any value
     /// @param feedbackFactor  in 1/2048: scales the weight; above 2048 the recurrence may grow without bound:
@@ -57,7 +61,7 @@ private:
     unsigned short m_u16FeedbackFactor;
     cv::Mat_<float> m_oStateFrame;
     bool m_bInitNeeded = true;
-    std::size_t m_nFeedbackTableSize = mg_aFeedbackStrengthRef.size();
+    std::size_t m_nFeedbackTableSize = std::size(mg_aFeedbackStrengthRef);
 };
 
 extern template class VELMO_API TemporalNoiseReductionRef<short>;

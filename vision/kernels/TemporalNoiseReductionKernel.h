@@ -16,20 +16,6 @@ constexpr std::ptrdiff_t differenceTableCentre = 65536;
 /// way, there is no pull.
 constexpr std::size_t differenceTableLimit = 0;
 
-/// Weight over the scaled difference k = 0..1023, Q15: the definition of mg_aFeedbackStrength.
-constexpr unsigned short feedbackStrength(int k)
-{
-    // Chosen by eye on real scenes; a formula would not reproduce them.
-    constexpr int percent[] = {96, 93, 91, 88, 86, 83, 80, 78, 75, 72, 70, 67, 65, 62, 60, 57, 55, 53,
-                               50, 48, 46, 44, 42, 40, 38, 36, 35, 33, 32, 31, 30, 29, 28, 28, 27};
-    if (k < 15)
-        return 32768;
-    if (k < 50)
-        return static_cast<unsigned short>(32768 * percent[k - 15] / 100);
-    const int constantPull = 39321600 / (100 * k + 1); // 12 / (k + 0.01) in Q15
-    return static_cast<unsigned short>(k < 896 ? constantPull : constantPull * (1024 - k) / 128);
-}
-
 /// What a pixel moves by when its previous output lies `difference` above its input; the low 16 bits count.
 /// Any parameters, halves up. `lut` points at the weight for difference 0.
 inline std::uint16_t pullWithAnyParam(const unsigned short* lut, int difference, int gain, int factor)

@@ -4,9 +4,8 @@ namespace velmo::vision {
 
 float RadiometricTools::getFloat(unsigned short value)
 {
-    // In double: a single-precision product would be off by up to a thousandth of a degree before the
-    // subtraction takes most of its digits away.
-    return static_cast<float>(value * 0.01 - 273.15);
+    // Whole numbers are subtracted without an error; what is left of one is the rounding at the end.
+    return static_cast<float>((value - 27315) / 100.0);
 }
 
 } // namespace velmo::vision

@@ -10,7 +10,8 @@ class VELMO_API RadiometricTools
 public:
     RadiometricTools() = delete;
 
-    /// Temperature of a frame value: value x 0.01 - 273.15, in degrees Celsius (-273.15 to 382.2).
+    /// Temperature of a frame value in degrees Celsius: (value - 27315) / 100 in double precision, rounded
+    /// once. From -273.15 to 382.2; 27315 is exactly 0.
     static float getFloat(unsigned short value);
 };
 

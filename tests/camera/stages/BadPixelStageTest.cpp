@@ -14,8 +14,8 @@ using velmo::exp::Exception;
 TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
 {
     // Each stands in for the other.
-    velmo::exp::vision::BadPixel left{{0, 0}, {{{1, 0}, {1, 0}, {1, 0}, {1, 0}}}};
-    velmo::exp::vision::BadPixel right{{1, 0}, {{{0, 0}, {0, 0}, {0, 0}, {2, 0}}}};
+    velmo::exp::vision::BadPixel left{{0, 0}, {{1, 0}, {1, 0}, {1, 0}, {1, 0}}};
+    velmo::exp::vision::BadPixel right{{1, 0}, {{0, 0}, {0, 0}, {0, 0}, {2, 0}}};
     const auto stage = makeBadPixelStage("records", {left, right});
     EXPECT_EQ(stage->name(), "bad pixels 2");
     Frame frame = (Frame(1, 3) << 10, 65535, 16);

@@ -75,6 +75,34 @@ TEST(DataStorage, SharesTheValuesSetAndReplacesThem)
     EXPECT_EQ(storage.size(), 1u) << "asking made an entry";
 }
 
+TEST(DataStorage, AssignsThroughItsIndex)
+{
+    Storage storage;
+    static_assert(std::is_same_v<Storage::iterator, Storage::const_iterator>);
+    storage["a/b"] = number(1);
+    storage["c"] = storage["a/b"];
+    const std::shared_ptr<Variant> copy = storage["c"];
+    EXPECT_EQ(copy, storage.get("a/b"));
+    EXPECT_EQ(storage["c"].get(), copy.get());
+    EXPECT_EQ((*storage["c"]).value<int>(), 1);
+    EXPECT_TRUE(storage["d/e"] == nullptr && storage["c"] != nullptr && storage["c"] == copy);
+    EXPECT_EQ(refusal([&] { storage["a"] = storage["missing"]; }).second, "set(..)\n");
+    EXPECT_EQ(refusal([&] { storage["x"] = storage.get("a"), storage["x/y"] = storage["x"]; }).second,
+              "set(..)\n");
+    EXPECT_THAT(keys(storage), ElementsAre("a", "c", "x"));
+}
+
+TEST(GroupItem, OwnsItsText)
+{
+    const auto rest = discriminate("first/second/third").next();
+    EXPECT_EQ(rest.item(), "second");
+    EXPECT_EQ(rest.next().item(), "third");
+    EXPECT_TRUE(rest.isValid() && rest.hasNext() && !rest.next().hasNext());
+    EXPECT_FALSE(rest.next().next().isValid());
+    for (const char* id : {"", "/", "/a", "a/", "a//b"})
+        EXPECT_FALSE(discriminate(id).isValid()) << id;
+}
+
 TEST(DataStorage, MakesTheGroupsOnAPath)
 {
     Storage storage;

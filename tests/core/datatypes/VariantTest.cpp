@@ -57,6 +57,32 @@ TEST(Variant, HoldsACopyAndGivesItBackAsItsType)
     EXPECT_EQ(messageOf([] { Variant::create(1)->value<Bytes>(); }, "value"), message);
 }
 
+template <class... T>
+void createFromLvalues()
+{
+    const auto create = [](auto value) {
+        using Held = decltype(value);
+        EXPECT_EQ(Variant::create<Held>(value)->template value<Held>(), value);
+        EXPECT_EQ(Variant::create(value)->template value<Held>(), value);
+    };
+    (create(T{}), ...);
+}
+
+TEST(Variant, IsCreatedFromWhateverItCanHold)
+{
+    createFromLvalues<bool, std::int8_t, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t,
+                      std::uint32_t, std::int64_t, std::uint64_t, float, double, std::string, Bytes,
+                      Storage>();
+    EXPECT_EQ(Variant::create(-5LL)->value<std::int64_t>(), -5);
+    EXPECT_EQ(Variant::create(5ULL)->value<std::uint64_t>(), 5U);
+    EXPECT_EQ(Variant::create('a')->getTypeDescriptionName(), std::is_signed_v<char> ? "int8" : "uint8");
+    EXPECT_EQ(Variant::create<Bytes>({1, 2})->value<Bytes>(), (Bytes{1, 2}));
+    const Variant_<Bytes> bytes(Bytes{3});
+    Variant_<Bytes> copy(bytes);
+    copy.value<Bytes>().push_back(4);
+    EXPECT_EQ(bytes.value<Bytes>(), Bytes{3});
+}
+
 TEST(Variant, SaysWhatKindOfTypeItHolds)
 {
     const auto storage = Variant::create(Storage()), bytes = Variant::create(Bytes()),
@@ -200,6 +226,10 @@ TEST(Variant, HasABinaryFormInBothByteOrders)
     EXPECT_EQ(Variant::deserialize("uint8[]", little, {2, 0, 0, 0, 7, 8, 9}, consumed)->value<Bytes>(),
               (Bytes{7, 8}));
     EXPECT_EQ(consumed, 6u);
+    std::vector<char> chars(4);
+    Variant::create(7)->serialize(big, chars.data());
+    EXPECT_EQ(Variant::deserialize("int32", big, chars.data(), chars.size(), consumed)->value<int>(), 7);
+    EXPECT_EQ(consumed, 4u);
     EXPECT_THROW(Variant::deserialize("bool", little, {2}, consumed), Exception);
     EXPECT_THROW(Variant::deserialize("int32", little, {1, 2, 3}, consumed), Exception);
     EXPECT_THROW(Variant::deserialize("string", little, {0xFF, 0xFF, 0xFF, 0xFF, 'a'}, consumed), Exception);

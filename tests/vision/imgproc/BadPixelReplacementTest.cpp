@@ -195,7 +195,7 @@ TEST(BadPixelReplacement, FailsWithoutAGoodPixelInReach)
 
 TEST(BadPixelReplacement, LeavesARecordThatFindsNothingAsItWas)
 {
-    BadPixel record{{1, 1}, {{{9, 8}, {7, 6}, {5, 4}, {3, 2}}}};
+    BadPixel record{{1, 1}, {{9, 8}, {7, 6}, {5, 4}, {3, 2}}};
     const Query query = BadPixelTools::computeReplacePixelQuery(2);
     EXPECT_FALSE(BadPixelTools::calculateSingleReplacePixel(Map(3, 3, 1), query, record));
     EXPECT_EQ(text(record), "1,1: 9,8 7,6 5,4 3,2");

@@ -31,7 +31,7 @@ Values valuesOf(const BadPixel& record)
 }
 
 /// Ten values that differ in both bytes, the extremes and -1 among them.
-const BadPixel mg_oRecord{{1, 2}, {{{-1, 0x0304}, {32767, -32768}, {0x0506, 7}, {8, -9}}}};
+const BadPixel mg_oRecord = {{1, 2}, {{-1, 0x0304}, {32767, -32768}, {0x0506, 7}, {8, -9}}};
 const Values mg_aRecord{1, 2, -1, 0x0304, 32767, -32768, 0x0506, 7, 8, -9};
 
 class BadPixelFile : public testing::Test
@@ -84,7 +84,11 @@ TEST(BadPixel, IsTwentyBytesInEitherOrderAtAnyAddress)
         record.deserialize(endian, buffer.data() + 1, size);
         EXPECT_EQ(size, 20U);
         EXPECT_EQ(valuesOf(record), mg_aRecord);
+        EXPECT_EQ(record, mg_oRecord);
+        record.replacePixel[3].y = 9;
+        EXPECT_NE(record, mg_oRecord);
     }
+    EXPECT_EQ(valuesOf(BadPixel()), Values(10, 0));
 }
 
 TEST_F(BadPixelFile, HoldsARecordInEachRow)

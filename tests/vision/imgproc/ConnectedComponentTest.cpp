@@ -35,6 +35,8 @@ TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
     EXPECT_EQ(component.getBoundingBox(), cv::Rect(0, 0, 0, 0));
     EXPECT_TRUE(component.getConvexHull().empty());
     EXPECT_THROW(component.getPCA(), cv::Exception);
+    const std::map<int, ConnectedComponent> implicitly{{7, 7}};
+    EXPECT_EQ(implicitly.at(7).getLabel(), 7U);
 }
 
 TEST(ConnectedComponent, CountsThePixelsOfItsBoxInclusively)

@@ -91,6 +91,9 @@ TEST(DistortionCorrection, ReadsRecordsRowByRow)
     EXPECT_THAT(records[5].m_au16Weights, testing::ElementsAre(14, 15, 16, 17));
 
     EXPECT_EQ(offsets(DistortionCorrection(file.path, 0, 0).getPixelCorrInfo()), offsets(records));
+    EXPECT_EQ(records[1], PixelCorrInfo(2, 65535, 6, 7, 8));
+    EXPECT_NE(records[1], PixelCorrInfo(2, 65535, 6, 7, 9));
+    EXPECT_EQ(PixelCorrInfo(), PixelCorrInfo(0, 0, 0, 0, 0));
     EXPECT_EQ(offsets(DistortionCorrection(records).getPixelCorrInfo()), offsets(records));
     EXPECT_EQ(offsets(MapFile(1, 1, still(1)).load()), (std::vector<int>{0}));
     EXPECT_TRUE(DistortionCorrection(std::vector<PixelCorrInfo>{}).getPixelCorrInfo().empty());

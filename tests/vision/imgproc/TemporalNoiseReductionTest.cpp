@@ -15,6 +15,9 @@ namespace {
 
 using Frame = cv::Mat_<unsigned short>;
 
+/// As start-up code of a program finds it.
+const unsigned short weightOfStartUpCode = *(std::as_const(mg_aFeedbackStrength) + 15);
+
 Values stream(unsigned char gain, unsigned short factor, const Values& inputs)
 {
     TemporalNoiseReduction<unsigned short> filter(gain, factor);
@@ -29,7 +32,18 @@ TEST(TemporalNoiseReduction, HasTheWeightCurve)
                                            {48, 9175}, {49, 8847},  {50, 7862},  {64, 6143},  {100, 3931},
                                            {895, 439}, {896, 438},  {1008, 48},  {1023, 3}};
     for (const auto& [k, weight] : telling)
-        EXPECT_EQ(mg_aFeedbackStrength[static_cast<std::size_t>(k)], weight) << "k " << k;
+        EXPECT_EQ(mg_aFeedbackStrength[k], weight) << "k " << k;
+    const int percent[] = {96, 93, 91, 88, 86, 83, 80, 78, 75, 72, 70, 67, 65, 62, 60, 57, 55, 53,
+                           50, 48, 46, 44, 42, 40, 38, 36, 35, 33, 32, 31, 30, 29, 28, 28, 27};
+    for (int k = 0; k < 1024; ++k) {
+        const int pull = 39321600 / (100 * k + 1);
+        const int weight = k < 15    ? 32768
+                           : k < 50  ? 32768 * percent[k - 15] / 100
+                           : k < 896 ? pull
+                                     : pull * (1024 - k) / 128;
+        ASSERT_EQ(mg_aFeedbackStrength[k], weight) << "k " << k;
+    }
+    EXPECT_EQ(weightOfStartUpCode, 31457);
 }
 
 TEST(TemporalNoiseReduction, HoldsNoisePullsStepsAndLetsJumpsPass)

@@ -9,6 +9,7 @@ TEST(RadiometricTools, CountsHundredthsOfAKelvin)
     EXPECT_FLOAT_EQ(RadiometricTools::getFloat(0), -273.15f);
     EXPECT_FLOAT_EQ(RadiometricTools::getFloat(65535), 382.2f);
     EXPECT_FLOAT_EQ(RadiometricTools::getFloat(3003), -243.12f);
-    EXPECT_NEAR(RadiometricTools::getFloat(27315), 0.0f, 1e-6f);
-    EXPECT_NEAR(RadiometricTools::getFloat(29315), 20.0f, 2e-6f);
+    EXPECT_EQ(RadiometricTools::getFloat(27315), 0.0f);
+    EXPECT_EQ(RadiometricTools::getFloat(29315), 20.0f);
+    EXPECT_EQ(RadiometricTools::getFloat(27316), 0.01f);
 }
