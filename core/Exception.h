@@ -31,7 +31,8 @@ private:
 
 } // namespace velmo::exp
 
+/// The place where the macro stands, as Exception takes it.
+#define VELMO_LOCATION (std::string(__FILE__) + ": " + std::to_string(__LINE__) + ": " + __func__ + "(..)\n")
+
 /// Throws Exception with `message` and the place where the macro stands.
-#define VELMO_THROW(message)                                                                                 \
-    throw ::velmo::exp::Exception((message), std::string(__FILE__) + ": " + std::to_string(__LINE__) +       \
-                                                 ": " + __func__ + "(..)\n")
+#define VELMO_THROW(message) throw ::velmo::exp::Exception((message), VELMO_LOCATION)

@@ -61,16 +61,19 @@ class IniReader
 public:
     void line(std::string_view text)
     {
-        ++m_u64Line;
+        ++m_s32Line;
         text = MemoryAcsii::trim(text);
         if (text.empty() || text.front() == ';' || text.front() == '#')
             return;
+        if (++m_s32Keys > StorageLimits::s32Keys)
+            VELMO_THROW("INI text exceeds the limit of " + std::to_string(StorageLimits::s32Keys) +
+                        " keys and sections");
         if (text.front() == '[' && text.back() == ']')
             openSection(MemoryAcsii::trim(text.substr(1, text.size() - 2)));
         else if (text.front() != '[' && text.find('=') != text.npos)
             store(text);
         else
-            VELMO_THROW("INI line " + std::to_string(m_u64Line) + " is neither a section nor key = value");
+            VELMO_THROW("INI line " + std::to_string(m_s32Line) + " is neither a section nor key = value");
     }
 
     Storage take() { return std::move(m_stoResult); }
@@ -79,22 +82,26 @@ private:
     void openSection(std::string_view name)
     {
         m_strSection = name;
-        checkDepthOf(m_strSection);
+        m_oIds.add(m_strSection);
         if (!m_stoResult.get(m_strSection))
             m_stoResult.set(m_strSection, Variant::create(Storage()));
         m_strSection += '/';
+        m_u64Depth = static_cast<std::size_t>(std::count(m_strSection.begin(), m_strSection.end(), '/'));
     }
 
     void store(std::string_view text)
     {
-        const std::string id = m_strSection + std::string(MemoryAcsii::trim(takePart(text, '=')));
-        checkDepthOf(id);
-        m_stoResult.set(id, parseValue(MemoryAcsii::trim(text)));
+        const std::string_view key = MemoryAcsii::trim(takePart(text, '='));
+        m_oIds.add(key, m_u64Depth);
+        m_stoResult.set(m_strSection + std::string(key), parseValue(MemoryAcsii::trim(text)));
     }
 
     Storage m_stoResult;
-    std::string m_strSection; ///< with a "/" behind it, unless it is the top
-    std::size_t m_u64Line = 0;
+    std::string m_strSection;   ///< with a "/" behind it, unless it is the top
+    std::size_t m_u64Depth = 0; ///< of that group
+    IdCheck m_oIds;
+    int m_s32Line = 0;
+    int m_s32Keys = 0; ///< and sections
 };
 
 } // namespace
@@ -103,7 +110,7 @@ std::pair<Storage, std::string> StorageDecoderIni::decode(std::istream& in)
 {
     if (in.fail())
         VELMO_THROW("Inputstream not readable!");
-    const std::string text = readText(in);
+    const std::string text = readText(in, StorageLimits::u64Ini);
     std::string_view rest = text;
     if (rest.substr(0, 3) == "\xEF\xBB\xBF") // some editors put a byte-order mark in front
         rest.remove_prefix(3);

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "core/datatypes/DataStorage.h"
 
 #include <istream>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace velmo::exp {
@@ -18,7 +20,11 @@ namespace velmo::exp {
 /// - Lines that begin with `;` or `#` are comments; empty lines mean nothing. White space around lines,
 ///   keys, values and section names does not count.
 ///
-/// A text of more than 64 MiB and an id of more than 64 components are refused.
+/// Refused are a text of more than 64 MiB, more than 100,000 keys and sections, ids of more than 500
+/// components, and ids that name more than 100,000 groups in all.
+///
+/// An exception mask of the stream does not matter: it is as before afterwards, also after an error; of the
+/// state that reading left, what it would throw for is cleared.
 class VELMO_API StorageDecoderIni
 {
 public:
@@ -27,6 +33,12 @@ public:
     /// @throws Exception  for a stream that has failed, for a line that is none of the above, an invalid
     ///                    id, a path through a value that is no group, and for text beyond a limit
     static std::pair<DataStorage<std::string>, std::string> decode(std::istream& in);
+    template <class TStorage>
+    static std::pair<TStorage, std::string> decode(std::istream& in)
+    {
+        static_assert(std::is_same_v<TStorage, DataStorage<std::string>>);
+        return decode(in);
+    }
 };
 
 } // namespace velmo::exp

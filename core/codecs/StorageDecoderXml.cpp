@@ -3,6 +3,7 @@
 #include "core/Exception.h"
 #include "core/codecs/StorageText.h"
 #include "core/codecs/XmlCheck.h"
+#include "core/memory/ByteCursor.h"
 #include "core/memory/MemoryAcsii.h"
 
 #include <map>
@@ -33,6 +34,7 @@ constexpr std::string_view packageStart = "<?storage";
 std::string readLine(std::istream& in)
 {
     constexpr std::size_t limit = 1024;
+    const QuietStream quiet(in);
     std::string line;
     for (int next;
          line.size() < limit && (next = in.get()) != std::istream::traits_type::eof() && next != '\n';)
@@ -93,9 +95,9 @@ Package readPackage(std::istream& in, const std::string& line)
     if (!MemoryAcsii::parse(attributes["size"], size) || attributes.size() != 4)
         VELMO_THROW(
             "Package instruction needs a size in bytes, and nothing but version, values, endian and size");
-    if (size > StorageLimits::u64Text)
+    if (size > StorageLimits::u64Xml)
         VELMO_THROW("XML text of " + std::to_string(size) + " bytes exceeds the limit of " +
-                    std::to_string(StorageLimits::u64Text) + " bytes");
+                    std::to_string(StorageLimits::u64Xml) + " bytes");
     package.text = readUpTo(in, size);
     if (package.text.size() < size)
         VELMO_THROW("XML text of " + std::to_string(size) + " bytes announced, " +
@@ -113,14 +115,14 @@ Package readStream(std::istream& in)
         return readPackage(in, start.back() + readLine(in));
     }
     Package package;
-    package.text = std::move(start);
-    package.text += readText(in);
+    package.text = readText(in, StorageLimits::u64Xml, std::move(start));
     return package;
 }
 
+/// What the check has left to the parser as an instruction is of no type that it knows.
 bool isDecoration(const TiXmlNode& node)
 {
-    return node.ToDeclaration() || node.ToComment();
+    return node.ToUnknown() || node.ToComment();
 }
 
 /// @throws std::logic_error  if the element does not have the attribute
@@ -135,21 +137,47 @@ const char* required(const TiXmlElement& element, const char* attribute)
 
 std::shared_ptr<Variant> textValue(const TiXmlElement& item)
 {
-    const TiXmlNode* const text = item.FirstChild();
-    return Variant::fromString(required(item, "type"), text ? text->ValueStr() : std::string());
+    const std::string type = required(item, "type");
+    const TiXmlNode* node = item.FirstChild();
+    while (node && node->ToUnknown())
+        node = node->NextSibling();
+    const std::string text = node ? node->ValueStr() : std::string();
+    // Whether the parser keeps the white space around a text is a switch of the whole process.
+    return Variant::fromString(type, type == "string" ? text : std::string(MemoryAcsii::trim(text)));
 }
 
-std::vector<unsigned char> readBytes(std::istream& in, const TiXmlElement& item)
+/// @param left  how many bytes the values of the file may still have
+std::vector<unsigned char> readBytes(std::istream& in, const TiXmlElement& item, std::uint64_t& left)
 {
     const char* const text = item.Attribute("size");
     std::uint64_t size = 0;
     if (!text || !MemoryAcsii::parse(text, size))
         VELMO_THROW("Item without a valid size: " + std::string(text ? text : "none"));
+    if (size > left)
+        VELMO_THROW("Value of " + std::to_string(size) + " bytes exceeds the limit of " +
+                    std::to_string(StorageLimits::u64Values) + " bytes of all values");
+    left -= size;
     const std::string bytes = readUpTo(in, size);
     if (bytes.size() < size)
         VELMO_THROW("Value of " + std::to_string(size) + " bytes announced, " + std::to_string(bytes.size()) +
                     " bytes left");
     return {bytes.begin(), bytes.end()};
+}
+
+/// Empty if the item's size is not that of its value.
+std::shared_ptr<Variant> binaryValue(std::istream& in, const TiXmlElement& item, Endian endian,
+                                     std::uint64_t& left)
+{
+    const std::string type = required(item, "type");
+    const auto bytes = readBytes(in, item, left);
+    std::size_t consumed = 0;
+    std::shared_ptr<Variant> value;
+    try {
+        value = Variant::deserialize(type, endian, bytes, consumed);
+    } catch (const EndOfBytes&) {
+        consumed = bytes.size() + 1; // or more
+    }
+    return consumed == bytes.size() ? value : nullptr;
 }
 
 } // namespace
@@ -177,54 +205,56 @@ std::pair<Storage, std::string> StorageDecoderXml::decode(std::istream& in)
 
 Storage StorageDecoderXml::decodeStorage(std::istream& in, TiXmlNode* group, bool textValues, Endian endian)
 {
-    /// A group that is being filled, and the next of its nodes.
+    /// A group that is being filled, its key in the group around it, and the next of its nodes.
     struct Level
     {
+        std::string key;
+        Storage storage;
         TiXmlNode* next;
-        Storage* storage;
     };
 
-    Storage result;
-    std::vector<Level> levels{{group ? group->FirstChild() : nullptr, &result}};
-    while (!levels.empty()) {
-        auto& [next, storage] = levels.back();
-        if (!next) {
+    IdCheck ids;
+    std::uint64_t left = StorageLimits::u64Values;
+    std::vector<Level> levels;
+    levels.push_back({"", Storage(), group ? group->FirstChild() : nullptr});
+    for (;;) {
+        Level& level = levels.back();
+        if (!level.next) {
+            Storage filled = std::move(level.storage);
+            if (levels.size() == 1)
+                return filled;
+            const auto value = Variant::create(Storage());
+            const std::string key = std::move(level.key);
             levels.pop_back();
+            // Set while it is empty: there is nothing in it to look for a storage that would hold itself.
+            levels.back().storage.set(key, value);
+            value->value<Storage>() = std::move(filled);
             continue;
         }
-        TiXmlElement* const element = next->ToElement();
-        next = next->NextSibling();
+        TiXmlElement* const element = level.next->ToElement();
+        level.next = level.next->NextSibling();
         if (!element)
             continue;
 
-        const bool isGroup = element->ValueStr() == "group";
-        if (!isGroup && element->ValueStr() != "item")
-            VELMO_THROW("Unknown node type!");
-        const std::string key = required(*element, "name");
-        checkDepthOf(key);
-        if (isGroup) {
-            const auto inner = Variant::create(Storage());
-            storage->set(key, inner);
-            levels.push_back({element->FirstChild(), &inner->value<Storage>()});
-        } else if (textValues) {
-            storage->set(key, textValue(*element));
-        } else {
-            const std::string type = required(*element, "type");
-            const auto bytes = readBytes(in, *element);
-            std::size_t consumed = 0;
-            const auto value = Variant::deserialize(type, endian, bytes, consumed);
-            if (consumed != bytes.size())
+        std::string key = required(*element, "name");
+        ids.add(key);
+        if (element->ValueStr() == "group") {
+            levels.push_back({std::move(key), Storage(), element->FirstChild()});
+        } else if (element->ValueStr() == "item") {
+            const auto value = textValues ? textValue(*element) : binaryValue(in, *element, endian, left);
+            if (!value)
                 VELMO_THROW("Buffer size and type size does not match");
-            storage->set(key, value);
+            level.storage.set(key, value);
+        } else {
+            VELMO_THROW("Unknown node type!");
         }
     }
-    return result;
 }
 
 std::shared_ptr<TiXmlDocument> StorageDecoderXml::getPackageInfo(std::istream& in, bool& textValues,
                                                                  bool& bigEndian)
 {
-    const Package package = readStream(in);
+    Package package = readStream(in);
     textValues = package.bTextValues;
     bigEndian = package.bBigEndian;
     const XmlForm form = checkXml(package.text);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 #include "core/datatypes/DataStorage.h"
 #include "core/datatypes/Endian.h"
@@ -26,10 +27,18 @@ namespace velmo::exp {
 /// than "text"; each item then has a "size", its number of bytes. `endian` is "little" or "big", and
 /// "little" if it is not there. Without an instruction the stream is text to its end.
 ///
-/// A text is refused before it is parsed if it has more than 64 nested elements (the root counted), more
-/// than 256 attributes on one element, more than 64 MiB in all, a NUL byte, or a document type
-/// declaration; ids have 64 components at most. Safe on any bytes, also from several threads on a stream
-/// each.
+/// Comments and instructions (`<?...?>`, the XML declaration among them) are skipped wherever they stand
+/// between elements; instructions inside an item as well. White space around the value of an item does not
+/// count, unless its type is string.
+///
+/// A text is refused before it is parsed if it has more than 16 MiB, more than 250,000 elements, texts,
+/// comments and instructions, more than 500 nested elements (the root counted), more than 256 attributes on
+/// one element, a second root, a NUL byte, or a document type declaration. Ids have 500 components at most
+/// and name at most 100,000 groups in all; binary values have 64 MiB at most beside the text. Safe on any
+/// bytes, also from several threads on a stream each.
+///
+/// An exception mask of the stream does not matter: it is as before afterwards, also after an error; of the
+/// state that reading left, what it would throw for is cleared.
 class VELMO_API StorageDecoderXml
 {
 public:

@@ -9,6 +9,7 @@ namespace velmo::exp {
 std::string readUpTo(std::istream& in, std::uint64_t count)
 {
     constexpr std::uint64_t chunk = 1 << 16;
+    const QuietStream quiet(in);
     std::string bytes;
     while (bytes.size() < count && in.good()) {
         const std::size_t had = bytes.size();
@@ -23,19 +24,24 @@ std::string readUpTo(std::istream& in, std::uint64_t count)
     return bytes;
 }
 
-std::string readText(std::istream& in)
+std::string readText(std::istream& in, std::size_t limit, std::string text)
 {
-    std::string text = readUpTo(in, StorageLimits::u64Text + 1);
-    if (text.size() > StorageLimits::u64Text)
-        VELMO_THROW("Storage text exceeds the limit of " + std::to_string(StorageLimits::u64Text) + " bytes");
+    text += readUpTo(in, limit + 1 - std::min(text.size(), limit));
+    if (text.size() > limit)
+        VELMO_THROW("Storage text exceeds the limit of " + std::to_string(limit) + " bytes");
     return text;
 }
 
-void checkDepthOf(const std::string& id)
+void IdCheck::add(std::string_view id, std::size_t groupsAbove)
 {
-    if (std::count(id.begin(), id.end(), '/') >= StorageLimits::s32Depth)
-        VELMO_THROW("Storage id exceeds the limit of " + std::to_string(StorageLimits::s32Depth) +
+    const auto groups = static_cast<std::size_t>(std::count(id.begin(), id.end(), '/'));
+    if (groupsAbove + groups >= StorageLimits::u64Components)
+        VELMO_THROW("Storage id exceeds the limit of " + std::to_string(StorageLimits::u64Components) +
                     " components");
+    m_u64Groups += groups;
+    if (m_u64Groups > StorageLimits::u64Groups)
+        VELMO_THROW("Storage ids exceed the limit of " + std::to_string(StorageLimits::u64Groups) +
+                    " groups that they name");
 }
 
 } // namespace velmo::exp

@@ -77,12 +77,12 @@ int utf8Length(const char* text)
 class XmlCheck
 {
 public:
-    explicit XmlCheck(const std::string& text) : m_pNext(text.c_str()), m_pEnd(m_pNext + text.size()) {}
+    explicit XmlCheck(std::string& text) : m_pNext(text.data()), m_pEnd(m_pNext + text.size()) {}
 
     XmlForm run()
     {
         while (!atEnd())
-            if (!(*m_pNext == '<' ? markup() : *m_pNext == '&' ? reference() : plainText()))
+            if (!(*m_pNext == '<' ? markup() : text()))
                 return broken();
         return m_s32Depth > 0 ? XmlForm::Broken : m_bUtf8 ? XmlForm::Utf8 : XmlForm::Bytes;
     }
@@ -143,6 +143,25 @@ private:
         m_pNext += std::max(length, 1);
     }
 
+    void countNode()
+    {
+        if (++m_s32Nodes > StorageLimits::s32Nodes)
+            VELMO_THROW("XML text exceeds the limit of " + std::to_string(StorageLimits::s32Nodes) +
+                        " elements, texts, comments and instructions");
+    }
+
+    /// Steps up to the next markup. Of blanks alone the parser makes no node.
+    bool text()
+    {
+        skipBlanks();
+        if (*m_pNext != '<' && !atEnd())
+            countNode();
+        while (*m_pNext != '<' && !atEnd())
+            if (!(*m_pNext == '&' ? reference() : plainText()))
+                return false;
+        return true;
+    }
+
     /// Steps over what is neither markup nor a reference, at least one character.
     bool plainText()
     {
@@ -184,6 +203,7 @@ private:
 
     bool comment()
     {
+        countNode();
         if (startsWith("<!--")) {
             m_pNext += 4;
             return skipPast("-->");
@@ -195,35 +215,17 @@ private:
         return false;
     }
 
-    /// To the parser, an instruction ends with the first ">"; what looks like an XML declaration has
-    /// values in quotes, which may hide one.
+    /// To the parser, an instruction ends with the first ">", and one that begins with "xml" may hide markup
+    /// in its quotes. Nobody asks what it says: it becomes one that reads the same everywhere.
     bool instruction()
     {
-        if (startsWithAnyCase("<?xml"))
-            return declaration();
-        while (!atEnd() && *m_pNext != '>')
-            character();
-        return m_pNext[-1] == '?' && take('>');
-    }
-
-    bool declaration()
-    {
-        m_pNext += 5;
-        for (skipBlanks(); isNameStart(*m_pNext); skipBlanks())
-            if (!name() || !sign('=') || !plainValue())
-                return false;
-        return take('?') && take('>');
-    }
-
-    /// A value as XML declarations have them: without blanks.
-    bool plainValue()
-    {
-        const char quote = *m_pNext;
-        if (!take('"') && !take('\''))
+        countNode();
+        m_pNext += 2;
+        char* const begin = m_pNext;
+        if (!isNameStart(*m_pNext) || !skipPast("?>"))
             return false;
-        while (isNamePart(*m_pNext) && static_cast<unsigned char>(*m_pNext) < 0x80)
-            ++m_pNext;
-        return take(quote);
+        std::fill(begin, m_pNext - 2, '-');
+        return true;
     }
 
     bool name()
@@ -252,8 +254,12 @@ private:
     bool startTag()
     {
         ++m_pNext;
+        countNode();
         if (!name())
             return false;
+        if (m_s32Depth == 0 && m_bRoot)
+            VELMO_THROW("XML text holds more than one root element; the limit is 1");
+        m_bRoot = true;
         if (m_s32Depth >= StorageLimits::s32Depth)
             VELMO_THROW("XML text exceeds the limit of " + std::to_string(StorageLimits::s32Depth) +
                         " nested elements");
@@ -319,15 +325,17 @@ private:
         return hexadecimal && lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
     }
 
-    const char* m_pNext;
+    char* m_pNext;
     const char* m_pEnd;
     int m_s32Depth = 0;
+    int m_s32Nodes = 0;
+    bool m_bRoot = false; ///< there was one
     bool m_bUtf8 = true;
 };
 
 } // namespace
 
-XmlForm checkXml(const std::string& text)
+XmlForm checkXml(std::string& text)
 {
     return XmlCheck(text).run();
 }

@@ -17,8 +17,11 @@ enum class XmlForm
 /// element, compares every attribute with all before it and believes character references and
 /// multi-byte characters that swallow markup; so only text that both read the same way may pass.
 /// Whether end tags have the names of their start tags is left to the parser.
-/// @throws Exception  that names the limit, for more than 64 nested elements, more than 256 attributes
-///                    of one element, a NUL byte (also as a reference) and a document type declaration
-XmlForm checkXml(const std::string& text);
+///
+/// Instructions, the XML declaration among them, have no meaning here: what they say is overwritten.
+/// @throws Exception  that names the limit, for more nodes, nested elements or attributes of one element
+///                    than StorageLimits allow, a second root element, a NUL byte (also as a reference) and
+///                    a document type declaration
+XmlForm checkXml(std::string& text);
 
 } // namespace velmo::exp

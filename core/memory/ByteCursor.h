@@ -9,8 +9,15 @@
 
 namespace velmo::exp {
 
+/// Bytes ended before what was to be read from them.
+class EndOfBytes : public Exception
+{
+public:
+    using Exception::Exception;
+};
+
 /// Walks over bytes that came from outside; does not own them. A read past the end throws
-/// Exception and leaves the cursor where it was.
+/// EndOfBytes and leaves the cursor where it was.
 class ByteCursor
 {
 public:
@@ -25,7 +32,8 @@ public:
     {
         // Not m_pNext + count > m_pEnd: with a count from a header that sum can wrap.
         if (count > left())
-            VELMO_THROW("Need " + std::to_string(count) + " bytes, " + std::to_string(left()) + " left!");
+            throw EndOfBytes("Need " + std::to_string(count) + " bytes, " + std::to_string(left()) + " left!",
+                             VELMO_LOCATION);
         m_pNext += count;
         return m_pNext - count;
     }

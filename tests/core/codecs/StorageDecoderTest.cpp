@@ -3,6 +3,7 @@
 #include "core/Exception.h"
 #include "core/codecs/StorageDecoderIni.h"
 #include "core/codecs/StorageDecoderXml.h"
+#include "core/codecs/XmlCheck.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -131,13 +132,60 @@ TEST(StorageDecoderXml, ReadsGroupsAndItems)
     EXPECT_EQ(decodeIn(item("a", "string", "\xB0")).get("a")->value<std::string>(), "\xB0") << "not UTF-8";
 }
 
+TEST(StorageDecoderXml, SkipsInstructionsAnywhere)
+{
+    const auto [storage, name] =
+        decode("<?xml-stylesheet type='text/xsl' href=\"a>b.xsl\"?><?a version=\"?>"
+               "<group name=\"r\"><?b <item> ?><item name=\"a\" type=\"int8\"><?c > ?>5<?d ?></item>"
+               "<?XML?></group><?e ?>\n");
+    EXPECT_EQ(name, "r");
+    EXPECT_EQ(storage.size(), 1u);
+    EXPECT_EQ(storage.get("a")->value<std::int8_t>(), 5);
+}
+
+TEST(StorageDecoderXml, TrimsValuesWhateverTheParsersSwitch)
+{
+    const bool condense = TiXmlBase::IsWhiteSpaceCondensed();
+    for (const bool on : {true, false}) {
+        TiXmlBase::SetCondenseWhiteSpace(on);
+        const Storage storage = decodeIn("\n" + item("a", "int8", " \n5\t ") + " " +
+                                         item("b", "bool", " true ") + item("c", "string", " x  y "));
+        EXPECT_EQ(storage.get("a")->value<std::int8_t>(), 5);
+        EXPECT_TRUE(storage.get("b")->value<bool>());
+        EXPECT_EQ(storage.get("c")->value<std::string>(), on ? "x y" : " x  y ");
+        EXPECT_THAT(refusal("<group name=\"r\">" + item("a", "int8", " ") + "</group>"), HasSubstr("''"));
+    }
+    TiXmlBase::SetCondenseWhiteSpace(condense);
+}
+
+TEST(StorageDecoder, LeavesTheExceptionMaskOfAStreamAsItWas)
+{
+    const std::string text = "<group name=\"r\"><item name=\"a\" type=\"int16\" size=\"2\"/></group>";
+    for (const auto& [format, file, good] : {std::tuple(xml, std::string("<group name=\"r\"/>"), true),
+                                             {xml, "<group", false},
+                                             {xml, package("values=\"binary\"", text, "ab"), true},
+                                             {xml, package("values=\"binary\"", text, "a"), false},
+                                             {ini, "a = 1", true},
+                                             {ini, "a", false}}) {
+        std::istringstream in(file);
+        const auto mask = std::ios::failbit | std::ios::eofbit;
+        in.exceptions(mask);
+        if (good)
+            EXPECT_NO_THROW(StorageDecoder<Storage>(format).decode(in)) << file;
+        else
+            EXPECT_THROW(StorageDecoder<Storage>(format).decode(in), Exception) << file;
+        EXPECT_EQ(in.exceptions(), mask);
+        EXPECT_TRUE(in.good());
+    }
+}
+
 TEST(StorageDecoderXml, NamesWhatIsMissing)
 {
     const Refusal noXml("Inputstream does not contain any XML.", "decode(..)\n");
     for (const char* file :
          {"", "<group name=\"a\">", "<group name=\"a\"></grou>", "<group name=a/>", "<group name=\"a\"",
           "<group name=\"a\"></group></group>", "<", "<!-- ", "<group name=\"&#x;\"/>", "<?xml",
-          "<?xml a=", "<?pi ><group name=\"a\"/>", "hello"})
+          "<?xml a=", "<?pi ><group name=\"a\"/>", "<?\?><group name=\"a\"/>", "hello"})
         EXPECT_EQ(refusalAndFunction(file), noXml) << file;
     EXPECT_EQ(refusalAndFunction("<!-- empty -->"), Refusal("Root element not found!", "decode(..)\n"));
     EXPECT_EQ(refusalAndFunction("<tree name=\"a\"/>"),
@@ -146,6 +194,10 @@ TEST(StorageDecoderXml, NamesWhatIsMissing)
               Refusal("Unknown node type!", "decodeStorage(..)\n"));
     EXPECT_EQ(refusalAndFunction("<group name=\"a\"><group name=\"\"/></group>"),
               Refusal("invalid id", "set(..)\n"));
+    EXPECT_THROW(decodeIn("<value>3</value>"), std::logic_error) << "a missing name comes first";
+    EXPECT_EQ(refusal("<group name=\"a\"><group name=\"/\"><value name=\"x\"/></group></group>"),
+              "Unknown node type!")
+        << "a group is decoded before it is set";
     for (const char* content : {"<item type=\"int8\">1</item>", "<item name=\"a\">1</item>", "<group/>"})
         EXPECT_THROW(decodeIn(content), std::logic_error) << content;
     EXPECT_THROW(decode("<group/>"), std::logic_error);
@@ -173,9 +225,9 @@ TEST(StorageDecoderXml, RefusesTextBeyondTheLimits)
     const auto nested = [](int depth) {
         return repeated("<group name=\"a\">", depth) + repeated("</group>", depth);
     };
-    EXPECT_NO_THROW(decode(nested(64)));
-    EXPECT_THAT(refusal(nested(65)), HasSubstr("64"));
-    EXPECT_THAT(refusal(repeated("<group name=\"a\">", 1000000)), HasSubstr("64"));
+    EXPECT_NO_THROW(decode(nested(500)));
+    EXPECT_THAT(refusal(nested(501)), HasSubstr("limit of 500"));
+    EXPECT_THAT(refusal(repeated("<group name=\"a\">", 100000)), HasSubstr("limit of 500"));
     EXPECT_NO_THROW(decode(repeated("<!-- <a> -->", 100) + nested(1))) << "depth of what is no element";
 
     const auto attributes = [](int count) {
@@ -192,11 +244,25 @@ TEST(StorageDecoderXml, RefusesTextBeyondTheLimits)
     EXPECT_THAT(refusal("<group name=\"a&#0;\"/>"), HasSubstr("NUL"));
     EXPECT_THAT(refusal("<!DOCTYPE x [<!ENTITY a \"aaaa\">]><group name=\"a\"/>"),
                 HasSubstr("document type declaration"));
-    EXPECT_THAT(refusal("<group name=\"a\">" + std::string(64 << 20, ' ') + "</group>"),
-                HasSubstr("67108864"));
-    EXPECT_NO_THROW(decodeIn(item(repeated("a/", 63) + "a", "int8", "1")));
-    EXPECT_THAT(refusal("<group name=\"a\">" + item(repeated("a/", 64) + "a", "int8", "1") + "</group>"),
-                HasSubstr("64"));
+    const std::string empty = "<group name=\"a\"></group>";
+    EXPECT_NO_THROW(decode(empty + std::string((16 << 20) - empty.size(), ' ')));
+    EXPECT_THAT(refusal(empty + std::string((16 << 20) + 1 - empty.size(), ' ')), HasSubstr("16777216"));
+    EXPECT_NO_THROW(decodeIn(item(repeated("a/", 499) + "a", "int8", "1")));
+    EXPECT_THAT(refusal("<group name=\"a\">" + item(repeated("a/", 500) + "a", "int8", "1") + "</group>"),
+                HasSubstr("limit of 500"));
+    EXPECT_THAT(refusal("<group name=\"a\"/><group name=\"b\"/>"), HasSubstr("root"));
+    for (const char* node : {"<!---->", "<?a?>", "x<a/>", "<![CDATA[x]]>"}) {
+        const int nodes = node[0] == 'x' ? 2 : 1;
+        std::string most = "<group>" + repeated("<!---->", nodes == 2) +
+                           repeated(node, (250000 - nodes) / nodes) + "</group>";
+        std::string more = most + "<!---->";
+        EXPECT_EQ(checkXml(most), XmlForm::Utf8) << node;
+        EXPECT_THROW(checkXml(more), Exception) << node;
+    }
+    std::string paths;
+    for (int i = 0; i < 201; ++i)
+        paths += item(std::to_string(i) + repeated("/a", 499), "int8", "1");
+    EXPECT_THAT(refusal("<group name=\"a\">" + paths + "</group>"), HasSubstr("100000 groups"));
 }
 
 TEST(StorageDecoderXml, LetsNothingHideMarkupFromItsCheck)
@@ -209,6 +275,7 @@ TEST(StorageDecoderXml, LetsNothingHideMarkupFromItsCheck)
              "<?xml version=\"?><!--\"?>" + deep + "--><group name=\"a\"/>",
              "<?xml a=\" version=\"?><!--\"?>" + deep + "--><group name=\"a\"/>",
              "<?pi > " + deep + "?><group name=\"a\"/>",
+             "<?xml-stylesheet a=\" version=\"?><!--\"?>" + deep + "--><group name=\"a\"/>",
              "<![cdata[>" + deep + "]]><group name=\"a\"/>",
              "<!ELEMENT \">" + deep + "\"><group name=\"a\"/>",
              "<group name=a'>" + deep + "'/>",
@@ -255,11 +322,13 @@ TEST(StorageDecoderXml, RefusesBrokenPackages)
     };
     EXPECT_EQ(refusalAndFunction(one("type=\"int16\" size=\"3\"", "abc")),
               Refusal("Buffer size and type size does not match", "decodeStorage(..)\n"));
-    EXPECT_THAT(refusal(one("type=\"int16\" size=\"1\"", "a")), HasSubstr("1 left"));
+    for (const char* tooSmall : {"type=\"int16\" size=\"1\"", "type=\"string\" size=\"1\"",
+                                 "type=\"uint8[]\" size=\"4\"", "type=\"double\" size=\"0\""})
+        EXPECT_EQ(refusalAndFunction(one(tooSmall, "\1\2\3\4")),
+                  Refusal("Buffer size and type size does not match", "decodeStorage(..)\n"));
     EXPECT_THAT(refusal(one("type=\"int16\" size=\"2\"", "a")), HasSubstr("1 bytes left"));
-    EXPECT_THAT(refusal(one("type=\"uint8[]\" size=\"18446744073709551615\"", "abcd")),
-                HasSubstr("4 bytes left"));
-    EXPECT_THAT(refusal(one("type=\"uint8[]\" size=\"5\"", "\xFF\xFF\xFF\xFF.")), HasSubstr("4294967295"));
+    EXPECT_THAT(refusal(one("type=\"uint8[]\" size=\"67108864\"", "abcd")), HasSubstr("4 bytes left"));
+    EXPECT_THAT(refusal(one("type=\"uint8[]\" size=\"67108865\"", "abcd")), HasSubstr("limit of 67108864"));
     for (const char* size : {"size=\"-1\"", "size=\"18446744073709551616\"", "size=\"2x\"", "size=\"\"", ""})
         EXPECT_THAT(refusal(one(std::string("type=\"int16\" ") + size, "ab")), HasSubstr("size")) << size;
 
@@ -275,7 +344,7 @@ TEST(StorageDecoderXml, RefusesBrokenPackages)
                               "<?storage version=\"1\" values=\"text\" size=\"17\" colour=\"red\"?>\n",
                               "<?storage version=\"1\" values=\"text\" size=\"17\"\n",
                               "<?storage version=\"1\" values=\"text\" size=\"18\"?>\n",
-                              "<?storage version=\"1\" values=\"text\" size=\"67108865\"?>\n"})
+                              "<?storage version=\"1\" values=\"text\" size=\"16777217\"?>\n"})
         EXPECT_NE(refusal(start + group), "nothing thrown") << start;
     EXPECT_NO_THROW(decode("<?storage  size=\"17\" version=\"1\" values=\"text\" ?>\r\n" + group));
 }
@@ -334,7 +403,11 @@ TEST(StorageDecoderIni, RefusesWhatIsNoIni)
     for (const char* text : {"[]", "[a//b]", "= 1", "/x = 1", "[a]\nb/ = 1"})
         EXPECT_EQ(refusal(text, ini), "invalid id") << text;
     EXPECT_THAT(refusal("a = 1\n[a]\nb = 2", ini), HasSubstr("not a valid storage type: a"));
-    EXPECT_THAT(refusal("[" + repeated("a/", 64) + "a]", ini), HasSubstr("64"));
+    EXPECT_THAT(refusal("[" + repeated("a/", 500) + "a]", ini), HasSubstr("limit of 500"));
+    EXPECT_NO_THROW(decode("[" + repeated("a/", 498) + "a]\na = 1", ini));
+    EXPECT_THAT(refusal("[" + repeated("a/", 498) + "a]\na/a = 1", ini), HasSubstr("limit of 500"));
+    EXPECT_NO_THROW(decode("[a]\n" + repeated("b=1\n", 99999), ini));
+    EXPECT_THAT(refusal("[a]\n" + repeated("b=1\n", 100000), ini), HasSubstr("100000 keys"));
     EXPECT_THAT(refusal(std::string((64 << 20) + 1, '\n'), ini), HasSubstr("67108864"));
 
     std::istringstream failed;
