@@ -1,6 +1,7 @@
 #include "vision/imgproc/ColorConvert.h"
 
 #include "core/Exception.h"
+#include "core/memory/Overlap.h"
 #include "vision/kernels/ColorConvertKernel.h"
 
 #include <opencv2/imgproc.hpp>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace velmo::vision {
 namespace {
@@ -31,28 +33,31 @@ void checkPairs(const cv::Mat& src)
         VELMO_THROW("Need an even number of pixels, got " + std::to_string(src.total()) + "!");
 }
 
-void checkBuffers(const void* src, const void* dst, unsigned long pixels)
+/// Converts a buffer of three bytes per pixel to one of `bytesOut`.
+void convertBuffer(const void* src, void* dst, unsigned long pixels, std::size_t bytesOut,
+                   ColorKernels::Convert kernel)
 {
-    if (pixels > 0 && (src == nullptr || dst == nullptr))
+    if (pixels == 0)
+        return;
+    if (src == nullptr || dst == nullptr)
         VELMO_THROW("Need two buffers of " + std::to_string(pixels) + " pixels, got a null pointer!");
-}
-
-/// Whether both are regions of one image that are not the same region: writing one pixel may then change
-/// another one that is still to be read.
-bool overlapsElsewhere(const cv::Mat& a, const cv::Mat& b)
-{
-    return a.datastart == b.datastart && (a.data != b.data || a.step != b.step);
+    const auto* in = static_cast<const Byte*>(src);
+    std::vector<Byte> copy;
+    if (src != dst && exp::overlap({src, 3 * pixels}, {dst, bytesOut * pixels})) {
+        copy.assign(in, in + 3 * pixels);
+        in = copy.data();
+    }
+    kernel(in, static_cast<Byte*>(dst), pixels);
 }
 
 /// Converts `src`, which has been checked. Pairs may reach from one row into the next.
 void convert(const cv::Mat& src, Image& dst, ColorKernels::Convert kernel, bool bPairs)
 {
-    cv::Mat in = src; // `dst` may be the same object
-    dst.create(in.rows, in.cols);
-    if (in.empty())
+    const cv::Mat image = src; // `dst` may be the same object
+    dst.create(image.rows, image.cols);
+    if (image.empty())
         return;
-    if (overlapsElsewhere(in, dst))
-        in = in.clone();
+    const cv::Mat in = exp::untouched(image, dst);
     if (in.isContinuous() && dst.isContinuous()) {
         kernel(in.data, dst.data, in.total());
     } else if (!bPairs || in.cols % 2 == 0) {
@@ -77,22 +82,24 @@ void convertPairs(const cv::Mat& src, Image& dst, ColorKernels::Convert kernel)
 void ColorConvert::convertYUYVToBGR(const cv::Mat& src, Image& dst)
 {
     checkPixels(src, 2);
-    const cv::Mat in = src.isContinuous() ? src : src.clone();
-    dst.create(in.rows, in.cols);
-    if (in.empty())
+    const cv::Mat image = src; // `dst` may be the same object
+    dst.create(image.rows, image.cols);
+    if (image.empty())
         return;
-    // A few rows at a time: what lies between the two steps stays in the cache, and images this small OpenCV
-    // does not spread over threads.
+    const cv::Mat apart = exp::untouched(image, dst), in = apart.isContinuous() ? apart : apart.clone();
+    // In blocks of some rows, or of a part of a long one: what lies between the two steps stays in the cache,
+    // and images this small OpenCV does not spread over threads.
     constexpr int blockPixels = 4096;
-    const int blockRows = std::clamp(blockPixels / in.cols, 1, in.rows);
-    Image lumaChroma(blockRows, in.cols);
-    for (int r = 0; r < in.rows; r += blockRows) {
-        const cv::Range rows(r, std::min(r + blockRows, in.rows));
-        const cv::Mat part = lumaChroma.rowRange(0, rows.size());
-        fastColorKernels.lagYuyv(in.data, part.data, static_cast<std::size_t>(r) * in.cols, part.total());
-        cv::Mat out = dst.rowRange(rows);
-        cv::cvtColor(part, out, cv::COLOR_YCrCb2BGR);
-    }
+    unsigned char lumaChroma[3 * blockPixels];
+    const int width = std::min(in.cols, blockPixels), height = std::clamp(blockPixels / in.cols, 1, in.rows);
+    for (int r = 0; r < in.rows; r += height)
+        for (int c = 0; c < in.cols; c += width) {
+            cv::Mat out =
+                dst(cv::Range(r, std::min(r + height, in.rows)), cv::Range(c, std::min(c + width, in.cols)));
+            const std::size_t first = static_cast<std::size_t>(r) * in.cols + static_cast<std::size_t>(c);
+            fastColorKernels.lagYuyv(in.data, lumaChroma, first, out.total());
+            cv::cvtColor(cv::Mat(out.size(), CV_8UC3, lumaChroma), out, cv::COLOR_YCrCb2BGR);
+        }
 }
 
 void ColorConvert::convertUYVYToBGR(const cv::Mat& src, Image& dst)
@@ -128,20 +135,17 @@ void ColorConvert::convertYCbCrtoBRG(const cv::Mat& src, Image& dst)
 
 void ColorConvert::convertBGR888ToYCbCr(void* src, void* dst, unsigned long pixels)
 {
-    checkBuffers(src, dst, pixels);
-    fastColorKernels.bgrToYcbcr(static_cast<Byte*>(src), static_cast<Byte*>(dst), pixels);
+    convertBuffer(src, dst, pixels, 3, fastColorKernels.bgrToYcbcr);
 }
 
 void ColorConvert::convertRGBToYCbCr(void* src, void* dst, unsigned long pixels)
 {
-    checkBuffers(src, dst, pixels);
-    fastColorKernels.rgbToYcbcr(static_cast<Byte*>(src), static_cast<Byte*>(dst), pixels);
+    convertBuffer(src, dst, pixels, 3, fastColorKernels.rgbToYcbcr);
 }
 
 void ColorConvert::convertYCbCrtoYUV2(unsigned char* src, unsigned char* dst, unsigned long pixels)
 {
-    checkBuffers(src, dst, pixels / 2);
-    fastColorKernels.ycbcrToYuv2(src, dst, pixels);
+    convertBuffer(src, dst, pixels / 2 * 2, 2, fastColorKernels.ycbcrToYuv2);
 }
 
 void ColorConvert::swapRB(cv::Mat& image)

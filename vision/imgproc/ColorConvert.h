@@ -24,7 +24,7 @@ enum ColorType : int
 /// What holds for the members that take images: the source is a two-dimensional image of any size, also
 /// empty, whose rows may be padded (a region of a larger image). `dst` becomes an image of the source's rows
 /// and columns; if it has that size already, also as a region of a larger image, its pixels are written in
-/// place.
+/// place. It may share pixels with the source, at the cost of a copy.
 class VELMO_API ColorConvert
 {
 public:
@@ -49,12 +49,12 @@ public:
     /// The same, red first.
     static void convertUY1VY0ToRGB(const cv::Mat& src, Image& dst);
 
-    /// Y, Cb, Cr to blue, green, red, rounded, halves up. Source and destination may be the same image.
+    /// Y, Cb, Cr to blue, green, red, rounded, halves up. In place without a copy.
     /// @throws Exception  if the source has other than three bytes per pixel
     static void convertYCbCrtoBRG(const cv::Mat& src, Image& dst);
 
     /// Full-range Y, Cb, Cr of a buffer of blue, green, red; three bytes per pixel each. Source and
-    /// destination may be the same buffer.
+    /// destination may be the same buffer, or overlap, at the cost of a copy.
     /// @throws Exception  if a buffer is null and `pixels` is not 0
     static void convertBGR888ToYCbCr(void* src, void* dst, unsigned long pixels);
     /// The same for red, green, blue.
@@ -62,7 +62,7 @@ public:
 
     /// Halves the chroma of a buffer of Y, Cb, Cr: each pair of pixels becomes the four bytes Cr of the
     /// second, Y of the second, Cb of the first, Y of the first, which is a YUY2 word read backwards. A last
-    /// odd pixel is left out. Source and destination may be the same buffer.
+    /// odd pixel is left out. Source and destination may be the same buffer, or overlap.
     /// @param dst  2 bytes per pixel
     /// @throws Exception  if a buffer is null and there is a pair
     static void convertYCbCrtoYUV2(unsigned char* src, unsigned char* dst, unsigned long pixels);

@@ -1,6 +1,7 @@
 #include "vision/imgproc/ColorPaletteConverter.h"
 
 #include "core/Exception.h"
+#include "core/memory/Overlap.h"
 #include "vision/kernels/ColorPaletteConverterKernel.h"
 
 #include <algorithm>
@@ -145,11 +146,12 @@ void ColorPaletteConverter::palletizeFast(const Frame& src, Picture& dst)
     if (src.empty())
         return;
     const unsigned int* entries = table();
+    const Frame frame = exp::untouched(src, dst);
     // One run where there is no padding; rows of views by their own pointers.
-    const int rows = src.isContinuous() && dst.isContinuous() ? 1 : src.rows;
-    const std::size_t count = src.total() / static_cast<std::size_t>(rows);
+    const int rows = frame.isContinuous() && dst.isContinuous() ? 1 : frame.rows;
+    const std::size_t count = frame.total() / static_cast<std::size_t>(rows);
     for (int r = 0; r < rows; ++r)
-        palettizeBySixteen(src[r], dst[r]->val, count, entries);
+        palettizeBySixteen(frame[r], dst[r]->val, count, entries);
 }
 
 void ColorPaletteConverter::palletizeSlowly(const Frame& src, Picture& dst, unsigned short min,
@@ -158,9 +160,10 @@ void ColorPaletteConverter::palletizeSlowly(const Frame& src, Picture& dst, unsi
     // Only the table has whole entries; here every pixel has the three bytes of a picture.
     Picture row = stretchedRgb(max - min + 1, palette);
     fillColorRegionsRgb(row, min, max);
-    for (int r = 0; r < src.rows; ++r)
-        for (int c = 0; c < src.cols; ++c) {
-            const cv::Vec3b& entry = row(0, std::clamp(src(r, c), min, max) - min);
+    const Frame frame = exp::untouched(src, dst);
+    for (int r = 0; r < frame.rows; ++r)
+        for (int c = 0; c < frame.cols; ++c) {
+            const cv::Vec3b& entry = row(0, std::clamp(frame(r, c), min, max) - min);
             dst(r, c) = exchanged(entry, m_bBgr);
         }
 }

@@ -1,6 +1,7 @@
 #include "vision/imgproc/DownSize.h"
 
 #include "core/Exception.h"
+#include "core/memory/Overlap.h"
 #include "vision/kernels/DownSizeKernel.h"
 
 #include <string>
@@ -20,17 +21,17 @@ void checkSize(const cv::Mat& in)
 void DownSize::resize240To160(cv::Mat_<short>& in, cv::Mat_<short>& out)
 {
     checkSize(in);
-    const cv::Mat_<short> source = in; // keeps the pixels if `out` is `in`
+    const cv::Mat_<short> frame = in; // keeps the pixels if `out` is `in`
     out.create(120, 160);
-    resizeToTwoThirds(source, out);
+    resizeToTwoThirds(untouched(frame, out), out);
 }
 
 void DownSize::resize240To120(cv::Mat_<short>& in, cv::Mat_<short>& out)
 {
     checkSize(in);
-    const cv::Mat_<short> source = in;
+    const cv::Mat_<short> frame = in;
     out.create(90, 120);
-    resizeToHalf(source, out);
+    resizeToHalf(untouched(frame, out), out);
 }
 
 } // namespace velmo::exp::vision

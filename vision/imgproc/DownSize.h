@@ -16,7 +16,8 @@ public:
     /// one.
     ///
     /// @param in   180 rows x 240 cols; rows may be padded
-    /// @param out  becomes 120 rows x 160 cols; reused if it has that size already. May be `in` itself.
+    /// @param out  becomes 120 rows x 160 cols; reused if it has that size already. May share pixels with
+    /// `in`.
     /// @throws Exception  if `in` is of another size; `out` is untouched then
     static void resize240To160(cv::Mat_<short>& in, cv::Mat_<short>& out);
 

@@ -1,5 +1,6 @@
 #include "vision/imgproc/SpatialNoiseRemover.h"
 
+#include "core/memory/Overlap.h"
 #include "vision/kernels/SpatialNoiseRemoverKernel.h"
 
 namespace velmo::exp::vision {
@@ -24,10 +25,11 @@ void SpatialNoiseRemover::process(const cv::Mat_<short>& in, cv::Mat_<short>& ou
     out.create(in.rows, in.cols);
     if (in.rows < 1 || in.cols < 1)
         return;
+    const cv::Mat_<short> frame = untouched(in, out);
     if (m_s32Gain == 0)
-        in.copyTo(out);
+        frame.copyTo(out);
     else
-        removeSpatialNoise(in, out, m_s32Gain);
+        removeSpatialNoise(frame, out, m_s32Gain);
 }
 
 } // namespace velmo::exp::vision

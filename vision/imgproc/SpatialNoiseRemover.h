@@ -30,7 +30,8 @@ public:
 
     /// @param in   rows x cols raw values, any size, also empty; rows may be padded. Beyond its edges the
     ///             outermost pixels repeat.
-    /// @param out  becomes rows x cols; reused if it has that size already. May be `in` itself.
+    /// @param out  becomes rows x cols; reused if it has that size already. May be `in` itself, or
+    ///             share pixels with it, at the cost of a copy.
     void process(const cv::Mat_<short>& in, cv::Mat_<short>& out) const;
 
 private:

@@ -1,6 +1,7 @@
 #include "vision/imgproc/StaticPatternRemover.h"
 
 #include "core/Exception.h"
+#include "core/memory/Overlap.h"
 #include "vision/kernels/StaticPatternRemoverKernel.h"
 
 #include <string>
@@ -102,7 +103,7 @@ void StaticPatternRemover::process(const cv::Mat_<short>& in, cv::Mat_<short>& o
     if (in.rows < 1 || in.cols < 1)
         return;
     removeStaticPattern(
-        in, out, m_oColumnState, m_oPixelState,
+        untouched(in, out), out, m_oColumnState, m_oPixelState,
         {m_s32Threshold, m_s32ThresholdLow, m_s32LineLimit, m_s32FrameLimit, m_s32MinStart, m_s32MaxStart},
         m_aScratch);
 }

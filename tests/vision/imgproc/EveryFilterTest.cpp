@@ -1,0 +1,156 @@
+// What every filter promises: views, output in place, overlap, copies, moves, other sizes.
+
+#include "tests/Support.h"
+#include "tests/vision/imgproc/Filters.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+class EveryFilter : public testing::TestWithParam<FilterKind>
+{
+protected:
+    /// Sizes that it takes: rows and columns alone, and such that pairs and fours of pixels span rows.
+    std::vector<cv::Size> sizes() const
+    {
+        if (!kind.fixed.empty())
+            return {kind.fixed};
+        std::vector<cv::Size> all{{1, 1}, {1, 12}, {12, 1}, {37, 11}, {5, 4}, {33, 2}, {36, 12}};
+        all.erase(std::remove_if(all.begin(), all.end(),
+                                 [&](const cv::Size& size) { return size.area() % kind.multiple != 0; }),
+                  all.end());
+        return all;
+    }
+
+    cv::Mat frame(cv::Size size)
+    {
+        cv::Mat frame(size, kind.type);
+        random.fill(frame, cv::RNG::UNIFORM, 0, 101);
+        return frame;
+    }
+
+    static cv::Mat result(Filter& filter, const cv::Mat& in)
+    {
+        cv::Mat out;
+        filter.process(in.clone(), out);
+        return out.clone();
+    }
+
+    const FilterKind kind = GetParam();
+    cv::RNG random{7};
+};
+
+} // namespace
+
+TEST_P(EveryFilter, ReadsAndWritesViewsAndNothingAroundThem)
+{
+    for (const cv::Size size : sizes()) {
+        const auto straight = kind.make(), views = kind.make();
+        for (int n = 0; n < 4; ++n) {
+            const cv::Mat large = frame(size + cv::Size(5, 2));
+            const cv::Rect place({2, 1}, size);
+            const cv::Mat expected = result(*straight, large(place));
+
+            cv::Mat canvas(expected.size() + cv::Size(5, 2), expected.type(), cv::Scalar::all(99));
+            const cv::Rect target({2, 1}, expected.size());
+            cv::Mat out = canvas(target);
+            views->process(large(place), out);
+            ASSERT_EQ(out.data, canvas(target).data) << "not in place, " << size;
+            ASSERT_TRUE(same(out, expected)) << size;
+            out.setTo(cv::Scalar::all(99));
+            ASSERT_TRUE(same(canvas, cv::Mat(canvas.size(), canvas.type(), cv::Scalar::all(99)))) << size;
+        }
+    }
+}
+
+// Matrices made over one buffer, as pools of frames have them: in steps of their own, or in the same steps,
+// which is what regions of one image are like.
+TEST_P(EveryFilter, GivesTheResultOfTheUntouchedInputWhereverTheOutputLies)
+{
+    if (kind.bInPlace)
+        return;
+    for (const cv::Size size : sizes()) {
+        const cv::Mat first = frame(size), second = frame(size);
+        const auto straight = kind.make();
+        result(*straight, first);
+        const cv::Mat expected = result(*straight, second);
+        const std::size_t inRow = second.cols * second.elemSize(),
+                          outRow = expected.cols * expected.elemSize();
+        const std::size_t shared = (std::max(inRow, outRow) + 12) / 2 * 2;
+        const std::size_t bytes = shared * (std::max(second.rows, expected.rows) + 2);
+        for (const auto& [inStep, outStep] :
+             {std::pair(inRow, outRow), {shared, shared}, {shared, outRow}, {inRow, shared}})
+            for (const std::ptrdiff_t shift :
+                 {std::ptrdiff_t(0), std::ptrdiff_t(2), std::ptrdiff_t(6), std::ptrdiff_t(inStep),
+                  std::ptrdiff_t(inStep + 6), std::ptrdiff_t(outStep), std::ptrdiff_t(bytes / 4 * 2)})
+                for (const std::ptrdiff_t offset : {shift, -shift}) {
+                    std::vector<std::uint16_t> buffer(3 * bytes / 2 + 3, 0x6363);
+                    unsigned char* const begin = reinterpret_cast<unsigned char*>(buffer.data()) + bytes;
+                    cv::Mat in(size, kind.type, begin, inStep);
+                    second.copyTo(in);
+                    cv::Mat out(expected.size(), expected.type(), begin + offset, outStep);
+                    const auto filter = kind.make();
+                    result(*filter, first);
+                    filter->process(in, out);
+                    ASSERT_EQ(out.data, begin + offset);
+                    ASSERT_TRUE(same(out, expected))
+                        << size << ", steps " << inStep << " and " << outStep << ", offset " << offset;
+                }
+    }
+}
+
+TEST_P(EveryFilter, GoesOnFromTheSameStateInItsCopies)
+{
+    const cv::Size size = sizes().back();
+    const cv::Mat frames[] = {frame(size), frame(size), frame(size)};
+    const auto original = kind.make(), untouched = kind.make();
+    result(*original, frames[0]);
+    result(*untouched, frames[0]);
+    const auto copy = original->copied(), assigned = kind.make();
+    result(*assigned, frames[2]);
+    assigned->assign(*original);
+    assigned->assign(*assigned);
+    result(*original, frames[2]); // none of their business
+    const cv::Mat expected = result(*untouched, frames[1]);
+    EXPECT_TRUE(same(result(*copy, frames[1]), expected));
+    EXPECT_TRUE(same(result(*assigned, frames[1]), expected));
+}
+
+TEST_P(EveryFilter, IsAsNewAfterAMoveAndItsHeirGoesOn)
+{
+    const cv::Size size = sizes().back();
+    const cv::Mat frames[] = {frame(size), frame(size)};
+    const auto original = kind.make(), fresh = kind.make(), untouched = kind.make();
+    result(*original, frames[0]);
+    result(*untouched, frames[0]);
+    const cv::Mat next = result(*untouched, frames[1]), first = result(*fresh, frames[1]);
+
+    const auto heir = original->moved();
+    EXPECT_TRUE(same(result(*original, frames[1]), first));
+    const auto second = kind.make();
+    result(*second, frames[1]);
+    second->take(*heir);
+    EXPECT_TRUE(same(result(*heir, frames[1]), first));
+    EXPECT_TRUE(same(result(*second, frames[1]), next));
+}
+
+TEST_P(EveryFilter, StartsAnewWithAnotherSizeAndTakesEmptyFrames)
+{
+    const std::vector<cv::Size> all = sizes();
+    const auto filter = kind.make();
+    for (const cv::Size size : all) {
+        const cv::Mat in = frame(size);
+        EXPECT_TRUE(same(result(*filter, in), result(*kind.make(), in))) << size;
+        result(*filter, in);
+    }
+    if (!kind.fixed.empty())
+        return;
+    for (const cv::Size size : {cv::Size(5, 0), cv::Size(0, 5), cv::Size(0, 0)})
+        EXPECT_TRUE(result(*filter, cv::Mat(size, kind.type)).empty()) << size;
+}
+
+INSTANTIATE_TEST_SUITE_P(Filters, EveryFilter, testing::ValuesIn(everyFilter()),
+                         [](const auto& kind) { return kind.param.name; });
