@@ -15,6 +15,7 @@ cmake -S "$examples" -B "$scratch/cmake" -G Ninja --log-level=WARNING -DCMAKE_PR
 cmake --build "$scratch/cmake" >/dev/null
 "$scratch/cmake/consumer"
 "$scratch/cmake/camera"
+"$scratch/cmake/bad_pixels"
 
 export PKG_CONFIG_PATH="$library/pkgconfig"
 flags=$(pkg-config --cflags --libs vision_imgproc-1.0)

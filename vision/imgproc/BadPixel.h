@@ -107,6 +107,7 @@ public:
     /// @param map     any size; of pixels beyond column or row 32767 the record holds the low 16 bits
     /// @param radius  how far to search, in pixels; what is beyond the map's diagonal changes nothing. Read
     ///                as a signed number: 0 and what is above 2^31 - 1 find nothing.
+    /// @return none for a map without bad pixels, whatever the radius
     /// @throws Exception  if a bad pixel has no good one within the radius, or if both radius and diagonal
     ///                    are above 32767.
     static std::vector<BadPixel> calculateReplacePixels(const cv::Mat_<int>& map, unsigned int radius);
@@ -153,7 +154,11 @@ public:
                                       double dTemp2, double dFactorResponsivity, double dFactorNoise,
                                       double dFactorNetd);
 
-    /// The records as a map image to be encoded: a row of ten values (CV_16SC1) for each record.
+    /// The records as a map image to be encoded: a row of ten values (CV_16SC1) for each record. Encoders
+    /// take their 16 bits through an unsigned view; cv::imwrite would make 8 bits of signed ones:
+    ///
+    ///     cv::Mat image = BadPixelTools::convertBadPixelToPxmFormat(records);
+    ///     cv::imwrite("records.pgm", cv::Mat(image.size(), CV_16UC1, image.data, image.step));
     ///
     /// @throws Exception  if there are more than 65535.
     static cv::Mat convertBadPixelToPxmFormat(std::vector<BadPixel> badPixels);

@@ -131,14 +131,38 @@ private:
     std::vector<Row> m_aRows;
 };
 
+/// One way along a line of the map, counted in 16 bits: positions beyond 32767 are negative, and a step below
+/// -32768 leads to 32767. So a search from there comes upon the first positions of the line, or, backwards,
+/// upon its last ones, as if it went round a ring.
+struct Way
+{
+    /// @param count  positions of the line that can be found: 32768 at most
+    Way(short from, int step, int first, int count) : s32Step(step)
+    {
+        const int start = from + step * first;
+        s32Start = start >= 0 ? start : step > 0 ? 0 : std::min(start + 65536, count - 1);
+        s32Origin = start < 0 && step < 0 ? from + 65536 : from;
+        s32Least = s32Start < count ? distanceTo(s32Start) : maxOffset + 1;
+    }
+
+    /// How far away a position is; more than any radius where the search does not get to it.
+    int distanceTo(int position) const { return s32Step * (position - s32Origin); }
+
+    int s32Step;
+    int s32Start;  ///< the first position of the line that can be found
+    int s32Origin; ///< where the search comes from
+    int s32Least;  ///< the distance of the first position
+};
+
 /// Finds what the lists of offsets find, without the lists: of a row only its nearest good pixel can be the
 /// nearest of a quadrant, so a search costs as many rows as its result is away, not the area between.
 class QuadrantSearch
 {
 public:
-    /// Neither side of the map is above 32768: positions fit 16 bits and nothing wraps.
     QuadrantSearch(const cv::Mat_<int>& map, int radius)
-        : m_matMap(map), m_goodPixels(map), m_s32Radius(radius), m_fRadius(static_cast<float>(radius))
+        : m_matMap(map(cv::Range(0, std::min(map.rows, maxOffset + 1)),
+                       cv::Range(0, std::min(map.cols, maxOffset + 1)))),
+          m_goodPixels(m_matMap), m_s32Radius(radius), m_fRadius(static_cast<float>(radius))
     {}
 
     /// Fills the slots; false if no quadrant has a good pixel.
@@ -175,20 +199,21 @@ private:
     {
         constexpr Quadrant quadrants[4] = {{1, 1, 1, 0}, {-1, 1, 0, 1}, {1, -1, 0, 1}, {-1, -1, 1, 0}};
         const Quadrant& quadrant = quadrants[slot];
+        const Way across(badPixel.pixel.x, quadrant.stepX, quadrant.firstX, m_matMap.cols);
+        const Way down(badPixel.pixel.y, quadrant.stepY, quadrant.firstY, m_matMap.rows);
         std::tuple<float, int, int> best(m_fRadius, maxOffset + 1, 0); // the order of the lists
         bool found = false;
-        for (int away = quadrant.firstY; away <= m_s32Radius; ++away) {
-            const int row = badPixel.pixel.y + away * quadrant.stepY;
-            if (row < 0 || row >= m_matMap.rows || distance(quadrant.firstX, away) > std::get<0>(best))
+        for (int row = down.s32Start; row >= 0 && row < m_matMap.rows; row += quadrant.stepY) {
+            const int dy = down.distanceTo(row);
+            if (std::max(across.s32Least, dy) > m_s32Radius ||
+                distance(across.s32Least, dy) > std::get<0>(best))
                 break;
-            const int column =
-                m_goodPixels.from(row, badPixel.pixel.x + quadrant.firstX * quadrant.stepX, quadrant.stepX);
-            if (column < 0)
+            const int column = m_goodPixels.from(row, across.s32Start, quadrant.stepX);
+            const int dx = column < 0 ? maxOffset + 1 : across.distanceTo(column);
+            if (dx > m_s32Radius)
                 continue;
-            const int across = std::abs(column - badPixel.pixel.x);
-            const std::tuple<float, int, int> candidate(distance(across, away),
-                                                        quadrant.firstX == 1 ? across : away,
-                                                        quadrant.firstX == 1 ? away : across);
+            const std::tuple<float, int, int> candidate(distance(dx, dy), quadrant.firstX == 1 ? dx : dy,
+                                                        quadrant.firstX == 1 ? dy : dx);
             if (candidate < best) {
                 best = candidate;
                 badPixel.replacePixel[slot] = {static_cast<short>(column), static_cast<short>(row)};
@@ -198,7 +223,7 @@ private:
         return found;
     }
 
-    const cv::Mat_<int>& m_matMap;
+    const cv::Mat_<int> m_matMap; ///< what 16 bits reach of the map
     GoodPixels m_goodPixels;
     int m_s32Radius;
     float m_fRadius;
@@ -211,25 +236,6 @@ int usefulRadius(const cv::Mat_<int>& map, unsigned int radius)
     const int wanted = static_cast<int>(std::min<double>(static_cast<int>(radius), std::ceil(diagonal)));
     checkRadius(wanted);
     return wanted;
-}
-
-/// A record for each bad pixel, filled by `fill`; nothing as soon as one cannot be filled.
-template <class Fill>
-bool collectRecords(const cv::Mat_<int>& map, Fill fill, std::vector<BadPixel>& records)
-{
-    records.reserve(static_cast<std::size_t>(cv::countNonZero(map)));
-    for (int row = 0; row < map.rows; ++row) {
-        const int* pixels = map[row];
-        for (int column = 0; column < map.cols; ++column) {
-            if (pixels[column] == 0)
-                continue;
-            BadPixel& record = records.emplace_back();
-            record.pixel = {static_cast<short>(column), static_cast<short>(row)};
-            if (!fill(record))
-                return false;
-        }
-    }
-    return true;
 }
 
 void checkPositions(const std::vector<BadPixel>& badPixels, const cv::Mat_<int>& map)
@@ -281,28 +287,32 @@ bool BadPixelTools::calculateSingleReplacePixel(const cv::Mat_<int>& map, const 
 
 std::vector<BadPixel> BadPixelTools::calculateReplacePixels(const cv::Mat_<int>& map, unsigned int radius)
 {
-    const int useful = usefulRadius(map, radius);
     std::vector<BadPixel> records;
-    bool complete = false;
-    if (std::max(map.rows, map.cols) <= maxOffset + 1) {
-        QuadrantSearch search(map, useful);
-        complete = collectRecords(
-            map, [&](BadPixel& record) { return search.fill(record); }, records);
-    } else { // positions wrap at 16 bits: candidate by candidate, as the lists have it
-        const ReplacePixelQuery query = computeReplacePixelQuery(useful);
-        complete = collectRecords(
-            map, [&](BadPixel& record) { return calculateSingleReplacePixel(map, query, record); }, records);
+    const int count = cv::countNonZero(map);
+    if (count == 0)
+        return records;
+    records.reserve(static_cast<std::size_t>(count));
+    QuadrantSearch search(map, usefulRadius(map, radius));
+    for (int row = 0; row < map.rows; ++row) {
+        const int* pixels = map[row];
+        for (int column = 0; column < map.cols; ++column) {
+            if (pixels[column] == 0)
+                continue;
+            BadPixel& record = records.emplace_back();
+            record.pixel = {static_cast<short>(column), static_cast<short>(row)};
+            if (!search.fill(record))
+                VELMO_THROW("At least for one bad pixel no replace pixel could be found!");
+        }
     }
-    if (!complete)
-        VELMO_THROW("At least for one bad pixel no replace pixel could be found!");
     return records;
 }
 
 std::vector<BadPixel> BadPixelTools::recalculateReplacePixels(std::vector<BadPixel> badPixels,
                                                               cv::Mat_<int>& map, unsigned int radius)
 {
-    usefulRadius(map, radius); // refused before the map changes
     checkPositions(badPixels, map);
+    if (!badPixels.empty())
+        usefulRadius(map, radius); // refused before the map changes
     for (const BadPixel& badPixel : badPixels)
         map(badPixel.pixel.y, badPixel.pixel.x) = static_cast<int>(u32BadHomogenity);
     return calculateReplacePixels(map, radius);

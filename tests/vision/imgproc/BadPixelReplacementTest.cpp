@@ -223,6 +223,40 @@ TEST(BadPixelReplacement, FindsLineByLineWhatTheListsFind)
                 }
 }
 
+TEST(BadPixelReplacement, FindsInMapsBeyond16BitsWhatTheListsFind)
+{
+    // Positions read from 16 bits make a ring of every line; runs of bad pixels lie across its seams.
+    std::mt19937 random(13);
+    for (const cv::Size size : {cv::Size(70000, 2), {2, 70000}, {32769, 3}, {3, 32800}, {33000, 1}})
+        for (const int radius : {1, 20, 300}) {
+            Map map(size, 0);
+            for (const int seam : {0, 32768, 65536, size.width, size.height})
+                for (int n = 0; n < 60; ++n) {
+                    const int along = seam + static_cast<int>(random() % 40) - 20;
+                    const int x = size.width > size.height ? along : static_cast<int>(random() % size.width);
+                    const int y = size.width > size.height ? static_cast<int>(random() % size.height) : along;
+                    if (x >= 0 && x < size.width && y >= 0 && y < size.height)
+                        map(y, x) = 1;
+                }
+            const Lines expected = text(byLists(map, radius));
+            if (expected.empty())
+                EXPECT_EQ(messageOf(map, static_cast<unsigned>(radius)), mg_strNothingFound);
+            else
+                EXPECT_EQ(replaced(map, static_cast<unsigned>(radius)), expected) << size << ", " << radius;
+        }
+}
+
+TEST(BadPixelReplacement, HasNothingToFindInACleanMap)
+{
+    Map wide(1, 40000, 0);
+    for (const unsigned int radius : {0U, 8000U, 32768U, 0xffffffffU}) {
+        EXPECT_TRUE(replaced(wide, radius).empty());
+        EXPECT_TRUE(BadPixelTools::recalculateReplacePixels({}, wide, radius).empty());
+    }
+    wide(0, 3) = 1; // no list of offsets within 30000 is built for it
+    EXPECT_EQ(replaced(wide, 30000), Lines{"3,0: 4,0 2,0 4,0 2,0"});
+}
+
 TEST(BadPixelReplacement, FindsTheSameWithARadiusBeyondTheDiagonal)
 {
     std::mt19937 random(5);
