@@ -93,13 +93,16 @@ public:
                                int radius, bool clear);
 
     /// Draws the closed outline of the convex hull of every component that has two hull points or more. See
-    /// drawComponents.
+    /// drawComponents; here a component may reach beyond the left and the upper edge, where it is clipped.
+    /// @throws Exception  "canvas to small" at the first component that reaches beyond the right or the lower
+    ///                    edge, or is longer than 2,147,483,647 pixels
     static void drawComponentHulls(cv::Mat_<cv::Vec<unsigned char, 3>>& canvas,
                                    const std::map<int, ConnectedComponent>& components, bool clear);
 
     /// Draws the two principal axes of every component, from its centre along the eigenvectors, each half as
     /// long as the component is in that direction. Nothing is drawn of a component that has fewer than two
-    /// points or an end point outside the canvas. See drawComponents.
+    /// points or an end point outside the canvas. See drawComponentHulls.
+    /// @throws Exception      as drawComponentHulls
     /// @throws cv::Exception  at a component without points
     static void drawPrincipalComponents(cv::Mat_<cv::Vec<unsigned char, 3>>& canvas,
                                         const std::map<int, ConnectedComponent>& components, bool clear);

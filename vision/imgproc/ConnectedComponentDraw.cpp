@@ -16,12 +16,22 @@ using Canvas = cv::Mat_<cv::Vec<unsigned char, 3>>;
 using Components = std::map<int, ConnectedComponent>;
 using Color = cv::Vec<unsigned char, 3>;
 
-/// Negative positions do not fit either. Where the left or upper edge is not negative, a length that does not
-/// fit 32 bits has wrapped to a negative one.
-bool fits(const Canvas& canvas, const cv::Rect& box)
+/// What of a component may lie outside the canvas.
+enum class Outside
 {
-    return box.x >= 0 && box.y >= 0 && box.width >= 0 && box.height >= 0 &&
-           box.x + std::int64_t{box.width} <= canvas.cols && box.y + std::int64_t{box.height} <= canvas.rows;
+    Nothing,   ///< its pixels are written one by one
+    LeftAbove, ///< its lines are clipped by OpenCV
+};
+
+/// Whether a component fits the canvas. A length that does not fit 32 bits has wrapped to a negative one, or
+/// to nothing, which no component but the one without points has: OpenCV cannot draw so far.
+bool fits(const Canvas& canvas, const ConnectedComponent& component, Outside outside)
+{
+    const cv::Rect box = component.getBoundingBox();
+    const bool lengthsFit = component.getNrOfPoints() == 0 || (box.width > 0 && box.height > 0);
+    const bool startsWithin = outside == Outside::LeftAbove || (box.x >= 0 && box.y >= 0);
+    return lengthsFit && startsWithin && box.x + std::int64_t{box.width} <= canvas.cols &&
+           box.y + std::int64_t{box.height} <= canvas.rows;
 }
 
 Color randomColor()
@@ -100,12 +110,12 @@ void drawAxes(Canvas& canvas, const std::vector<cv::Point>& points, const cv::Po
 /// Calls draw(component, color) for one component after the other. Returns false at the first that does not
 /// fit the canvas.
 template <class Draw>
-bool drawEach(Canvas& canvas, const Components& components, bool clear, Draw draw)
+bool drawEach(Canvas& canvas, const Components& components, Outside outside, bool clear, Draw draw)
 {
     if (clear)
         canvas.setTo(0);
     for (const auto& entry : components) {
-        if (!fits(canvas, entry.second.getBoundingBox()))
+        if (!fits(canvas, entry.second, outside))
             return false;
         draw(entry.second, randomColor());
     }
@@ -123,7 +133,7 @@ void ConnectedComponent::drawComponents(Canvas& canvas, const Components& compon
     const auto draw = [&](const ConnectedComponent& component, const Color& color) {
         drawPoints(canvas, component.m_aPoints, color, circles, radius);
     };
-    if (!drawEach(canvas, components, clear, draw))
+    if (!drawEach(canvas, components, Outside::Nothing, clear, draw))
         VELMO_THROW("canvas to small");
 }
 
@@ -132,7 +142,7 @@ void ConnectedComponent::drawComponentHulls(Canvas& canvas, const Components& co
     const auto draw = [&](const ConnectedComponent& component, const Color& color) {
         drawHull(canvas, component.getConvexHull(), color);
     };
-    if (!drawEach(canvas, components, clear, draw))
+    if (!drawEach(canvas, components, Outside::LeftAbove, clear, draw))
         VELMO_THROW("canvas to small");
 }
 
@@ -141,7 +151,7 @@ void ConnectedComponent::drawPrincipalComponents(Canvas& canvas, const Component
     const auto draw = [&](const ConnectedComponent& component, const Color& color) {
         drawAxes(canvas, component.m_aPoints, component.getCenterOfGravity(), color);
     };
-    if (!drawEach(canvas, components, clear, draw))
+    if (!drawEach(canvas, components, Outside::LeftAbove, clear, draw))
         VELMO_THROW("canvas to small");
 }
 

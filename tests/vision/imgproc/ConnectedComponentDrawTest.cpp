@@ -170,8 +170,11 @@ TEST_F(ComponentDrawing, RefusesWhatLeavesTheCanvas)
     EXPECT_EQ(everyDrawing(one({{0, 0}, {9, 4}}), 5, 10), drawn);
     EXPECT_EQ(everyDrawing(one({{0, 0}, {10, 4}}), 5, 10), refused);
     EXPECT_EQ(everyDrawing(one({{0, 0}, {9, 5}}), 5, 10), refused);
-    EXPECT_EQ(everyDrawing(one({{-1, 0}, {3, 3}}), 5, 10), refused);
-    EXPECT_EQ(everyDrawing(one({{0, -1}}), 5, 10), refused);
+    const std::vector<std::string> clipped{refused[0], drawn[1], drawn[2]};
+    EXPECT_EQ(everyDrawing(one({{-1, 0}, {3, 3}}), 5, 10), clipped);
+    EXPECT_EQ(everyDrawing(one({{0, -1}}), 5, 10), clipped);
+    EXPECT_EQ(everyDrawing(one({{-highest, -highest}, {-1, -1}}), 5, 10), clipped);
+    EXPECT_EQ(everyDrawing(one({{-highest, 0}, {0, 0}}), 5, 10), refused); // 2^31 pixels long
     // Sums of position and extent that overflow to something small.
     EXPECT_EQ(everyDrawing(one({{0, 0}, {highest, 0}}), 5, 10), refused);
     EXPECT_EQ(everyDrawing(one({{highest, 1}}), 5, 10), refused);
@@ -203,6 +206,12 @@ TEST_F(ComponentDrawing, OutlinesHulls)
     expected(cv::Rect(2, 2, 4, 2)).setTo(0);
     EXPECT_EQ(cv::norm(canvas, expected), 0);
 
+    // Of what reaches left or above, the part on the canvas: from (-100000, -50000) to (7, 3), half as steep.
+    for (const int far : {4, 100000}) {
+        ConnectedComponent::drawComponentHulls(canvas, one({{7 - 2 * far, 3 - far}, {7, 3}}), true);
+        EXPECT_EQ(painted(canvas).size(), 7U) << far;
+        EXPECT_EQ(canvas(3, 7), canvas(0, 1)) << far;
+    }
     ConnectedComponent::drawComponentHulls(canvas, one({{2, 3}, {5, 3}}), true);
     EXPECT_EQ(painted(canvas), (Points{{2, 3}, {3, 3}, {4, 3}, {5, 3}}));
     ConnectedComponent::drawComponentHulls(canvas, one({{2, 3}}), true);
