@@ -18,7 +18,10 @@ cmake --build "$scratch/cmake" >/dev/null
 "$scratch/cmake/bad_pixels"
 
 export PKG_CONFIG_PATH="$library/pkgconfig"
-flags=$(pkg-config --cflags --libs vision_imgproc-1.0)
-# shellcheck disable=SC2086 # a list of flags
-"$compiler" -std=c++17 "$examples/consumer.cpp" $flags -o "$scratch/consumer"
-LD_LIBRARY_PATH="$library" "$scratch/consumer"
+build_by_pkg_config() { # EXAMPLE MODULE
+    # shellcheck disable=SC2046 # a list of flags
+    "$compiler" -std=c++17 "$examples/$1.cpp" $(pkg-config --cflags --libs "$2") -o "$scratch/$1"
+    LD_LIBRARY_PATH="$library" "$scratch/$1"
+}
+build_by_pkg_config consumer vision_imgproc-1.0
+build_by_pkg_config camera vision_camera-1.0

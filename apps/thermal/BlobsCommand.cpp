@@ -1,18 +1,13 @@
-#include "apps/thermal/ColourOptions.h"
+#include "apps/thermal/CameraFiles.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
+#include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"
-#include "camera/colours/Range.h"
-#include "camera/measures/BlobPicture.h"
-#include "camera/measures/BlobTracker.h"
-#include "camera/measures/Blobs.h"
-#include "camera/settings/Parse.h"
 
 #include <CLI/App.hpp>
 
-#include <cmath>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -28,39 +23,10 @@ namespace {
 struct BlobsOptions
 {
     InputOptions input;
-    std::string above;
-    std::string below;
+    SettingsOptions settings;
     OutputOptions output;
-    ColourOptions colours;
-    std::string range = "auto";
     TableFormat format;
-    int minSize = 4;
-    bool celsius = false;
 };
-
-double fromCelsius(double degrees)
-{
-    // To a thousandth of a count: 30 degrees are 30315, not a rounding error less.
-    return std::round((degrees + 273.15) * 100000) / 1000;
-}
-
-double toCelsius(double value)
-{
-    return value * 0.01 - 273.15;
-}
-
-BlobRule ruleOf(const BlobsOptions& options)
-{
-    if (options.above.empty() && options.below.empty())
-        throw UsageError("blobs needs --above VALUE or --below VALUE");
-    const bool above = options.below.empty();
-    const std::string& text = above ? options.above : options.below;
-    const std::string what = above ? "--above" : "--below";
-    const double value = options.celsius
-                             ? fromCelsius(parseNumber(text, what, toCelsius(0), toCelsius(65535)))
-                             : parseNumber(text, what, 0, 65535);
-    return {value, above, static_cast<std::size_t>(options.minSize)};
-}
 
 /// One row per blob and frame.
 class BlobTable
@@ -109,24 +75,34 @@ private:
     Table m_oTable;
 };
 
+/// What is chosen for blobs: without another palette the frame is grey, so that the marks are what is
+/// coloured.
+Settings blobSettings(const BlobsOptions& options)
+{
+    Settings settings = options.settings.settings();
+    if (!BlobRule::from(settings))
+        throw UsageError("blobs needs --above VALUE or --below VALUE");
+    if (settings.text("colours/range") == "lock")
+        throw UsageError("--range: 'lock' is not for blobs; give MIN:MAX for steady colours");
+    const bool chosen = settings.text("colours/palette-file") + settings.text("colours/palette") != "auto";
+    if (!chosen && settings.text("colours/humidity") == "off")
+        settings.set("colours/palette", "Grayscale");
+    return settings;
+}
+
 void showBlobs(const BlobsOptions& options)
 {
-    const BlobRule rule = ruleOf(options);
-    const RangeRule range = RangeRule::parse(options.range, "--range");
-    if (range.locks())
-        throw UsageError("--range: 'lock' is not for blobs; give MIN:MAX for steady colours");
-    Colouring colouring = makeColouring(options.colours);
+    const Settings settings = blobSettings(options);
+    Camera camera = openCamera(settings);
     const auto source = options.input.open();
     const auto sink = options.output.open(*source);
-    BlobTracker tracker;
-    BlobTable table(options.celsius);
+    BlobTable table(settings.flag("picture/celsius"));
     std::size_t index = 0;
-    forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
-        std::vector<Blob> blobs = findBlobs(frame, rule);
-        tracker.label(blobs);
-        for (const Blob& blob : blobs)
+    forEachFrame(*source, options.input.quiet, [&](const Frame& raw) {
+        const Frame& frame = camera.clean(raw);
+        for (const Blob& blob : camera.measure(frame).blobs)
             table.add(index, blob);
-        sink->write(withBlobs(colouring.paint(frame, range.of(frame)), blobs, tracker, options.output.scale));
+        sink->write(camera.paint(frame));
         ++index;
     });
     sink->finish();
@@ -141,26 +117,8 @@ void addBlobsCommand(CLI::App& program)
     CLI::App& command =
         *program.add_subcommand("blobs", "Finds warm or cold things, measures and follows them");
     options->input.addTo(command);
-    auto* above = command.add_option("--above", options->above, "Blobs are of values above this one")
-                      ->type_name("VALUE");
-    command.add_option("--below", options->below, "Blobs are of values below this one")
-        ->excludes(above)
-        ->type_name("VALUE");
-    command.add_flag("--celsius", options->celsius,
-                     "Values are hundredths of a kelvin: VALUE and table in degrees Celsius");
-    command.add_option("--min-size", options->minSize, "Leave out blobs of fewer pixels")
-        ->check(CLI::Range(1, 1000000))
-        ->capture_default_str()
-        ->type_name("N");
     options->output.addTo(command);
-    command
-        .add_option("--range", options->range,
-                    "Values at the ends of the palette: auto (each frame's own), MIN:MAX, or percentiles "
-                    "like p1:p99")
-        ->capture_default_str()
-        ->type_name("RANGE");
-    options->colours.usual = "Grayscale"; // so that the marks are what is coloured
-    options->colours.addTo(command);
+    options->settings.addTo(command, {"blobs", "pixels", "noise", "frame", "colours", "picture"});
     options->format.addTo(command);
     command.callback([options] { showBlobs(*options); });
 }

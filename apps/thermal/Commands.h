@@ -14,6 +14,7 @@ void addPixelsCommand(CLI::App& program);
 void addRenderCommand(CLI::App& program);
 void addNoiseCommand(CLI::App& program);
 void addPalettesCommand(CLI::App& program);
+void addSettingsCommand(CLI::App& program);
 void addUndistortCommand(CLI::App& program);
 
 } // namespace thermal

@@ -1,6 +1,5 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/FilterOptions.h"
 #include "apps/thermal/InputOptions.h"
 #include "apps/thermal/Progress.h"
 #include "apps/thermal/Simulator.h"
@@ -10,7 +9,7 @@
 #include "camera/drawing/ContactSheet.h"
 #include "camera/measures/Noise.h"
 #include "camera/pixels/PixelDetection.h"
-#include "camera/stages/BadPixelStage.h"
+#include "camera/stages/Chain.h"
 #include "recordings/PictureSink.h"
 
 #include <opencv2/imgproc.hpp>
@@ -54,12 +53,13 @@ struct Exhibit
 };
 
 /// What stands in for the pixels that are odd in a frame of one temperature.
-std::vector<velmo::exp::vision::BadPixel> calibrate(const Frame& shutter)
+Calibration calibrate(const Frame& shutter)
 {
     PixelDetection detection(1, false);
     detection.add(shutter);
     constexpr unsigned u32Radius = 10;
-    return velmo::exp::vision::BadPixelTools::calculateReplacePixels(detection.map(), u32Radius);
+    return {"the shutter frame",
+            velmo::exp::vision::BadPixelTools::calculateReplacePixels(detection.map(), u32Radius)};
 }
 
 /// The camera's stream through the chain, looked at between the stages.
@@ -68,14 +68,13 @@ class Tour
 public:
     Tour()
     {
-        m_oChain.add(makeBadPixelStage("the shutter frame", calibrate(m_oCamera.shutter())));
-        FilterOptions filters;
+        Settings settings;
         // More than --denoise does: this camera is noisier than most, so that the eye can follow.
-        filters.pattern = "45:31:16";
-        filters.temporal = "16:1843";
-        filters.spatial = "10";
-        filters.downsize = "160x120";
-        addFilters(m_oChain, filters);
+        settings.set("noise/pattern", "45:31:16");
+        settings.set("noise/temporal", "16:1843");
+        settings.set("noise/spatial", 10);
+        settings.set("frame/downsize", "160x120");
+        m_oChain = Chain(settings, calibrate(m_oCamera.shutter()));
         m_vecExhibits.resize(m_oChain.size());
     }
 
@@ -191,7 +190,9 @@ void demo(const DemoOptions& options)
 
     Colouring colouring(findPalette("Ironbow"));
     const Picture raw = colouring.paint(tour.raw(), roomRange);
-    gallery.show("raw", withLegend(raw, colouring, roomRange, true));
+    Picture labelled;
+    Legend(true).draw(raw, colouring, roomRange, labelled);
+    gallery.show("raw", labelled);
     for (std::size_t i = 0; i < tour.exhibits().size(); ++i)
         gallery.compare(tour.chain().name(i), raw, colouring.paint(tour.exhibits()[i].last, roomRange));
     Colouring grey(findPalette("Grayscale"));

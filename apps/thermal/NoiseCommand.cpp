@@ -1,8 +1,8 @@
-#include "apps/thermal/ColourOptions.h"
+#include "apps/thermal/CameraFiles.h"
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
-#include "apps/thermal/FilterOptions.h"
 #include "apps/thermal/InputOptions.h"
+#include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"
 #include "camera/drawing/ContactSheet.h"
 #include "camera/drawing/Enlarge.h"
@@ -31,8 +31,7 @@ namespace {
 struct NoiseOptions
 {
     InputOptions input;
-    FilterOptions filters;
-    ColourOptions colours;
+    SettingsOptions settings;
     TableFormat format;
     std::string out;
     bool compare = false;
@@ -103,7 +102,8 @@ Picture removedPicture(const Frame& before, const Frame& after)
     cv::subtract(before, after, difference, cv::noArray(), CV_64F);
     Frame shifted;
     cv::Mat(difference - (medianOf(difference) - s32Middle)).convertTo(shifted, CV_16U);
-    const ValueRange range = percentiles(shifted, 1, 99);
+    std::vector<unsigned> histogram;
+    const ValueRange range = percentiles(shifted, 1, 99, histogram);
     const int reach =
         std::clamp(std::max(s32Middle - range.low, range.high - s32Middle), s32LeastReach, s32Middle - 1);
     return Colouring(findPalette("Grayscale"))
@@ -111,10 +111,10 @@ Picture removedPicture(const Frame& before, const Frame& after)
                          static_cast<unsigned short>(s32Middle + reach)});
 }
 
-Picture comparison(const NoiseOptions& options, const Frame& before, const Frame& after)
+Picture comparison(const Settings& settings, const Frame& before, const Frame& after)
 {
-    Colouring colouring = makeColouring(options.colours);
-    const ValueRange range = RangeRule::parse("auto").of(before);
+    Colouring colouring(settings);
+    const ValueRange range = RangeRule(settings).of(before);
     ContactSheet sheet("", after.size() == before.size() ? 3 : 2);
     sheet.add("before", legible(colouring.paint(before, range)));
     sheet.add("after", legible(colouring.paint(after, range)));
@@ -142,11 +142,14 @@ void measure(const NoiseOptions& options)
     measured(meter.figures()).print(std::cout, options.format);
 }
 
-void compare(NoiseOptions options)
+void compare(const NoiseOptions& options, Settings settings)
 {
-    if (!options.filters.any())
-        options.filters.denoise = true;
-    Chain chain = makeChain(options.filters);
+    const Calibration calibration = readFilesOf(settings);
+    Chain chain(settings, calibration);
+    if (chain.size() == 0) {
+        settings.set("noise/denoise", true);
+        chain = Chain(settings, calibration);
+    }
     NoiseMeter before;
     NoiseMeter after;
     FidelityMeter fidelity;
@@ -167,15 +170,16 @@ void compare(NoiseOptions options)
     });
     requireFrames(before.figures(), options);
     if (!options.out.empty())
-        writePicture(options.out, comparison(options, lastBefore, lastAfter));
+        writePicture(options.out, comparison(settings, lastBefore, lastAfter));
     compared(before.figures(), after.figures(), fidelity.figures()).print(std::cout, options.format);
 }
 
 void noise(const NoiseOptions& options)
 {
+    const Settings settings = options.settings.settings();
     if (options.compare)
-        return compare(options);
-    if (options.filters.any())
+        return compare(options, settings);
+    if (Chain(settings).size() > 0 || !settings.text("pixels/records").empty())
         throw UsageError("filters change what is measured: add --compare");
     if (!options.out.empty())
         throw UsageError("--out draws before and after: add --compare");
@@ -191,7 +195,7 @@ void addNoiseCommand(CLI::App& program)
     options->input.addTo(command);
     command.add_flag("--compare", options->compare,
                      "Measure before and after the filters; those of --denoise if none are given");
-    options->filters.addTo(command);
+    options->settings.addTo(command, {"pixels", "noise", "frame", "colours"});
     command
         .add_option("--out", options->out,
                     "With --compare: draw the last frame before and after into this .png")
@@ -202,7 +206,6 @@ void addNoiseCommand(CLI::App& program)
                     "filters have learnt")
         ->capture_default_str()
         ->type_name("N");
-    options->colours.addTo(command);
     options->format.addTo(command);
     command.callback([options] { noise(*options); });
 }

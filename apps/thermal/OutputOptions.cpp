@@ -11,10 +11,6 @@ void OutputOptions::addTo(CLI::App& command)
                     "Where the pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder")
         ->required()
         ->type_name("PATH");
-    command.add_option("--scale", scale, "Enlarge N times")
-        ->check(CLI::Range(1, 16))
-        ->capture_default_str()
-        ->type_name("N");
     addFps(command, fps);
 }
 

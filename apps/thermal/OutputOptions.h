@@ -12,16 +12,14 @@ class App;
 
 namespace thermal {
 
-/// What the commands that draw every frame have in common on their command line.
+/// Where the pictures of a stream go.
 struct OutputOptions
 {
     std::string out;
-    int scale = 1;
     double fps = 9;
 
     void addTo(CLI::App& command);
 
-    /// Where the pictures of the source's frames go.
     /// @throws Exception  as recordings::openSink
     std::unique_ptr<velmo::recordings::PictureSink> open(const velmo::recordings::FrameSource& source) const;
 };

@@ -65,6 +65,7 @@ int runProgram(int argc, const char* const* argv)
     addRenderCommand(program);
     addNoiseCommand(program);
     addPalettesCommand(program);
+    addSettingsCommand(program);
     addUndistortCommand(program);
 
     listenForInterrupts();

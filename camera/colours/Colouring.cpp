@@ -1,6 +1,6 @@
 #include "camera/colours/Colouring.h"
 
-#include "camera/settings/Parse.h"
+#include "camera/settings/Keys.h"
 
 #include "core/Exception.h"
 
@@ -21,32 +21,33 @@ Converter::AirHumidity humidityOf(const Air& air)
     return Converter::AirHumidity(exp::MarkedFloat(air.percent));
 }
 
-} // namespace
-
-ValueBand ValueBand::parse(const std::string& text, const std::string& what)
+Palette choosePalette(const Settings& settings)
 {
-    const Form form = {{"LOW", Field::Kind::Whole, 0, 65535},
-                       {"HIGH", Field::Kind::Whole, 0, 65535},
-                       {"RRGGBB", Field::Kind::Colour}};
-    const std::vector<double> values = parseForm(text, what, form);
-    if (values[0] > values[1])
-        VELMO_THROW(what + ": in '" + text + "' the low value is above the high one");
-    return {static_cast<unsigned short>(values[0]), static_cast<unsigned short>(values[1]),
-            static_cast<unsigned>(values[2])};
+    const std::string name = settings.text("colours/palette");
+    if (name != "auto")
+        return findPalette(name);
+    return findPalette(settings.text("colours/humidity") == "off" ? "Ironbow" : "Humidity");
 }
+
+} // namespace
 
 Colouring::Colouring(Palette palette) : m_oPalette(std::move(palette)) {}
 
-void Colouring::setAir(Air air)
+Colouring::Colouring(const Settings& settings) : m_oPalette(choosePalette(settings))
 {
-    m_oAir = air;
-    m_oBuiltFor.reset();
-}
-
-void Colouring::addBand(const ValueBand& band)
-{
-    m_oConverter.createColorRegion(m_u32Bands++, band.high, band.low, band.colour);
-    m_oBuiltFor.reset();
+    const std::vector<std::string> regions = settings.list("colours/regions");
+    const std::vector<double> air = settings.numbers("colours/humidity");
+    if (!air.empty() && !regions.empty())
+        VELMO_THROW("colours/humidity and colours/regions: one of them at a time");
+    if (!air.empty())
+        m_oAir = {static_cast<float>(air[0]), static_cast<float>(air[1])};
+    unsigned id = 0;
+    for (const std::string& text : regions) {
+        const std::vector<double> region = keyOf("colours/regions").kind.numbers(text);
+        m_oConverter.createColorRegion(id++, static_cast<unsigned short>(region[1]),
+                                       static_cast<unsigned short>(region[0]),
+                                       static_cast<unsigned>(region[2]));
+    }
 }
 
 Picture Colouring::paint(const Frame& frame, ValueRange range)

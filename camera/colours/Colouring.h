@@ -2,6 +2,7 @@
 
 #include "camera/Frame.h"
 #include "camera/Picture.h"
+#include "camera/Settings.h"
 #include "camera/colours/Palettes.h"
 #include "camera/colours/Range.h"
 #include "camera/temperature/Air.h"
@@ -11,22 +12,8 @@
 #include "vision/imgproc/ColorPaletteConverter.h"
 
 #include <optional>
-#include <string>
 
 namespace velmo::camera {
-
-/// Raw values `low` to `high`, both included, in one colour.
-struct VELMO_API ValueBand
-{
-    unsigned short low;
-    unsigned short high;
-    unsigned colour; ///< 0xRRGGBB
-
-    /// @param text  LOW:HIGH:RRGGBB
-    /// @param what  begins the message of what is refused
-    /// @throws Exception  for anything else
-    static ValueBand parse(const std::string& text, const std::string& what);
-};
 
 /// Turns frames into pictures in the colours of a palette, by temperature or, given the air of the room, by
 /// the humidity that it reaches at each surface.
@@ -35,11 +22,9 @@ class VELMO_API Colouring
 public:
     explicit Colouring(Palette palette);
 
-    /// From now on colours show humidity, and ranges play no role. Values are hundredths of a kelvin.
-    void setAir(Air air);
-
-    /// Paints a band of values over the palette. Where bands overlap, the last one wins.
-    void addBand(const ValueBand& band);
+    /// colours/palette, colours/regions and colours/humidity; palettes of files are to be loaded before.
+    /// @throws Exception  for a palette that does not exist, and for humidity together with regions
+    explicit Colouring(const Settings& settings);
 
     Picture paint(const Frame& frame, ValueRange range);
 
@@ -56,7 +41,6 @@ private:
     Palette m_oPalette;
     std::optional<Air> m_oAir;
     std::optional<ValueRange> m_oBuiltFor;
-    unsigned m_u32Bands = 0;
 };
 
 } // namespace velmo::camera

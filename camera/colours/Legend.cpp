@@ -33,9 +33,10 @@ Frame ramp(ValueRange range, int rows)
 
 using Label = std::function<std::string(unsigned short)>;
 
-Picture withBar(const Picture& picture, Colouring& colouring, ValueRange range, const Label& textOf)
+/// The bar with its labels, for a picture of so many rows.
+Picture labelledBar(int rows, Colouring& colouring, ValueRange range, const Label& textOf)
 {
-    const int labels = 1 + std::clamp((picture.rows - s32TextHeight - 2) / s32LabelPitch, 1, 4);
+    const int labels = 1 + std::clamp((rows - s32TextHeight - 2) / s32LabelPitch, 1, 4);
     const auto valueOf = [&](int label) {
         return static_cast<unsigned short>(range.high - (range.high - range.low) * label / (labels - 1));
     };
@@ -43,20 +44,18 @@ Picture withBar(const Picture& picture, Colouring& colouring, ValueRange range, 
     for (int i = 0; i < labels; ++i)
         width = std::max(width, textWidth(textOf(valueOf(i))));
 
-    const int barLeft = picture.cols + s32Gap;
-    const int textLeft = barLeft + s32BarWidth + s32Gap;
-    Picture whole(picture.rows, textLeft + width + s32Gap, cv::Vec3b(24, 24, 24));
-    picture.copyTo(whole(cv::Rect(0, 0, picture.cols, picture.rows)));
+    constexpr int s32TextLeft = s32Gap + s32BarWidth + s32Gap;
+    Picture whole(rows, s32TextLeft + width + s32Gap, cv::Vec3b(24, 24, 24));
 
     // The ends of the bar stand beside the middle of the first and last label.
-    const int top = std::min(s32TextHeight / 2 + 1, picture.rows / 4);
-    const int bottom = picture.rows - top;
+    const int top = std::min(s32TextHeight / 2 + 1, rows / 4);
+    const int bottom = rows - top;
     const Picture bar = colouring.paint(ramp(range, bottom - top), range);
-    bar.copyTo(whole(cv::Rect(barLeft, top, bar.cols, bar.rows)));
+    bar.copyTo(whole(cv::Rect(s32Gap, top, bar.cols, bar.rows)));
     for (int i = 0; i < labels; ++i) {
         const int y = top + (bottom - 1 - top) * i / (labels - 1);
-        cv::line(whole, {barLeft + s32BarWidth, y}, {barLeft + s32BarWidth + 3, y}, ink);
-        drawText(whole, textOf(valueOf(i)), {textLeft, y - s32TextHeight / 2}, ink);
+        cv::line(whole, {s32Gap + s32BarWidth, y}, {s32Gap + s32BarWidth + 3, y}, ink);
+        drawText(whole, textOf(valueOf(i)), {s32TextLeft, y - s32TextHeight / 2}, ink);
     }
     return whole;
 }
@@ -78,13 +77,23 @@ std::string valueText(unsigned short value, bool celsius)
     return text;
 }
 
-Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range, bool celsius)
+void Legend::draw(const Picture& picture, Colouring& colouring, ValueRange range, Picture& whole)
 {
-    if (!colouring.air())
-        return withBar(picture, colouring, range,
-                       [celsius](unsigned short value) { return valueText(value, celsius); });
-    Colouring percent(colouring.palette());
-    return withBar(picture, percent, {0, 1000}, percentText);
+    const bool same = m_oDrawnFor && m_oDrawnFor->low == range.low && m_oDrawnFor->high == range.high;
+    if (!same || m_oBar.rows != picture.rows) {
+        const bool celsius = m_bCelsius;
+        if (colouring.air()) {
+            Colouring percent(colouring.palette());
+            m_oBar = labelledBar(picture.rows, percent, {0, 1000}, percentText);
+        } else {
+            m_oBar = labelledBar(picture.rows, colouring, range,
+                                 [celsius](unsigned short value) { return valueText(value, celsius); });
+        }
+        m_oDrawnFor = range;
+    }
+    whole.create(picture.rows, picture.cols + m_oBar.cols);
+    picture.copyTo(whole(cv::Rect(0, 0, picture.cols, picture.rows)));
+    m_oBar.copyTo(whole(cv::Rect(picture.cols, 0, m_oBar.cols, picture.rows)));
 }
 
 } // namespace velmo::camera

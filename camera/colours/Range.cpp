@@ -1,11 +1,6 @@
 #include "camera/colours/Range.h"
 
-#include "camera/settings/Parse.h"
-
-#include "core/Exception.h"
-
 #include <algorithm>
-#include <vector>
 
 namespace velmo::camera {
 namespace {
@@ -40,43 +35,56 @@ unsigned short valueAt(const std::vector<unsigned>& histogram, double rank)
 
 } // namespace
 
-RangeRule RangeRule::parse(const std::string& text, const std::string& what)
+RangeRule::RangeRule(const Settings& settings)
 {
-    RangeRule rule;
-    if (text == "auto")
-        return rule;
+    const std::string text = settings.text("colours/range");
+    const std::vector<double> ends = settings.numbers("colours/range");
     if (text == "lock") {
-        rule.m_eKind = Kind::Lock;
-        return rule;
+        m_eKind = Kind::Lock;
+    } else if (text.front() == 'p') {
+        m_eKind = Kind::Percentiles;
+        m_dLowPercent = ends[0];
+        m_dHighPercent = ends[1];
+    } else if (!ends.empty()) {
+        m_eKind = Kind::Fixed;
+        m_oHeld = {static_cast<unsigned short>(ends[0]), static_cast<unsigned short>(ends[1])};
     }
-    if (text.find(':') == std::string::npos)
-        VELMO_THROW(what + ": '" + text + "' is not auto, lock, MIN:MAX or pLOW:pHIGH");
-    const bool percentiles = text.find('p') != std::string::npos;
-    const double most = percentiles ? 100 : 65535;
-    const Field::Kind kind = percentiles ? Field::Kind::Percentile : Field::Kind::Whole;
-    const std::vector<double> ends = parseForm(text, what, {{"MIN", kind, 0, most}, {"MAX", kind, 0, most}});
-    if (ends[0] >= ends[1])
-        VELMO_THROW(what + ": in '" + text + "' the minimum is not below the maximum");
-    rule.m_eKind = percentiles ? Kind::Percentiles : Kind::Fixed;
-    if (percentiles) {
-        rule.m_dLowPercent = ends[0];
-        rule.m_dHighPercent = ends[1];
-    } else {
-        rule.m_oFixed = {static_cast<unsigned short>(ends[0]), static_cast<unsigned short>(ends[1])};
-    }
-    return rule;
 }
 
-ValueRange RangeRule::of(const Frame& frame) const
+bool RangeRule::learning() const
+{
+    return m_eKind == Kind::Lock && m_nLearnt < nLearnFrames;
+}
+
+void RangeRule::learn(const Frame& frame)
+{
+    if (!learning())
+        return;
+    const ValueRange range = automatic(frame);
+    m_oHeld = m_nLearnt++ == 0 ? range : unite(m_oHeld, range);
+}
+
+void RangeRule::hold()
+{
+    m_nLearnt = nLearnFrames;
+}
+
+ValueRange RangeRule::of(const Frame& frame)
 {
     switch (m_eKind) {
-    case Kind::Fixed:
-        return m_oFixed;
     case Kind::Percentiles:
-        return percentiles(frame, m_dLowPercent, m_dHighPercent);
+        return percentiles(frame, m_dLowPercent, m_dHighPercent, m_vecHistogram);
+    case Kind::Automatic:
+        return automatic(frame);
     default:
-        return widened(percentiles(frame, dAutomaticLow, dAutomaticHigh));
+        learn(frame);
+        return m_oHeld;
     }
+}
+
+ValueRange RangeRule::automatic(const Frame& frame)
+{
+    return widened(percentiles(frame, dAutomaticLow, dAutomaticHigh, m_vecHistogram));
 }
 
 ValueRange unite(ValueRange left, ValueRange right)
@@ -84,10 +92,11 @@ ValueRange unite(ValueRange left, ValueRange right)
     return {std::min(left.low, right.low), std::max(left.high, right.high)};
 }
 
-ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent)
+ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent,
+                       std::vector<unsigned>& histogram)
 {
     // Counting beats sorting at any size: 64 Ki counters stay in the cache.
-    std::vector<unsigned> histogram(65536);
+    histogram.assign(65536, 0);
     for (int r = 0; r < frame.rows; ++r)
         for (int c = 0; c < frame.cols; ++c)
             ++histogram[frame[r][c]];

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "camera/Frame.h"
+#include "camera/Settings.h"
 
 #include "core/Exception.h"
 #include "core/Export.h"
 
 #include <cstddef>
-#include <string>
+#include <vector>
 
 namespace velmo::camera {
 
@@ -17,23 +18,23 @@ struct ValueRange
     unsigned short high;
 };
 
-/// How the range of a picture is chosen.
+/// How the range of a picture is chosen: colours/range.
 class VELMO_API RangeRule
 {
 public:
     /// How many frames `lock` looks at.
     static constexpr std::size_t nLearnFrames = 10;
 
-    /// @param text  `auto`, `lock`, `MIN:MAX` in raw values, or `pLOW:pHIGH` in percent of the pixels
-    /// @param what  begins the message of what is refused
-    /// @throws Exception  for anything else
-    static RangeRule parse(const std::string& text, const std::string& what = "range");
+    explicit RangeRule(const Settings& settings = {});
 
-    /// Whether the range is that of the first nLearnFrames frames together.
-    bool locks() const { return m_eKind == Kind::Lock; }
+    /// The range for the next frame. What is locked learns from it as long as it does.
+    ValueRange of(const Frame& frame);
 
-    /// The range for this frame; for a rule that locks, what this frame adds to it.
-    ValueRange of(const Frame& frame) const;
+    /// Whether the first frames still decide about the range that is held then.
+    bool learning() const;
+    void learn(const Frame& frame);
+    /// Ends learning: what was learnt is held.
+    void hold();
 
 private:
     enum class Kind
@@ -44,16 +45,22 @@ private:
         Percentiles
     };
 
+    ValueRange automatic(const Frame& frame);
+
     Kind m_eKind = Kind::Automatic;
-    ValueRange m_oFixed = {0, 65535};
+    ValueRange m_oHeld = {0, 65535};
     double m_dLowPercent = 0;
     double m_dHighPercent = 100;
+    std::size_t m_nLearnt = 0;
+    std::vector<unsigned> m_vecHistogram; ///< kept for its memory
 };
 
 /// The smallest range that holds both.
 VELMO_API ValueRange unite(ValueRange left, ValueRange right);
 
 /// The values below which `lowPercent` and `highPercent` of the pixels lie.
-VELMO_API ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent);
+/// @param histogram  memory for the counting
+VELMO_API ValueRange percentiles(const Frame& frame, double lowPercent, double highPercent,
+                                 std::vector<unsigned>& histogram);
 
 } // namespace velmo::camera

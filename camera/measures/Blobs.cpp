@@ -1,5 +1,9 @@
 #include "camera/measures/Blobs.h"
 
+#include "camera/settings/Parse.h"
+
+#include "core/Exception.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -72,7 +76,33 @@ Blob measure(ConnectedComponent component, const Frame& frame)
     return blob;
 }
 
+double fromCelsius(double degrees)
+{
+    // To a thousandth of a count: 30 degrees are 30315, not a rounding error less.
+    return std::round((degrees + 273.15) * 100000) / 1000;
+}
+
 } // namespace
+
+std::optional<BlobRule> BlobRule::from(const Settings& settings)
+{
+    const bool above = settings.text("blobs/above") != "off";
+    if (above && settings.text("blobs/below") != "off")
+        VELMO_THROW("blobs/above and blobs/below: one of them at a time");
+    const std::string path = above ? "blobs/above" : "blobs/below";
+    const bool celsius = settings.flag("picture/celsius");
+    if (settings.text(path) == "off")
+        return std::nullopt;
+    const double value = celsius ? parseNumber(settings.text(path), path, toCelsius(0), toCelsius(65535))
+                                 : parseNumber(settings.text(path), path, 0, 65535);
+    return BlobRule{celsius ? fromCelsius(value) : value, above,
+                    static_cast<std::size_t>(settings.numbers("blobs/min-size")[0])};
+}
+
+double toCelsius(double value)
+{
+    return value * 0.01 - 273.15;
+}
 
 std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule)
 {

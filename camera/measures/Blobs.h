@@ -1,11 +1,13 @@
 #pragma once
 
 #include "camera/Frame.h"
+#include "camera/Settings.h"
 
 #include "core/Export.h"
 #include "vision/imgproc/ConnectedComponent.h"
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace velmo::camera {
@@ -16,7 +18,14 @@ struct BlobRule
     double value;          ///< raw; fractions count
     bool above;            ///< otherwise below
     std::size_t minPixels; ///< smaller blobs are left out
+
+    /// blobs/above or blobs/below, blobs/min-size, picture/celsius; nothing if blobs are not looked for.
+    /// @throws Exception  for both of the first two, and for a value that no pixel can have
+    static VELMO_API std::optional<BlobRule> from(const Settings& settings);
 };
+
+/// Degrees Celsius of hundredths of a kelvin.
+VELMO_API double toCelsius(double value);
 
 /// One connected region of a frame and what is measured of it.
 struct Blob

@@ -42,7 +42,7 @@ Picture drawBadPixels(const Frame& frame, const PixelMap& map)
     const int foot = s32TextHeight + 2 * s32Margin;
     Picture picture(frame.rows * scale + foot, std::max(frame.cols * scale, 400), cv::Vec3b(0, 0, 0));
     Picture enlarged = picture(cv::Rect(0, 0, frame.cols * scale, frame.rows * scale));
-    cv::resize(Colouring(findPalette("Grayscale")).paint(frame, RangeRule::parse("auto").of(frame)), enlarged,
+    cv::resize(Colouring(findPalette("Grayscale")).paint(frame, RangeRule().of(frame)), enlarged,
                enlarged.size(), 0, 0, cv::INTER_NEAREST);
     const bool rings = cv::countNonZero(map) <= s32MaxRings;
     for (int y = 0; y < map.rows; ++y)

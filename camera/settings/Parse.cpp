@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <iomanip>
 #include <sstream>
 
@@ -22,11 +23,19 @@ constexpr int s32MaxSide = 16384;
     VELMO_THROW(what + ": '" + text + "' is not " + wanted);
 }
 
-std::string fromTo(const std::string& kind, const Field& field)
+/// A limit as people read it.
+std::string limitText(double number)
 {
     std::ostringstream text;
-    text << kind << " from " << field.low << " to " << field.high;
+    text << std::setprecision(10) << number;
     return text.str();
+}
+
+std::string kindText(Field::Kind kind)
+{
+    return kind == Field::Kind::Whole        ? "a whole number"
+           : kind == Field::Kind::Percentile ? "a percentile like p1,"
+                                             : "a number";
 }
 
 double parseHexadecimal(const std::string& text, const std::string& what)
@@ -39,27 +48,38 @@ double parseHexadecimal(const std::string& text, const std::string& what)
     return colour;
 }
 
+/// The number that a text stands for; not a number if it stands for none.
+double numberIn(const std::string& text, Field::Kind kind)
+{
+    std::int64_t whole = 0;
+    double number = std::nan("");
+    if (kind == Field::Kind::Whole)
+        return MemoryAcsii::parse(text, whole) ? static_cast<double>(whole) : number;
+    const bool percentile = kind == Field::Kind::Percentile;
+    if (!percentile || text.substr(0, 1) == "p")
+        MemoryAcsii::parse(text.substr(percentile ? 1 : 0), number);
+    return number;
+}
+
 double parseField(const std::string& text, const std::string& what, const Field& field)
 {
     if (field.kind == Field::Kind::Colour)
         return parseHexadecimal(text, what);
-    const bool percentile = field.kind == Field::Kind::Percentile;
-    std::int64_t whole = 0;
-    double value = std::nan("");
-    if (field.kind == Field::Kind::Whole) {
-        if (MemoryAcsii::parse(text, whole))
-            value = static_cast<double>(whole);
-    } else if (!percentile || text.substr(0, 1) == "p") {
-        MemoryAcsii::parse(text.substr(percentile ? 1 : 0), value);
-    }
+    const double value = numberIn(text, field.kind);
     // Compared so that a NaN is refused too.
     if (!(value >= field.low && value <= field.high))
         refuse(text, what,
-               fromTo(field.kind == Field::Kind::Whole ? "a whole number"
-                      : percentile                     ? "a percentile like p1,"
-                                                       : "a number",
-                      field));
+               kindText(field.kind) + " from " + limitText(field.low) + " to " + limitText(field.high));
     return value;
+}
+
+void checkOrder(double before, double value, const std::string& text, const std::string& what,
+                const Field& field)
+{
+    const bool above = field.order == Field::Order::Above;
+    if (above ? value <= before : value < before)
+        VELMO_THROW(what + ": in '" + text + "' " + limitText(value) + " is " +
+                    (above ? "not above " : "below ") + limitText(before));
 }
 
 } // namespace
@@ -82,6 +102,18 @@ std::string formText(const Form& form, char separator)
     return text;
 }
 
+std::string limitsText(const Field& field)
+{
+    return field.kind == Field::Kind::Colour
+               ? ""
+               : std::string(field.name) + " " + limitText(field.low) + " to " + limitText(field.high);
+}
+
+bool hasForm(const std::string& text, const Form& form, char separator)
+{
+    return split(text, separator).size() == form.size();
+}
+
 std::vector<double> parseForm(const std::string& text, const std::string& what, const Form& form,
                               char separator)
 {
@@ -90,8 +122,12 @@ std::vector<double> parseForm(const std::string& text, const std::string& what, 
         refuse(text, what, formText(form, separator));
     std::vector<double> values;
     values.reserve(form.size());
-    for (std::size_t i = 0; i < form.size(); ++i)
-        values.push_back(parseField(parts[i], form.size() == 1 ? what : what + " " + form[i].name, form[i]));
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const std::string name = form.size() == 1 ? what : what + " " + form[i].name;
+        values.push_back(parseField(parts[i], name, form[i]));
+        if (i > 0 && form[i].order != Field::Order::Any)
+            checkOrder(values[i - 1], values[i], text, name, form[i]);
+    }
     return values;
 }
 

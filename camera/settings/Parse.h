@@ -25,11 +25,18 @@ struct Field
         Percentile, ///< a number behind a "p"
         Colour      ///< RRGGBB in hexadecimal digits
     };
+    enum class Order
+    {
+        Any,
+        NotBelow, ///< not below the field before
+        Above     ///< above the field before
+    };
 
     const char* name;
     Kind kind = Kind::Whole;
     double low = 0; ///< limits of a number
     double high = 0;
+    Order order = Order::Any;
 };
 
 /// The fields of a value, separated by one sign: "16:1843" for GAIN:FACTOR.
@@ -37,6 +44,12 @@ using Form = std::vector<Field>;
 
 /// "GAIN:FACTOR".
 VELMO_API std::string formText(const Form& form, char separator = ':');
+
+/// "GAIN 0 to 16"; empty for a colour.
+VELMO_API std::string limitsText(const Field& field);
+
+/// Whether the text has as many parts as the form.
+VELMO_API bool hasForm(const std::string& text, const Form& form, char separator = ':');
 
 /// As many numbers as the form has fields.
 VELMO_API std::vector<double> parseForm(const std::string& text, const std::string& what, const Form& form,

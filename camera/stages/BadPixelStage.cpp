@@ -68,9 +68,11 @@ private:
 
 } // namespace
 
-std::unique_ptr<Stage> makeBadPixelStage(std::string origin, std::vector<BadPixel> records)
+std::unique_ptr<Stage> makeBadPixelStage(const Calibration& calibration)
 {
-    return std::make_unique<BadPixelStage>(std::move(origin), std::move(records));
+    if (calibration.badPixels.empty())
+        return nullptr;
+    return std::make_unique<BadPixelStage>(calibration.origin, calibration.badPixels);
 }
 
 } // namespace velmo::camera

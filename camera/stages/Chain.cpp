@@ -1,12 +1,29 @@
 #include "camera/stages/Chain.h"
 
+#include "camera/stages/BadPixelStage.h"
+#include "camera/stages/DownSizeStage.h"
+#include "camera/stages/PatternStage.h"
+#include "camera/stages/SpatialStage.h"
+#include "camera/stages/TemporalStage.h"
+
 #include <chrono>
 #include <utility>
 
 namespace velmo::camera {
 
+Chain::Chain(const Settings& settings, const Calibration& calibration)
+{
+    add(makeBadPixelStage(calibration));
+    add(makePatternStage(settings));
+    add(makeTemporalStage(settings));
+    add(makeSpatialStage(settings));
+    add(makeDownSizeStage(settings));
+}
+
 void Chain::add(std::unique_ptr<Stage> stage)
 {
+    if (!stage)
+        return;
     Link link;
     link.m_pStage = std::move(stage);
     m_vecLinks.push_back(std::move(link));

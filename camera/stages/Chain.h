@@ -1,6 +1,10 @@
 #pragma once
 
+#include "camera/Calibration.h"
+#include "camera/Settings.h"
 #include "camera/stages/Stage.h"
+
+#include "core/Export.h"
 
 #include <cstddef>
 #include <functional>
@@ -17,6 +21,12 @@ public:
     /// Called after each stage with its place in the chain and the frame as it left it.
     using Watcher = std::function<void(std::size_t, const Frame&)>;
 
+    Chain() = default;
+
+    /// What the settings ask for and the calibration knows, in the order in which it builds on each other.
+    explicit Chain(const Settings& settings, const Calibration& calibration = {});
+
+    /// Behind what is in the chain already; nothing is added if there is no stage.
     void add(std::unique_ptr<Stage> stage);
 
     void apply(Frame& frame, const Watcher& watcher = {});

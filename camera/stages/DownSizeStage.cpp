@@ -37,11 +37,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<Stage> makeDownSizeStage(cv::Size size)
+std::unique_ptr<Stage> makeDownSizeStage(const Settings& settings)
 {
-    if (size != cv::Size(160, 120) && size != cv::Size(120, 90))
-        VELMO_THROW("downsize: '" + sizeText(size) + "' is not 160x120 or 120x90");
-    return std::make_unique<DownSizeStage>(size);
+    const std::string size = settings.text("frame/downsize");
+    if (size == "off")
+        return nullptr;
+    return std::make_unique<DownSizeStage>(parseSize(size, "frame/downsize"));
 }
 
 } // namespace velmo::camera

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "camera/Settings.h"
 #include "camera/stages/Stage.h"
 #include "core/Exception.h"
 
@@ -7,10 +8,8 @@
 
 namespace velmo::camera {
 
-/// Shrinks frames of 240x180 (DownSize).
-///
-/// @param size  160x120 or 120x90
-/// @throws Exception  for another one; from the stage, for frames of another size than 240x180
-VELMO_API std::unique_ptr<Stage> makeDownSizeStage(cv::Size size);
+/// Shrinks frames of 240x180: frame/downsize. Throws Exception for frames of another size.
+/// @returns nothing if that is off
+VELMO_API std::unique_ptr<Stage> makeDownSizeStage(const Settings& settings);
 
 } // namespace velmo::camera

@@ -1,5 +1,7 @@
 #include "camera/stages/PatternStage.h"
 
+#include "camera/settings/Keys.h"
+#include "camera/stages/NoiseChoice.h"
 #include "camera/stages/SignedStage.h"
 
 #include "vision/imgproc/StaticPatternRemover.h"
@@ -10,10 +12,9 @@ namespace {
 class PatternStage : public SignedStage
 {
 public:
-    PatternStage(int threshold, int line, int pixel)
-        : SignedStage("pattern " + std::to_string(threshold) + ":" + std::to_string(line) + ":" +
-                      std::to_string(pixel)),
-          m_oFilter(threshold, line, pixel)
+    PatternStage(const std::string& text, const std::vector<double>& numbers)
+        : SignedStage("pattern " + text),
+          m_oFilter(static_cast<int>(numbers[0]), static_cast<int>(numbers[1]), static_cast<int>(numbers[2]))
     {}
 
 private:
@@ -24,9 +25,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<Stage> makePatternStage(int threshold, int line, int pixel)
+std::unique_ptr<Stage> makePatternStage(const Settings& settings)
 {
-    return std::make_unique<PatternStage>(threshold, line, pixel);
+    const std::string text = noiseChoice(settings, "noise/pattern", pStandardPattern);
+    if (text.empty())
+        return nullptr;
+    return std::make_unique<PatternStage>(text, keyOf("noise/pattern").kind.numbers(text));
 }
 
 } // namespace velmo::camera

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "camera/Settings.h"
 #include "camera/stages/Stage.h"
 
 #include <memory>
 
 namespace velmo::camera {
 
-/// Learns column stripes and pixel offsets that stay, and takes them away (StaticPatternRemover).
-///
-/// @param threshold  0 to 100: learns where a pixel differs from its neighbours by less
-/// @param line       0 to 31: takes away at most this per column
-/// @param pixel      0 to 31: and this per pixel
-VELMO_API std::unique_ptr<Stage> makePatternStage(int threshold, int line, int pixel);
+/// What noise/pattern stands for where it is on auto and noise/denoise is set; docs/denoise-defaults.md has
+/// the measurements.
+constexpr const char* pStandardPattern = "15:8:4";
+
+/// Learns column stripes and pixel offsets that stay, and takes them away: noise/pattern.
+/// @returns nothing if that is off
+VELMO_API std::unique_ptr<Stage> makePatternStage(const Settings& settings);
 
 } // namespace velmo::camera

@@ -1,5 +1,7 @@
 #include "camera/stages/SpatialStage.h"
 
+#include "camera/settings/Keys.h"
+#include "camera/stages/NoiseChoice.h"
 #include "camera/stages/SignedStage.h"
 
 #include "vision/imgproc/SpatialNoiseRemover.h"
@@ -10,7 +12,9 @@ namespace {
 class SpatialStage : public SignedStage
 {
 public:
-    explicit SpatialStage(int gain) : SignedStage("spatial " + std::to_string(gain)), m_oFilter(gain) {}
+    SpatialStage(const std::string& text, const std::vector<double>& numbers)
+        : SignedStage("spatial " + text), m_oFilter(static_cast<int>(numbers[0]))
+    {}
 
 private:
     void filter(cv::Mat_<short>& in, cv::Mat_<short>& out) override { m_oFilter.process(in, out); }
@@ -20,9 +24,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<Stage> makeSpatialStage(int gain)
+std::unique_ptr<Stage> makeSpatialStage(const Settings& settings)
 {
-    return std::make_unique<SpatialStage>(gain);
+    const std::string text = noiseChoice(settings, "noise/spatial", pStandardSpatial);
+    if (text.empty())
+        return nullptr;
+    return std::make_unique<SpatialStage>(text, keyOf("noise/spatial").kind.numbers(text));
 }
 
 } // namespace velmo::camera

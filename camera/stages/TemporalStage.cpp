@@ -1,5 +1,8 @@
 #include "camera/stages/TemporalStage.h"
 
+#include "camera/settings/Keys.h"
+#include "camera/stages/NoiseChoice.h"
+
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
 namespace velmo::camera {
@@ -8,9 +11,9 @@ namespace {
 class TemporalStage : public Stage
 {
 public:
-    TemporalStage(int gain, int factor)
-        : m_strName("temporal " + std::to_string(gain) + ":" + std::to_string(factor)),
-          m_oFilter(static_cast<unsigned char>(gain), static_cast<unsigned short>(factor))
+    TemporalStage(const std::string& text, const std::vector<double>& numbers)
+        : m_strName("temporal " + text),
+          m_oFilter(static_cast<unsigned char>(numbers[0]), static_cast<unsigned short>(numbers[1]))
     {}
 
     std::string name() const override { return m_strName; }
@@ -23,9 +26,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<Stage> makeTemporalStage(int gain, int factor)
+std::unique_ptr<Stage> makeTemporalStage(const Settings& settings)
 {
-    return std::make_unique<TemporalStage>(gain, factor);
+    const std::string text = noiseChoice(settings, "noise/temporal", pStandardTemporal);
+    if (text.empty())
+        return nullptr;
+    return std::make_unique<TemporalStage>(text, keyOf("noise/temporal").kind.numbers(text));
 }
 
 } // namespace velmo::camera

@@ -1,15 +1,18 @@
 #pragma once
 
+#include "camera/Settings.h"
 #include "camera/stages/Stage.h"
 
 #include <memory>
 
 namespace velmo::camera {
 
-/// Smooths in time what does not move (TemporalNoiseReduction).
-///
-/// @param gain    0 to 16: the higher, the sooner changes pass
-/// @param factor  0 to 2048: the higher, the smoother
-VELMO_API std::unique_ptr<Stage> makeTemporalStage(int gain, int factor);
+/// What noise/temporal stands for where it is on auto and noise/denoise is set; docs/denoise-defaults.md has
+/// the measurements.
+constexpr const char* pStandardTemporal = "16:1843";
+
+/// Smooths in time what does not move: noise/temporal.
+/// @returns nothing if that is off
+VELMO_API std::unique_ptr<Stage> makeTemporalStage(const Settings& settings);
 
 } // namespace velmo::camera

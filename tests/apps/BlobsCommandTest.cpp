@@ -65,7 +65,7 @@ TEST_F(BlobsCommand, RefusesBadArgumentsInOneLine)
 {
     const std::pair<const char*, const char*> faults[] = {
         {"f0.png --out o.png", "--above"},
-        {"f0.png --above 1 --below 2 --out o.png", "--below"},
+        {"f0.png --above 1 --below 2 --out o.png", "below"},
         {"f0.png --above warm --out o.png", "'warm'"},
         {"f0.png --above 65536 --out o.png", "0 to 65535"},
         {"f0.png --below -300 --celsius --out o.png", "-273.15"},

@@ -72,11 +72,11 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
     expectRefusal("render run", "--out");
     expectRefusal("render run --out o --colour", "--colour");
     expectRefusal("render run --out o --range 5", "'5'");
-    expectRefusal("render run --out o --range 300:200", "below");
+    expectRefusal("render run --out o --range 300:200", "not above");
     expectRefusal("render run --out o --range -5:200", "0 to 65535");
     expectRefusal("render run --out o --range 1.5:200", "1.5");
     expectRefusal("render run --out o --range p1:200", "'200'");
-    expectRefusal("render run --out o --range p99:p1", "below");
+    expectRefusal("render run --out o --range p99:p1", "not above");
     expectRefusal("render run --out o --temporal 17:2048", "0 to 16");
     expectRefusal("render run --out o --temporal 16:2049", "0 to 2048");
     expectRefusal("render run --out o --temporal 16", "GAIN:FACTOR");

@@ -7,9 +7,16 @@ namespace {
 using velmo::camera::Frame;
 using velmo::camera::RangeRule;
 
+RangeRule ruleOf(const std::string& rule)
+{
+    velmo::camera::Settings settings;
+    settings.set("colours/range", rule);
+    return RangeRule(settings);
+}
+
 std::pair<int, int> rangeOf(const std::string& rule, const Frame& frame)
 {
-    const velmo::camera::ValueRange range = RangeRule::parse(rule).of(frame);
+    const velmo::camera::ValueRange range = ruleOf(rule).of(frame);
     return {range.low, range.high};
 }
 
@@ -52,8 +59,25 @@ TEST(Range, AutomaticDoesNotStretchAFlatFrame)
 TEST(Range, FixedIsWhatWasTyped)
 {
     EXPECT_EQ(rangeOf("29000:30000", countingFrame()), std::pair(29000, 30000));
-    EXPECT_TRUE(RangeRule::parse("lock").locks());
-    EXPECT_FALSE(RangeRule::parse("auto").locks());
+}
+
+TEST(Range, LockIsThatOfTheFirstFramesTogether)
+{
+    const auto flat = [](int value) { return Frame(8, 8, static_cast<unsigned short>(value)); };
+    for (const bool early : {false, true}) { // a recording of fewer frames ends before
+        RangeRule rule = ruleOf("lock");
+        const int frames = early ? 3 : static_cast<int>(RangeRule::nLearnFrames);
+        for (int i = 0; i < frames; ++i) {
+            EXPECT_TRUE(rule.learning());
+            rule.learn(flat(1000 + 100 * i));
+        }
+        if (early)
+            rule.hold();
+        EXPECT_FALSE(rule.learning());
+        const velmo::camera::ValueRange range = rule.of(flat(5000));
+        EXPECT_EQ(range.low, 990);
+        EXPECT_EQ(range.high, 1010 + 100 * (frames - 1));
+    }
 }
 
 TEST(Range, PaddedRowsAreNotCounted)

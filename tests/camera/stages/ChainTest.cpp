@@ -1,4 +1,4 @@
-#include "apps/thermal/FilterOptions.h"
+#include "camera/stages/Chain.h"
 
 #include "core/Exception.h"
 
@@ -9,10 +9,18 @@
 
 namespace {
 
-using thermal::FilterOptions;
 using velmo::camera::Chain;
 using velmo::camera::Frame;
+using velmo::camera::Settings;
 using velmo::exp::Exception;
+
+Settings with(const std::vector<std::pair<const char*, const char*>>& values)
+{
+    Settings settings;
+    for (const auto& [path, value] : values)
+        settings.set(path, value);
+    return settings;
+}
 
 std::vector<std::string> namesOf(const Chain& chain)
 {
@@ -23,45 +31,24 @@ std::vector<std::string> namesOf(const Chain& chain)
     return names;
 }
 
-TEST(FilterStages, StandInTheOrderInWhichTheyBuildOnEachOther)
+TEST(Chain, HasItsStagesInTheOrderInWhichTheyBuildOnEachOther)
 {
-    FilterOptions options;
-    options.downsize = "120x90";
-    options.spatial = "3";
-    options.temporal = "16:2048";
-    options.pattern = "10:1:2";
-    EXPECT_TRUE(options.any());
-    EXPECT_THAT(namesOf(makeChain(options)),
-                testing::ElementsAre("pattern 10:1:2", "temporal 16:2048", "spatial 3", "downsize 120x90"));
-    EXPECT_EQ(thermal::makeChain({}).size(), 0U);
+    const Chain chain(with({{"frame/downsize", "120x90"},
+                            {"noise/spatial", "3"},
+                            {"noise/temporal", "16:2048"},
+                            {"noise/pattern", "10:1:2"}}),
+                      {"records", {{{0, 0}, {}}}});
+    EXPECT_THAT(namesOf(chain), testing::ElementsAre("bad pixels 1", "pattern 10:1:2", "temporal 16:2048",
+                                                     "spatial 3", "downsize 120x90"));
+    EXPECT_EQ(Chain(Settings()).size(), 0U);
 }
 
-TEST(FilterStages, DenoiseIsAllThreeAndEachMayBeChosen)
+TEST(Chain, DenoisesByAllThreeUnlessOneIsChosenOrOff)
 {
-    FilterOptions options;
-    options.denoise = true;
-    options.spatial = "31";
-    const Chain chain = makeChain(options);
-    ASSERT_EQ(chain.size(), 3U);
-    EXPECT_EQ(chain.name(0), std::string("pattern ") + FilterOptions::pDefaultPattern);
-    EXPECT_EQ(chain.name(2), "spatial 31");
-}
-
-TEST(FilterStages, RefuseWhatIsOutsideTheirRanges)
-{
-    using Option = std::string FilterOptions::*;
-    const std::pair<Option, std::vector<const char*>> wrong[] = {
-        {&FilterOptions::pattern,
-         {"101:0:0", "0:32:0", "0:0:32", "-1:0:0", "1:2", "1:2:3:4", "a:b:c", "1.5:0:0"}},
-        {&FilterOptions::temporal, {"17:0", "0:2049", "16", "16:", ":", "1:2:3", "-1:5"}},
-        {&FilterOptions::spatial, {"32", "-1", "1.5", "x", "1:2"}},
-        {&FilterOptions::downsize, {"160x90", "160", "x", "240x180"}}};
-    for (const auto& [option, texts] : wrong)
-        for (const char* text : texts) {
-            FilterOptions options;
-            options.*option = text;
-            EXPECT_THROW(makeChain(options), Exception) << text;
-        }
+    EXPECT_THAT(namesOf(Chain(with({{"noise/denoise", "true"}, {"noise/spatial", "31"}}))),
+                testing::ElementsAre("pattern 15:8:4", "temporal 16:1843", "spatial 31"));
+    EXPECT_THAT(namesOf(Chain(with({{"noise/denoise", "true"}, {"noise/pattern", "off"}}))),
+                testing::ElementsAre("temporal 16:1843", "spatial 4"));
 }
 
 /// Values of the upper and the lower half of the 16-bit range side by side, and full scale.
@@ -73,14 +60,10 @@ Frame wideFrame()
     return frame;
 }
 
-TEST(FilterStages, KeepCalmFramesOfAnyValue)
+TEST(Chain, KeepsCalmFramesOfAnyValue)
 {
     // What all filters have in common: a still scene without noise stays, on both sides of 32768.
-    FilterOptions options;
-    options.pattern = "5:10:10";
-    options.temporal = "8:1800";
-    options.spatial = "1";
-    Chain chain = makeChain(options);
+    Chain chain(with({{"noise/pattern", "5:10:10"}, {"noise/temporal", "8:1800"}, {"noise/spatial", "1"}}));
     for (int i = 0; i < 3; ++i) {
         Frame frame = wideFrame();
         chain.apply(frame);
@@ -91,11 +74,9 @@ TEST(FilterStages, KeepCalmFramesOfAnyValue)
     EXPECT_GT(chain.microseconds(0), 0);
 }
 
-TEST(FilterStages, DownSizeKeepsTheOrderOfValues)
+TEST(Chain, DownSizeKeepsTheOrderOfValues)
 {
-    FilterOptions options;
-    options.downsize = "160x120";
-    Chain chain = makeChain(options);
+    Chain chain(with({{"frame/downsize", "160x120"}}));
     Frame frame = wideFrame();
     chain.apply(frame);
     ASSERT_EQ(frame.size(), cv::Size(160, 120));
@@ -106,11 +87,9 @@ TEST(FilterStages, DownSizeKeepsTheOrderOfValues)
     EXPECT_THROW(chain.apply(other), Exception);
 }
 
-TEST(FilterStages, RemoveStripesAndNoise)
+TEST(Chain, RemovesStripesAndNoise)
 {
-    FilterOptions options;
-    options.denoise = true;
-    Chain chain = makeChain(options);
+    Chain chain(with({{"noise/denoise", "true"}}));
     cv::RNG random(5);
     cv::Mat_<double> stripes(1, 60);
     random.fill(stripes, cv::RNG::NORMAL, 0, 4);

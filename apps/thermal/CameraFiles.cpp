@@ -1,0 +1,32 @@
+#include "apps/thermal/CameraFiles.h"
+
+#include "recordings/PaletteFile.h"
+#include "recordings/PixelFiles.h"
+
+namespace thermal {
+
+using namespace velmo::camera;
+using namespace velmo::recordings;
+
+Calibration readFilesOf(Settings& settings)
+{
+    if (const std::string file = settings.text("colours/palette-file"); !file.empty()) {
+        const std::string first = loadPaletteFile(file);
+        if (settings.text("colours/palette") == "auto")
+            settings.set("colours/palette", first);
+    }
+    Calibration calibration;
+    if (const std::string file = settings.text("pixels/records"); !file.empty()) {
+        calibration.origin = file;
+        calibration.badPixels = readRecords(file);
+    }
+    return calibration;
+}
+
+Camera openCamera(Settings settings)
+{
+    const Calibration calibration = readFilesOf(settings);
+    return Camera(settings, calibration);
+}
+
+} // namespace thermal

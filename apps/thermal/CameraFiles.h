@@ -1,0 +1,18 @@
+#pragma once
+
+#include "camera/Calibration.h"
+#include "camera/Camera.h"
+#include "camera/Settings.h"
+
+namespace thermal {
+
+/// Reads the files that settings name: loads the palettes, of which the first is taken if none is named, and
+/// returns what was measured of the camera.
+/// @throws Exception  that names the file
+velmo::camera::Calibration readFilesOf(velmo::camera::Settings& settings);
+
+/// The camera that the settings describe.
+/// @throws Exception  for the settings, and for the files that they name
+velmo::camera::Camera openCamera(velmo::camera::Settings settings);
+
+} // namespace thermal

@@ -1,0 +1,81 @@
+#include "apps/thermal/SettingsOptions.h"
+
+#include "apps/thermal/Error.h"
+#include "camera/settings/Keys.h"
+
+#include <CLI/App.hpp>
+
+#include <algorithm>
+#include <fstream>
+
+namespace thermal {
+
+using namespace velmo::camera;
+
+namespace {
+
+Settings read(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw UsageError(path + ": cannot be read");
+    try {
+        return Settings::read(file);
+    } catch (const std::exception& error) {
+        throw UsageError(path + ": " + error.what());
+    }
+}
+
+std::string helpOf(const Key& key)
+{
+    const std::string limits = key.kind.limits();
+    return key.sentence + (limits.empty() ? "" : "; " + limits) + (key.kind.list ? "; may be repeated" : "") +
+           (key.fallback.empty() || key.kind.isFlag() ? "" : " [" + key.fallback + "]");
+}
+
+std::string joined(const std::vector<std::string>& texts, const char* separator)
+{
+    std::string all;
+    for (const std::string& text : texts)
+        all += (all.empty() ? "" : separator) + text;
+    return all;
+}
+
+} // namespace
+
+void SettingsOptions::addTo(CLI::App& command, const std::vector<std::string>& sections)
+{
+    command
+        .add_option("--settings", m_strFile,
+                    "A file of settings, as 'thermal settings' writes one; options stand above it")
+        ->type_name("FILE");
+    for (const Key& key : keys()) {
+        if (std::find(sections.begin(), sections.end(), key.path.substr(0, key.path.find('/'))) ==
+            sections.end())
+            continue;
+        Typed& typed = m_mapTyped[key.path];
+        typed.m_strOption = key.option;
+        if (key.kind.isFlag())
+            command.add_flag(key.option, typed.m_bFlag, helpOf(key));
+        else
+            command.add_option(key.option, typed.m_vecTexts, helpOf(key))
+                ->expected(1)
+                ->multi_option_policy(key.kind.list ? CLI::MultiOptionPolicy::TakeAll
+                                                    : CLI::MultiOptionPolicy::Throw)
+                ->type_name(joined(key.kind.shapes(), "|"));
+    }
+}
+
+Settings SettingsOptions::settings() const
+{
+    Settings settings = m_strFile.empty() ? Settings() : read(m_strFile);
+    for (const auto& [path, typed] : m_mapTyped) {
+        if (typed.m_bFlag)
+            settings.set(path, true);
+        if (!typed.m_vecTexts.empty())
+            settings.set(path, joined(typed.m_vecTexts, ","), typed.m_strOption);
+    }
+    return settings;
+}
+
+} // namespace thermal

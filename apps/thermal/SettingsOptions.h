@@ -1,0 +1,38 @@
+#pragma once
+
+#include "camera/Settings.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace thermal {
+
+/// The options of a command that are settings: each is a key of the table with a short name.
+class SettingsOptions
+{
+public:
+    /// Adds --settings, and an option for each setting of these sections.
+    void addTo(CLI::App& command, const std::vector<std::string>& sections);
+
+    /// What the file of --settings says, with what was typed above it.
+    /// @throws Exception  that names the option, or the file and the setting
+    velmo::camera::Settings settings() const;
+
+private:
+    struct Typed
+    {
+        std::string m_strOption;
+        bool m_bFlag = false;
+        std::vector<std::string> m_vecTexts;
+    };
+
+    std::string m_strFile;
+    std::map<std::string, Typed> m_mapTyped; ///< by the path of the setting
+};
+
+} // namespace thermal

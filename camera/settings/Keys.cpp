@@ -1,0 +1,177 @@
+#include "camera/settings/Keys.h"
+
+#include "camera/stages/PatternStage.h"
+#include "camera/stages/SpatialStage.h"
+#include "camera/stages/TemporalStage.h"
+
+#include "core/Exception.h"
+#include "vision/imgproc/SpatialNoiseRemover.h"
+#include "vision/imgproc/StaticPatternRemover.h"
+#include "vision/imgproc/TemporalNoiseReduction.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace velmo::camera {
+namespace {
+
+using exp::vision::SpatialNoiseRemover;
+using exp::vision::StaticPatternRemover;
+using Temporal = exp::vision::TemporalNoiseReduction<unsigned short>;
+
+constexpr auto whole = Field::Kind::Whole;
+constexpr auto number = Field::Kind::Number;
+constexpr auto percentile = Field::Kind::Percentile;
+constexpr auto colour = Field::Kind::Colour;
+constexpr auto above = Field::Order::Above;
+constexpr auto notBelow = Field::Order::NotBelow;
+
+ValueKind flag()
+{
+    return {{"false", "true"}, {}, "", false};
+}
+
+ValueKind words(std::vector<std::string> words)
+{
+    return {std::move(words), {}, "", false};
+}
+
+ValueKind text(const std::string& name)
+{
+    return {{}, {}, name, false};
+}
+
+/// Numbers, or one of some words instead.
+ValueKind form(Form form, std::vector<std::string> words = {})
+{
+    return {std::move(words), {std::move(form)}, "", false};
+}
+
+std::vector<Key> makeKeys()
+{
+    const int maxThreshold = StaticPatternRemover::s32MaxThreshold;
+    const int maxLimit = StaticPatternRemover::s32MaxLimit;
+    return {
+        {"pixels/records", "--bad-pixels", text("FILE"), "", "",
+         "Replace defective pixels before anything else: records that 'thermal pixels records' wrote"},
+
+        {"noise/denoise", "--denoise", flag(), "", "false",
+         std::string("All three noise filters; those that are on auto get pattern ") + pStandardPattern +
+             ", temporal " + pStandardTemporal + ", spatial " + pStandardSpatial},
+        {"noise/pattern", "--pattern",
+         form({{"THRESHOLD", whole, 0, double(maxThreshold)},
+               {"LINE", whole, 0, double(maxLimit)},
+               {"FRAME", whole, 0, double(maxLimit)}},
+              {"auto", "off"}),
+         "counts", "auto",
+         "Static pattern remover: learns where a pixel differs from its neighbours by less than THRESHOLD, "
+         "takes away at most LINE per column and FRAME per pixel"},
+        {"noise/temporal", "--temporal",
+         form({{"GAIN", whole, 0, Temporal::u8MaxControlGain},
+               {"FACTOR", whole, 0, Temporal::u16MaxFeedbackFactor}},
+              {"auto", "off"}),
+         "", "auto",
+         "Temporal noise filter: the higher GAIN, the sooner it lets changes pass; the higher FACTOR, the "
+         "smoother"},
+        {"noise/spatial", "--spatial",
+         form({{"GAIN", whole, 0, SpatialNoiseRemover::s32MaxGain}}, {"auto", "off"}), "", "auto",
+         "Spatial noise remover: the higher GAIN, the smoother"},
+
+        {"frame/downsize", "--downsize", words({"off", "160x120", "120x90"}), "pixels", "off",
+         "Shrink frames of 240x180"},
+
+        {"colours/palette", "--palette", text("NAME"), "", "auto",
+         "The colours, one of 'thermal palettes'; auto is the first of the palette file, or else Humidity "
+         "where that is shown, or else Ironbow"},
+        {"colours/palette-file", "--palette-file", text("FILE"), "", "", "An XML file of further palettes"},
+        {"colours/range",
+         "--range",
+         {{"auto", "lock"},
+          {{{"MIN", whole, 0, 65535}, {"MAX", whole, 0, 65535, above}},
+           {{"pLOW", percentile, 0, 100}, {"pHIGH", percentile, 0, 100, above}}},
+          "",
+          false},
+         "counts",
+         "auto",
+         "Values at the ends of the palette: auto (each frame's own), lock (of the first 10 frames together, "
+         "held), fixed ones, or percentiles like p1:p99"},
+        {"colours/regions",
+         "--region",
+         {{},
+          {{{"LOW", whole, 0, 65535}, {"HIGH", whole, 0, 65535, notBelow}, {"RRGGBB", colour}}},
+          "",
+          true},
+         "counts",
+         "",
+         "Paint the values LOW to HIGH in one colour; where regions overlap, the last one wins"},
+        {"colours/humidity", "--humidity",
+         form({{"CELSIUS", number, -80, 200}, {"PERCENT", number, 0, 100}}, {"off"}), "", "off",
+         "Colour by the relative humidity that air of this temperature and humidity reaches at each surface; "
+         "values are hundredths of a kelvin"},
+
+        {"picture/scale", "--scale", form({{"N", whole, 1, 16}}), "", "1",
+         "Enlarge N times; every pixel becomes a square"},
+        {"picture/legend", "--legend", flag(), "", "false", "Add a bar of the colours with their values"},
+        {"picture/celsius", "--celsius", flag(), "", "false",
+         "Values are hundredths of a kelvin: show them in degrees Celsius"},
+
+        {"blobs/above", "--above", form({{"VALUE", number, -1e6, 1e6}}, {"off"}), "", "off",
+         "Blobs are of values above this one"},
+        {"blobs/below", "--below", form({{"VALUE", number, -1e6, 1e6}}, {"off"}), "", "off",
+         "Blobs are of values below this one"},
+        {"blobs/min-size", "--min-size", form({{"N", whole, 1, 1000000}}), "pixels", "4",
+         "Leave out smaller blobs"},
+    };
+}
+
+/// How many letters have to be put in, taken out or changed to make one word of another.
+std::size_t distance(const std::string& from, const std::string& to)
+{
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), 0U);
+    for (std::size_t i = 1; i <= from.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 1; j <= to.size(); ++j) {
+            const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string lastPart(const std::string& path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+/// In another section the right name counts as near.
+std::size_t farFrom(const Key& key, const std::string& path)
+{
+    return std::min(distance(path, key.path), distance(lastPart(path), lastPart(key.path)) + 1);
+}
+
+} // namespace
+
+const std::vector<Key>& keys()
+{
+    static const std::vector<Key> table = makeKeys();
+    return table;
+}
+
+const Key& keyOf(const std::string& path)
+{
+    const auto found =
+        std::find_if(keys().begin(), keys().end(), [&](const Key& key) { return key.path == path; });
+    if (found != keys().end())
+        return *found;
+    constexpr std::size_t nLongest = 64;
+    const std::string shown = path.substr(0, nLongest);
+    const auto nearest =
+        std::min_element(keys().begin(), keys().end(), [&](const Key& left, const Key& right) {
+            return farFrom(left, shown) < farFrom(right, shown);
+        });
+    VELMO_THROW("there is no setting '" + shown + "'; the nearest is " + nearest->path);
+}
+
+} // namespace velmo::camera

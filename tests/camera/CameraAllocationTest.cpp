@@ -1,0 +1,28 @@
+#include "camera/Camera.h"
+
+#include "tests/Allocations.h"
+
+#include <gtest/gtest.h>
+
+using velmo::camera::Camera;
+using velmo::camera::Frame;
+using velmo::camera::Settings;
+
+TEST(Camera, AllocatesNothingPerFrameOnceItRuns)
+{
+    Frame raw(180, 240);
+    cv::randu(raw, 8000, 8060);
+    Settings settings;
+    settings.set("noise/denoise", true);
+    settings.set("colours/range", "8000:8060");
+    settings.set("picture/scale", 3);
+    settings.set("picture/legend", true);
+    for (const char* size : {"off", "120x90"}) {
+        settings.set("frame/downsize", size);
+        Camera camera(settings);
+        EXPECT_EQ(allocationsOf([&] { camera.show(raw); }), 0) << size;
+        EXPECT_EQ(allocationsOf([&] { camera.measure(camera.clean(raw)); }), 0) << size;
+    }
+    Camera automatic;
+    EXPECT_EQ(allocationsOf([&] { automatic.show(raw); }), 0);
+}

@@ -1,0 +1,98 @@
+#include "camera/Camera.h"
+
+#include "core/Exception.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using velmo::camera::Camera;
+using velmo::camera::Frame;
+using velmo::camera::Picture;
+using velmo::camera::Settings;
+using velmo::exp::Exception;
+
+Settings with(const std::vector<std::pair<const char*, const char*>>& values)
+{
+    Settings settings;
+    for (const auto& [path, value] : values)
+        settings.set(path, value);
+    return settings;
+}
+
+/// A wall, and a warm square that moves.
+Frame frameAt(int time)
+{
+    Frame frame(40, 60, static_cast<unsigned short>(1000));
+    frame(cv::Rect(10 + time, 10, 8, 8)) = 2000;
+    return frame;
+}
+
+TEST(Camera, ShowsWhatItCleansAndPaints)
+{
+    const Settings settings = with({{"noise/denoise", "true"},
+                                    {"colours/palette", "Hotcold"},
+                                    {"colours/range", "1000:2000"},
+                                    {"picture/scale", "2"},
+                                    {"picture/legend", "true"}});
+    Camera one(settings), other(settings);
+    for (int time = 0; time < 4; ++time) {
+        const Frame raw = frameAt(time), before = raw.clone();
+        const Picture shown = one.show(raw).clone();
+        EXPECT_EQ(cv::norm(shown, other.paint(other.clean(raw)), cv::NORM_INF), 0);
+        EXPECT_EQ(cv::norm(raw, before, cv::NORM_INF), 0); // a camera leaves its input alone
+        EXPECT_EQ(shown.rows, 80);
+        EXPECT_GT(shown.cols, 120);
+        EXPECT_EQ(shown(0, 0), cv::Vec3b(255, 0, 0));
+        EXPECT_EQ(shown(2 * 14, 2 * (14 + time)), cv::Vec3b(0, 0, 255));
+    }
+    EXPECT_EQ(one.chain().size(), 3U);
+}
+
+TEST(Camera, ChangesNothingUnlessItIsTold)
+{
+    Camera camera;
+    EXPECT_EQ(camera.chain().size(), 0U);
+    EXPECT_EQ(cv::norm(camera.clean(frameAt(0)), frameAt(0), cv::NORM_INF), 0);
+    EXPECT_EQ(camera.show(frameAt(0)).size(), cv::Size(60, 40));
+}
+
+TEST(Camera, MeasuresFramesAndFollowsBlobs)
+{
+    Camera camera(with({{"blobs/above", "1500"}, {"colours/palette", "Grayscale"}}));
+    for (int time = 0; time < 3; ++time) {
+        const auto& found = camera.measure(camera.clean(frameAt(time)));
+        EXPECT_EQ(found.low, 1000);
+        EXPECT_EQ(found.high, 2000);
+        EXPECT_DOUBLE_EQ(found.mean, 1000 + 1000 * 64 / 2400.0);
+        ASSERT_EQ(found.blobs.size(), 1U);
+        EXPECT_EQ(found.blobs[0].component.getLabel(), 1U);
+    }
+    const Picture marked = camera.show(frameAt(3));
+    EXPECT_NE(marked(10, 13)[0], marked(10, 13)[1]); // not grey: marked
+}
+
+TEST(Camera, LearnsALockedRangeFromItsFirstFrames)
+{
+    Camera camera(with({{"colours/range", "lock"}, {"colours/palette", "Grayscale"}}));
+    for (int time = 0; time < 10; ++time) {
+        EXPECT_TRUE(camera.range().learning());
+        camera.show(Frame(4, 4, static_cast<unsigned short>(1000 + 100 * time)));
+    }
+    EXPECT_FALSE(camera.range().learning());
+    EXPECT_EQ(camera.show(Frame(4, 4, 5000))(0, 0), camera.show(Frame(4, 4, 1920)).at<cv::Vec3b>(0, 0));
+    EXPECT_EQ(camera.show(Frame(4, 4, 990))(0, 0), cv::Vec3b(0, 0, 0));
+}
+
+TEST(Camera, RefusesSettingsThatContradictEachOther)
+{
+    EXPECT_THROW(Camera(with({{"colours/humidity", "20:50"}, {"colours/regions", "1:2:FF0000"}})), Exception);
+    EXPECT_THROW(Camera(with({{"blobs/above", "1"}, {"blobs/below", "2"}})), Exception);
+    EXPECT_THROW(Camera(with({{"blobs/above", "65536"}})), Exception);
+    EXPECT_THROW(Camera(with({{"blobs/below", "-300"}, {"picture/celsius", "true"}})), Exception);
+    EXPECT_THROW(Camera(with({{"colours/palette", "Pink"}})), Exception);
+    Camera small(with({{"frame/downsize", "160x120"}}));
+    EXPECT_THROW(small.show(frameAt(0)), Exception);
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+#include "camera/Settings.h"
+
+#include "camera/settings/Keys.h"
+#include "camera/settings/Reference.h"
+
+#include "core/Exception.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <set>
+#include <sstream>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using velmo::camera::Key;
+using velmo::camera::keys;
+using velmo::camera::Settings;
+using velmo::exp::Exception;
+
+Settings read(const std::string& text)
+{
+    std::istringstream file(text);
+    return Settings::read(file);
+}
+
+std::string refusal(const std::string& path, const std::string& value)
+{
+    try {
+        Settings().set(path, value);
+    } catch (const Exception& error) {
+        return error.what();
+    }
+    return "taken";
+}
+
+TEST(Keys, HaveAnOptionOfTheirOwnASentenceAndADefaultThatIsTaken)
+{
+    std::set<std::string> paths, options;
+    for (const Key& key : keys()) {
+        EXPECT_TRUE(paths.insert(key.path).second) << key.path;
+        EXPECT_TRUE(options.insert(key.option).second) << key.option;
+        EXPECT_EQ(std::count(key.path.begin(), key.path.end(), '/'), 1) << key.path;
+        EXPECT_FALSE(key.sentence.empty()) << key.path;
+        EXPECT_NE(key.sentence.back(), '.') << key.path;
+        EXPECT_NO_THROW(key.kind.read(key.fallback, key.path)) << key.path;
+    }
+}
+
+TEST(Settings, AreAtTheirDefaultsUntilTheyAreSet)
+{
+    Settings settings;
+    EXPECT_EQ(settings.text("noise/temporal"), "auto");
+    EXPECT_THAT(settings.numbers("noise/temporal"), ElementsAre());
+    EXPECT_FALSE(settings.flag("noise/denoise"));
+    settings.set("noise/temporal", "16:1843");
+    settings.set("noise/denoise", true);
+    settings.set("picture/scale", 3);
+    settings.set("blobs/above", 30.5);
+    settings.set("colours/regions", "1:2:FF0000 ,3:4:00FF00");
+    EXPECT_THAT(settings.numbers("noise/temporal"), ElementsAre(16, 1843));
+    EXPECT_TRUE(settings.flag("noise/denoise"));
+    EXPECT_THAT(settings.numbers("picture/scale"), ElementsAre(3));
+    EXPECT_THAT(settings.numbers("blobs/above"), ElementsAre(30.5));
+    EXPECT_THAT(settings.list("colours/regions"), ElementsAre("1:2:FF0000", "3:4:00FF00"));
+    EXPECT_EQ(settings.tree().get("picture/scale")->value<std::int64_t>(), 3);
+}
+
+TEST(Settings, ComeFromXmlAndIni)
+{
+    const Settings xml = read("<?xml version=\"1.0\"?><group name=\"camera\"><group name=\"noise\">"
+                              "<item name=\"spatial\" type=\"uint8\">5</item></group>"
+                              "<item name=\"noise/denoise\" type=\"bool\">true</item></group>");
+    const Settings ini = read("\n; a comment\n[noise]\nspatial = 5\ndenoise = true\n");
+    EXPECT_EQ(xml.tree(), ini.tree());
+    EXPECT_THAT(ini.numbers("noise/spatial"), ElementsAre(5));
+    EXPECT_EQ(read("").tree().size(), 0U);
+    std::istringstream failed;
+    failed.setstate(std::ios::failbit);
+    EXPECT_THROW(Settings::read(failed), Exception);
+}
+
+TEST(Settings, AreWrittenAsAFileThatReadsBack)
+{
+    Settings settings;
+    settings.set("colours/palette", "007"); // a text, although it looks like a number
+    settings.set("pixels/records", " \"a\" file ");
+    settings.set("colours/range", "p0.5:p99");
+    settings.set("blobs/below", -5.5);
+    const Settings back = read(settings.ini());
+    for (const Key& key : keys())
+        EXPECT_EQ(back.text(key.path), settings.text(key.path)) << key.path;
+}
+
+TEST(Settings, RefuseWhatIsNotInTheTable)
+{
+    const std::tuple<const char*, const char*, const char*> wrong[] = {
+        {"noise/temporel", "16:2048", "the nearest is noise/temporal"},
+        {"blobs/spatial", "4", "the nearest is noise/spatial"},
+        {"noise", "4", "no setting 'noise'"},
+        {"", "4", "no setting ''"},
+        {"noise/temporal/gain", "4", "noise/temporal"},
+        {"noise/temporal", "16", "'16' is not auto, off or GAIN:FACTOR"},
+        {"noise/temporal", "17:0", "noise/temporal GAIN: '17' is not a whole number from 0 to 16"},
+        {"noise/temporal", "0:2049", "FACTOR: '2049' is not a whole number from 0 to 2048"},
+        {"noise/pattern", "101:0:0", "0 to 100"},
+        {"noise/pattern", "0:32:0", "LINE: '32'"},
+        {"noise/pattern", "0:0:-1", "FRAME: '-1'"},
+        {"noise/spatial", "32", "0 to 31"},
+        {"noise/spatial", "on", "'on'"},
+        {"noise/denoise", "yes", "'yes' is not false or true"},
+        {"frame/downsize", "240x180", "off, 160x120 or 120x90"},
+        {"colours/range", "5", "'5' is not auto, lock, MIN:MAX or pLOW:pHIGH"},
+        {"colours/range", "5:5", "5 is not above 5"},
+        {"colours/range", "p1:200", "'200' is not a percentile"},
+        {"colours/range", "p1:p101", "'p101'"},
+        {"colours/range", "-1:5", "'-1'"},
+        {"colours/regions", "1:2:FF0000,5:4:FF0000", "4 is below 5"},
+        {"colours/regions", "1:2:FF000", "'FF000'"},
+        {"colours/humidity", "20:101", "PERCENT: '101'"},
+        {"colours/humidity", "nan:50", "'nan'"},
+        {"colours/palette", "two\nlines", "one line"},
+        {"picture/scale", "17", "1 to 16"}};
+    for (const auto& [path, value, words] : wrong)
+        EXPECT_THAT(refusal(path, value), HasSubstr(words)) << path << " " << value;
+    EXPECT_THROW(read("[noise]\ntemporal = 1,2\n"), Exception);
+    EXPECT_THROW(read("noise = 3\n"), Exception);
+    EXPECT_THROW(read("no settings"), Exception);
+    EXPECT_THROW(read("<group/>"), std::exception);
+
+    Settings settings;
+    settings.set("picture/scale", 2);
+    EXPECT_THROW(settings.set("picture/scale", 0), Exception);
+    EXPECT_THAT(settings.numbers("picture/scale"), ElementsAre(2)); // as it was
+}
+
+TEST(Settings, HaveAPageThatSaysThemAll)
+{
+    std::ostringstream page;
+    page << std::ifstream(SETTINGS_PAGE).rdbuf();
+    EXPECT_EQ(page.str(), velmo::camera::settingsReference())
+        << "thermal settings --reference > docs/settings.md";
+}
+
+} // namespace
