@@ -33,12 +33,9 @@ public:
             if (m_nFile + 1 == m_vecFiles.size())
                 return false;
             open(m_nFile + 1);
-            requireUnit();
+            requireKind();
         }
         ++m_nImage;
-        if ((image.depth() == CV_32F) != m_bDegrees)
-            VELMO_THROW(place() + ": " + (m_bDegrees ? "counts" : "degrees") + " in a recording of " +
-                        (m_bDegrees ? "degrees" : "counts"));
         return true;
     }
 
@@ -68,8 +65,11 @@ private:
         m_nImage = 0;
     }
 
-    void requireUnit() const
+    void requireKind() const
     {
+        if (m_pFile->holdsDegrees() != m_bDegrees)
+            VELMO_THROW(m_vecFiles[m_nFile] + (m_bDegrees ? ": holds counts, " : ": holds degrees, ") +
+                        m_vecFiles[0] + (m_bDegrees ? " degrees" : " counts"));
         if (m_bSameUnit && m_pFile->unit() != m_strUnit)
             VELMO_THROW(m_vecFiles[m_nFile] + ": its unit is '" + m_pFile->unit() + "', that of " +
                         m_vecFiles[0] + " '" + m_strUnit + "'");

@@ -5,8 +5,10 @@
 
 #include "core/Exception.h"
 
+#include <algorithm>
 #include <array>
-#include <regex>
+#include <charconv>
+#include <string_view>
 #include <vector>
 
 namespace velmo::recordings {
@@ -16,35 +18,60 @@ constexpr std::size_t maxHeaderBytes = 1024; ///< NumPy needs 128
 
 struct NpyHeader
 {
-    std::string order; ///< "<" low byte first, ">" high byte first, "|" single bytes
-    std::string type;  ///< "u2"
+    char order = '<'; ///< '>': high byte first
+    std::string type; ///< "u2"
     bool bColumnsFirst = false;
     std::vector<std::uint64_t> shape;
 };
 
-/// The value of a key in the dictionary that the header is, in the parts that `form` encloses.
-std::smatch valueOf(const std::string& dictionary, const std::string& key, const std::string& form)
+/// What stands behind a key of the dictionary that the header is.
+std::string_view valueOf(std::string_view dictionary, const std::string& key)
 {
-    std::smatch parts;
-    if (!std::regex_search(dictionary, parts, std::regex("['\"]" + key + "['\"] *: *" + form)))
-        VELMO_THROW("there is no usable " + key + " in its header");
-    return parts;
+    for (const char quote : {'\'', '"'}) {
+        const std::size_t place = dictionary.find(quote + key + quote);
+        const std::size_t begin = dictionary.find_first_not_of(": ", place + key.size() + 2);
+        if (place != std::string_view::npos && begin != std::string_view::npos)
+            return dictionary.substr(begin);
+    }
+    VELMO_THROW("there is no " + key + " in its header");
 }
 
-NpyHeader parse(const std::string& dictionary)
+/// The value up to its end, without what encloses it.
+std::string_view enclosed(std::string_view value, std::string_view opening, char end)
+{
+    const std::size_t length = value.find(end, 1);
+    if (opening.find(value[0]) == std::string_view::npos || length == std::string_view::npos)
+        VELMO_THROW("its header is no dictionary of an array");
+    return value.substr(1, length - 1);
+}
+
+std::vector<std::uint64_t> numbersIn(std::string_view text)
+{
+    std::vector<std::uint64_t> numbers;
+    while (!text.empty()) {
+        std::uint32_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto read = std::from_chars(text.data(), end, number);
+        if (read.ec != std::errc())
+            VELMO_THROW("its shape is not of numbers up to 4294967295");
+        numbers.push_back(number);
+        text.remove_prefix(static_cast<std::size_t>(read.ptr - text.data()));
+        text.remove_prefix(std::min(text.find_first_not_of(", "), text.size()));
+    }
+    return numbers;
+}
+
+NpyHeader parse(std::string_view dictionary)
 {
     NpyHeader header;
-    const std::smatch type = valueOf(dictionary, "descr", "['\"]([<>|]?)([a-zA-Z][0-9]{0,3})['\"]");
-    header.order = type[1];
-    header.type = type[2];
-    header.bColumnsFirst = valueOf(dictionary, "fortran_order", "(True|False)")[1] == "True";
-    const std::string shape = valueOf(dictionary, "shape", "\\(([0-9, ]*)\\)")[1];
-    const std::regex number("[0-9]+");
-    for (std::sregex_iterator next(shape.begin(), shape.end(), number), end; next != end; ++next) {
-        if (next->length() > 10)
-            VELMO_THROW("its shape (" + shape + ") is larger than any recording");
-        header.shape.push_back(std::stoull(next->str()));
+    const std::string_view type = valueOf(dictionary, "descr");
+    header.type = enclosed(type, "'\"", type[0]);
+    if (!header.type.empty() && std::string_view("<>|").find(header.type[0]) != std::string_view::npos) {
+        header.order = header.type[0];
+        header.type.erase(0, 1);
     }
+    header.bColumnsFirst = valueOf(dictionary, "fortran_order").rfind("False", 0) != 0;
+    header.shape = numbersIn(enclosed(valueOf(dictionary, "shape"), "(", ')'));
     return header;
 }
 
@@ -90,8 +117,8 @@ public:
         m_s32Type = pixelType(header.type);
         if (m_s32Type < 0 || header.bColumnsFirst)
             VELMO_THROW(name + ": not an array of u1, u2, i2, f4 or f8 in C order (its type is " +
-                        header.type + (header.bColumnsFirst ? " in Fortran order)" : ")"));
-        m_bBigEndian = header.order == ">";
+                        header.type.substr(0, 8) + (header.bColumnsFirst ? " in Fortran order)" : ")"));
+        m_bBigEndian = header.order == '>';
         if (header.shape.size() == 2)
             header.shape.insert(header.shape.begin(), 1);
         if (header.shape.size() != 3)
@@ -120,7 +147,7 @@ private:
     void requireLength(std::uint64_t bytes) const
     {
         const std::uint64_t frame =
-            std::uint64_t{CV_ELEM_SIZE(m_s32Type)} * static_cast<std::uint64_t>(m_oSize.area());
+            static_cast<std::uint64_t>(CV_ELEM_SIZE(m_s32Type)) * static_cast<std::uint64_t>(m_oSize.area());
         if (bytes % frame != 0 || bytes / frame != m_nFrames)
             VELMO_THROW(m_strName + ": its header says " + std::to_string(m_nFrames) + " frames of " +
                         std::to_string(frame) + " bytes, behind it are " + std::to_string(bytes) + " bytes");

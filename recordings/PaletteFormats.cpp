@@ -3,34 +3,30 @@
 #include "recordings/FileList.h"
 
 #include "core/Exception.h"
+#include "core/memory/ByteCursor.h"
 #include "core/memory/MemoryAcsii.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <vector>
 
 namespace velmo::recordings {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::size_t nColours = 256;
 constexpr std::size_t nTableBytes = 3 * nColours;
-constexpr std::uintmax_t nLargestFile = 1 << 20; ///< a palette of 65,536 points is a text of less
+constexpr std::uint64_t nLargestFile = 1 << 20; ///< a palette of 65,536 points is a text of less
 
-std::string readAll(const std::string& path)
+std::string readAll(std::FILE* file, const std::string& name)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file || !fs::is_regular_file(path))
-        VELMO_THROW(path + ": cannot be read");
-    if (fs::file_size(path) > nLargestFile)
-        VELMO_THROW(path + ": too large for a palette");
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::uint64_t size = sizeOf(file);
+    if (size > nLargestFile)
+        VELMO_THROW(name + ": too large for a palette");
+    std::string bytes(size, ' ');
+    readBytes(file, name, bytes.data(), bytes.size());
+    return bytes;
 }
 
 /// The lines of a text with their places in it, however they end.
@@ -125,35 +121,39 @@ Palette readGimp(Lines lines)
     return palette;
 }
 
-Palette readAdobe(const std::string& path, const std::string& bytes)
+Palette readAdobe(const std::string& path, exp::ByteCursor bytes)
 {
-    if (bytes.size() != nTableBytes && bytes.size() != nTableBytes + 4)
-        VELMO_THROW(path + ": a colour table has 768 or 772 bytes, this has " + std::to_string(bytes.size()));
-    const std::vector<unsigned char> table(bytes.begin(), bytes.end());
-    // Behind the colours: how many of them count, high byte first, and which one is transparent.
-    const std::size_t count = table.size() == nTableBytes
-                                  ? nColours
-                                  : std::size_t{table[nTableBytes]} << 8 | table[nTableBytes + 1];
+    if (bytes.left() != nTableBytes && bytes.left() != nTableBytes + 4)
+        VELMO_THROW(path + ": a colour table has 768 or 772 bytes, this has " + std::to_string(bytes.left()));
+    const std::uint8_t* const colours = bytes.take(nTableBytes);
+    std::size_t count = nColours;
+    if (bytes.left() > 0) { // how many of them count, high byte first; and which one is transparent
+        const std::uint8_t* const number = bytes.take(2);
+        count = std::size_t{number[0]} << 8 | number[1];
+    }
     if (count < 1 || count > nColours)
         VELMO_THROW(path + ": a colour table has 1 to 256 colours, this says " + std::to_string(count));
-    return {table.begin(), table.begin() + static_cast<std::ptrdiff_t>(3 * count)};
+    return {colours, colours + 3 * count};
 }
 
-Palette readPlanes(const std::string& path, const std::string& bytes)
+Palette readPlanes(const std::string& path, exp::ByteCursor bytes)
 {
-    if (bytes.size() != nTableBytes)
-        VELMO_THROW(path + ": a lookup table has 768 bytes, this has " + std::to_string(bytes.size()));
+    if (bytes.left() != nTableBytes)
+        VELMO_THROW(path + ": a lookup table has 768 bytes, this has " + std::to_string(bytes.left()));
+    const std::uint8_t* const reds = bytes.take(nColours);
+    const std::uint8_t* const greens = bytes.take(nColours);
+    const std::uint8_t* const blues = bytes.take(nColours);
     Palette palette;
     for (std::size_t point = 0; point < nColours; ++point)
-        for (std::size_t plane = 0; plane < 3; ++plane)
-            palette.push_back(static_cast<unsigned char>(bytes[nColours * plane + point]));
+        palette.insert(palette.end(), {reds[point], greens[point], blues[point]});
     return palette;
 }
 
-Palette read(const std::string& path)
+Palette read(std::FILE* file, const std::string& path)
 {
     const std::string ending = endingOf(path);
-    const std::string bytes = readAll(path);
+    const std::string bytes = readAll(file, path);
+    const exp::ByteCursor cursor(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     if (ending == ".csv")
         return readCsv({path, bytes});
     if (ending == ".pal")
@@ -161,9 +161,9 @@ Palette read(const std::string& path)
     if (ending == ".gpl")
         return readGimp({path, bytes});
     if (ending == ".act")
-        return readAdobe(path, bytes);
+        return readAdobe(path, cursor);
     if (ending == ".lut")
-        return readPlanes(path, bytes);
+        return readPlanes(path, cursor);
     VELMO_THROW(path + ": palettes come from .csv, .pal, .gpl, .act and .lut files");
 }
 
@@ -171,7 +171,12 @@ Palette read(const std::string& path)
 
 Palette importPalette(const std::string& path)
 {
-    Palette palette = read(path);
+    return importPalette(openBytes(path), path);
+}
+
+Palette importPalette(ByteFile file, const std::string& path)
+{
+    Palette palette = read(file.get(), path);
     if (palette.empty())
         VELMO_THROW(path + ": there is no colour in it");
     return palette;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "recordings/ByteFile.h"
 #include "recordings/PaletteFile.h"
 
 #include <string>
@@ -14,5 +15,8 @@ namespace velmo::recordings {
 ///  - .lut: 768 bytes, 256 reds, then the greens, then the blues
 /// @throws Exception  that names the file and, in a text, the line
 Palette importPalette(const std::string& path);
+
+/// The same from a file that is open; `path` chooses the format and is what messages call it.
+Palette importPalette(ByteFile file, const std::string& path);
 
 } // namespace velmo::recordings

@@ -22,7 +22,7 @@ class PictureSink
 public:
     virtual ~PictureSink() = default;
 
-    /// Colours, or grey values of 16 bits, which a film does not take.
+    /// Colours, or grey values: whichever the sink was opened for.
     virtual void write(const cv::Mat& picture) = 0;
     virtual void finish() = 0;
 };
@@ -32,15 +32,18 @@ public:
 class PictureFolder
 {
 public:
+    /// @param unit  what the counts of frames mean; empty for nothing
     /// @throws Exception  that names the path, if it cannot be such a folder
-    explicit PictureFolder(const std::string& path);
+    explicit PictureFolder(const std::string& path, std::string unit = "");
     ~PictureFolder();
 
+    /// @param name  ends in .png or, for frames, .pgm
     void write(const std::string& name, const cv::Mat& picture);
     void finish();
 
 private:
     std::string m_strPath;
+    std::string m_strUnit;
     std::unique_ptr<PartialPath> m_pPartial;
 };
 
@@ -52,8 +55,21 @@ private:
 std::unique_ptr<PictureSink> openSink(const std::string& path, std::optional<std::size_t> expected,
                                       double fps);
 
-/// The same for frames: grey values of 16 bits, which fit a .png or a folder of them.
-std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optional<std::size_t> expected);
+/// How frames are kept where a path leaves a choice.
+struct FrameFormat
+{
+    bool pgm = false;     ///< in folders: PGM files, not PNG
+    bool degrees = false; ///< they are degrees Celsius in floats, CV_32FC1: .tiff and .npy alone take them
+    double fps = 9;       ///< frames per second of an .mkv
+    std::string unit;     ///< what a count means; empty for nothing
+};
+
+/// The same for frames, CV_16UC1: one goes to a .png or .pgm, many to a .tiff, .npy, .raw, .mkv, a folder, or
+/// to
+/// "-", which is standard output and takes raw ones. All come back bit for bit.
+/// @throws Exception  that names the path, if it cannot take the frames
+std::unique_ptr<PictureSink> openFrameSink(const std::string& path, std::optional<std::size_t> expected,
+                                           const FrameFormat& format = {});
 
 /// One picture that is a whole command's result.
 void writePicture(const std::string& path, const Picture& picture);

@@ -71,6 +71,8 @@ public:
         ++m_nNext;
         const Page page(m_oTiff);
         requireGrey(page);
+        if ((page.type() >= CV_32F) != m_bDegrees)
+            VELMO_THROW(m_oTiff.name() + ": has pages of counts and pages of degrees");
         image = cv::Mat(static_cast<int>(page.height), static_cast<int>(page.width), page.type());
         if (TIFFIsTiled(m_oTiff) != 0)
             readTiles(image);

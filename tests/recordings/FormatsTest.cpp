@@ -241,7 +241,7 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
         {"TIFF", std::string("II*\0\x8\0\0\0\1\0", 10)},
         {"4 frames of 8 bytes, behind it are 7 bytes", npy(u2 + "(4, 2, 2)}", "1234567")},
         {"16385x1 pixels", npy(u2 + "(1, 1, 16385)}", "12")},
-        {"larger than any", npy(u2 + "(99999999999, 1, 1)}", "12")},
+        {"up to 4294967295", npy(u2 + "(99999999999, 1, 1)}", "12")},
         {"rows x columns", npy(u2 + "(2,)}", "1234")},
         {"Fortran", npy("{'descr': '<u2', 'fortran_order': True, 'shape': (1, 1)}", "12")},
         {"type is c8", npy("{'descr': '<c8', 'fortran_order': False, 'shape': (1, 1)}", "12345678")},

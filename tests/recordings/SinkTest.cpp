@@ -1,6 +1,8 @@
 #include "tests/TemporaryFolder.h"
 
+#include "recordings/Frames.h"
 #include "recordings/PictureSink.h"
+#include "recordings/ThreadedSink.h"
 
 #include "core/Exception.h"
 
@@ -8,6 +10,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <numeric>
+#include <thread>
 
 namespace {
 
@@ -71,7 +77,80 @@ TEST(Sink, RefusesPlacesThatCannotTakeIt)
 
     const auto film = velmo::recordings::openSink(folder.path() / "a.avi", std::nullopt, 9);
     film->write(Picture(16, 16, cv::Vec3b()));
-    EXPECT_THROW(film->write(Picture(16, 17, cv::Vec3b())), Exception);
+    film->write(Picture(16, 17, cv::Vec3b()));
+    EXPECT_THROW(film->finish(), Exception); // films are packed on a thread of their own
+}
+
+/// Notes what comes; fails at the picture of a value.
+class NotingSink : public velmo::recordings::PictureSink
+{
+public:
+    NotingSink(std::vector<int>& values, int failAt) : m_vecValues(values), m_s32FailAt(failAt) {}
+
+    void write(const cv::Mat& picture) override
+    {
+        const int value = picture.at<unsigned char>(0, 0);
+        if (value == m_s32FailAt)
+            VELMO_THROW("disk full");
+        m_vecValues.push_back(value);
+        std::this_thread::sleep_for(std::chrono::milliseconds(value % 3));
+    }
+    void finish() override { m_vecValues.push_back(1000); }
+
+private:
+    std::vector<int>& m_vecValues;
+    int m_s32FailAt;
+};
+
+TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)
+{
+    const auto run = [](int failAt, int stopAt) {
+        std::vector<int> values;
+        {
+            velmo::recordings::ThreadedSink sink(std::make_unique<NotingSink>(values, failAt));
+            cv::Mat picture(4, 4, CV_8UC3); // one for all: the sink takes copies
+            for (int i = 0; i < 50; ++i) {
+                if (i == stopAt)
+                    return values; // not finished
+                picture.setTo(cv::Scalar::all(i));
+                sink.write(picture);
+            }
+            sink.finish();
+        }
+        return values;
+    };
+    std::vector<int> all(50);
+    std::iota(all.begin(), all.end(), 0);
+    all.push_back(1000);
+    EXPECT_EQ(run(-1, -1), all);
+    EXPECT_THROW(run(7, -1), Exception);
+    EXPECT_THROW(run(49, -1), Exception); // known only when finished
+    EXPECT_THAT(run(-1, 20), testing::Not(testing::Contains(1000)));
+}
+
+TEST(FrameSink, KeepsFramesByTheNameOfItsTarget)
+{
+    const TemporaryFolder folder;
+    velmo::camera::Frame frame(3, 5);
+    cv::randu(frame, 0, 65536);
+    velmo::recordings::FrameFormat format;
+    format.unit = "kelvin/64";
+    for (const char* name : {"a.tiff", "a.npy", "a.mkv", "a.png", "a.pgm", "a"}) {
+        const auto sink = velmo::recordings::openFrameSink(folder.path() / name, 1, format);
+        sink->write(frame);
+        sink->finish();
+        const auto source = velmo::recordings::openFrames({folder.path() / name}, {});
+        velmo::camera::Frame back;
+        ASSERT_TRUE(source->next(back)) << name;
+        EXPECT_EQ(cv::norm(back, frame, cv::NORM_INF), 0) << name;
+        EXPECT_EQ(source->unit(), name == std::string("a.npy") ? "" : "kelvin/64") << name;
+    }
+    format.pgm = true;
+    velmo::recordings::openFrameSink(folder.path() / "b", 1, format)->finish();
+    for (const char* name : {"a.avi", "a.jpg", "folder/a.npy"})
+        EXPECT_THROW(velmo::recordings::openFrameSink(folder.path() / name, 1), Exception) << name;
+    format.degrees = true;
+    EXPECT_THROW(velmo::recordings::openFrameSink(folder.path() / "a.mkv", 1, format), Exception);
 }
 
 } // namespace
