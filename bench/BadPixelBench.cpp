@@ -38,7 +38,7 @@ struct Spread
     bool agrees()
     {
         Map expected(values.size(), 0);
-        const unsigned long flagged = flagSpreadPlain(values, expected, minCount);
+        const unsigned long flagged = flagSpread.plain(values, expected, minCount);
         return BadPixelTools::detectBadPixelHistogram(values, map, minCount) == flagged &&
                cv::countNonZero(map != expected) == 0;
     }
@@ -65,7 +65,7 @@ Job spread(const cv::Mat_<unsigned short>& frame)
     Job job(10 * frame.total(), frame.total());
     job.check(data->agrees());
     job.ours([data] { BadPixelTools::detectBadPixelHistogram(data->values, data->map, minCount); });
-    job.plain([data] { flagSpreadPlain(data->values, data->map, minCount); });
+    job.plain([data] { flagSpread.plain(data->values, data->map, minCount); });
     job.peer("calcHist+inRange", [data] { data->peer(); });
     return job;
 }

@@ -43,7 +43,7 @@ struct Frame
 
 using Converter = void (*)(const cv::Mat&, Image&);
 
-Job image(const std::shared_ptr<Frame>& frame, Converter ours, ColorKernels::Convert plain)
+Job image(const std::shared_ptr<Frame>& frame, Converter ours, ConvertPixels* plain)
 {
     Job job(frame->pixels * (frame->source.elemSize() + 3), frame->pixels);
     const auto convert = [frame, ours] {
@@ -56,7 +56,7 @@ Job image(const std::shared_ptr<Frame>& frame, Converter ours, ColorKernels::Con
     return job.check(same(frame->ours, frame->plain)).ours(convert).plain(define);
 }
 
-Job packed(cv::Size size, Converter ours, ColorKernels::Convert plain)
+Job packed(cv::Size size, Converter ours, ConvertPixels* plain)
 {
     const auto frame = std::make_shared<Frame>(size, 2);
     Job job = image(frame, ours, plain);
@@ -74,25 +74,25 @@ Job packed(cv::Size size, Converter ours, ColorKernels::Convert plain)
 
 Job uyvy(cv::Size size)
 {
-    return packed(size, ColorConvert::convertUYVYToBGR, plainColorKernels.uyvyToBgr);
+    return packed(size, ColorConvert::convertUYVYToBGR, uyvyToBgr.plain);
 }
 
 Job uy1vy0(cv::Size size)
 {
-    return packed(size, ColorConvert::convertUY1VY0ToRGB, plainColorKernels.uy1vy0ToRgb);
+    return packed(size, ColorConvert::convertUY1VY0ToRGB, uy1vy0ToRgb.plain);
 }
 
 Job ycbcr(cv::Size size)
 {
     const auto frame = std::make_shared<Frame>(size, 3);
-    Job job = image(frame, ColorConvert::convertYCbCrtoBRG, plainColorKernels.ycbcrToBgr);
+    Job job = image(frame, ColorConvert::convertYCbCrtoBRG, ycbcrToBgr.plain);
     job.peer("cvtColor", [frame] { cv::cvtColor(frame->source, frame->peer, cv::COLOR_YCrCb2BGR); });
     if (size.width == 640)
         job.atLeast(6, "plain").atMost(1.5, "cvtColor");
     return job;
 }
 
-Job encode(cv::Size size, void (*ours)(void*, void*, unsigned long), ColorKernels::Convert plain, int code)
+Job encode(cv::Size size, void (*ours)(void*, void*, unsigned long), ConvertPixels* plain, int code)
 {
     const auto frame = std::make_shared<Frame>(size, 3);
     const auto convert = [frame, ours] { ours(frame->source.data, frame->ours.data, frame->pixels); };
@@ -107,15 +107,14 @@ Job encode(cv::Size size, void (*ours)(void*, void*, unsigned long), ColorKernel
     return job;
 }
 
-Job bgrToYcbcr(cv::Size size)
+Job bgrJobOf(cv::Size size)
 {
-    return encode(size, ColorConvert::convertBGR888ToYCbCr, plainColorKernels.bgrToYcbcr,
-                  cv::COLOR_BGR2YCrCb);
+    return encode(size, ColorConvert::convertBGR888ToYCbCr, bgrToYcbcr.plain, cv::COLOR_BGR2YCrCb);
 }
 
-Job rgbToYcbcr(cv::Size size)
+Job rgbJobOf(cv::Size size)
 {
-    return encode(size, ColorConvert::convertRGBToYCbCr, plainColorKernels.rgbToYcbcr, cv::COLOR_RGB2YCrCb);
+    return encode(size, ColorConvert::convertRGBToYCbCr, rgbToYcbcr.plain, cv::COLOR_RGB2YCrCb);
 }
 
 Job yuv2(cv::Size size)
@@ -124,9 +123,7 @@ Job yuv2(cv::Size size)
     const auto convert = [frame] {
         ColorConvert::convertYCbCrtoYUV2(frame->source.data, frame->ours.data, frame->pixels);
     };
-    const auto define = [frame] {
-        plainColorKernels.ycbcrToYuv2(frame->source.data, frame->plain.data, frame->pixels);
-    };
+    const auto define = [frame] { ycbcrToYuv2.plain(frame->source.data, frame->plain.data, frame->pixels); };
     convert();
     define();
     Job job(5 * frame->pixels, frame->pixels);
@@ -141,9 +138,7 @@ Job swap(cv::Size size)
     const auto frame = std::make_shared<Frame>(size, 3);
     frame->source.copyTo(frame->ours);
     const auto convert = [frame] { ColorConvert::swapRB(frame->ours); };
-    const auto define = [frame] {
-        plainColorKernels.swapRb(frame->plain.data, frame->plain.data, frame->pixels);
-    };
+    const auto define = [frame] { swapRb.plain(frame->plain.data, frame->plain.data, frame->pixels); };
     frame->source.copyTo(frame->plain);
     convert();
     define();
@@ -165,7 +160,7 @@ Job yuyv(cv::Size size)
     };
     const auto stage = [lumaChroma](cv::Mat& out) { cv::cvtColor(*lumaChroma, out, cv::COLOR_YCrCb2BGR); };
     const auto define = [frame, lumaChroma, stage] {
-        plainColorKernels.lagYuyv(frame->source.data, lumaChroma->data, 0, frame->pixels);
+        lagYuyv.plain(frame->source.data, lumaChroma->data, 0, frame->pixels);
         stage(frame->plain);
     };
     convert();
@@ -181,8 +176,8 @@ Job yuyv(cv::Size size)
 const Registration uyvyJob("UYVY to BGR", uyvy);
 const Registration uy1vy0Job("UY1VY0 to RGB", uy1vy0);
 const Registration ycbcrJob("YCbCr to BGR", ycbcr);
-const Registration bgrJob("BGR to YCbCr", bgrToYcbcr);
-const Registration rgbJob("RGB to YCbCr", rgbToYcbcr);
+const Registration bgrJob("BGR to YCbCr", bgrJobOf);
+const Registration rgbJob("RGB to YCbCr", rgbJobOf);
 const Registration yuv2Job("YCbCr to YUV2", yuv2);
 const Registration swapJob("swapRB", swap);
 const Registration yuyvJob("YUYV to BGR", yuyv);

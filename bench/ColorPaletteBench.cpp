@@ -33,12 +33,12 @@ struct Coloring
           table(tableEntries)
     {
         converter.resizeLookupTable(lowest, highest, palette);
-        fillTablePlain(table.data(), stretchByResize(palette, highest - lowest + 1, true).data(), lowest,
-                       highest);
+        fillTable.plain(table.data(), stretchByResize(palette, highest - lowest + 1, true).data(), lowest,
+                        highest);
     }
 
     void ours() { converter.palletizeFast(src, dst); }
-    void plain() { palettizePlain(src[0], expected[0]->val, src.total(), table.data()); }
+    void plain() { palettize.plain(src[0], expected[0]->val, src.total(), table.data()); }
 
     // The usual call, with a built-in map: OpenCV works the map out anew each time.
     void applied()
@@ -99,7 +99,7 @@ struct Rebuild
     void ours() { converter.resizeLookupTable(0, max(), next()); }
     void oursAgain() { converter.resizeLookupTable(0, max(), palettes[turn]); }
 
-    void plain() { fillTablePlain(table.data(), stretchByResize(next(), span, true).data(), 0, max()); }
+    void plain() { fillTable.plain(table.data(), stretchByResize(next(), span, true).data(), 0, max()); }
 
     void resized()
     {
@@ -126,7 +126,7 @@ bool agree(Rebuild& rebuild)
     rebuild.turn ^= 1;
     rebuild.plain();
     rebuild.converter.palletizeFast(all, ours);
-    palettizePlain(all[0], expected[0]->val, all.total(), rebuild.table.data());
+    palettize.plain(all[0], expected[0]->val, all.total(), rebuild.table.data());
     return cv::norm(ours, expected, cv::NORM_INF) == 0;
 }
 

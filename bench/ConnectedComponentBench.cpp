@@ -47,7 +47,7 @@ Job jobOn(const Blob& blob)
 Job boundingBox(cv::Size size)
 {
     const auto blob = std::make_shared<Blob>(size);
-    const auto plain = [blob] { blob->extents = extentsPlain(blob->points.data(), blob->points.size()); };
+    const auto plain = [blob] { blob->extents = extentsOf.plain(blob->points.data(), blob->points.size()); };
     plain();
     Job job = jobOn(*blob);
     job.check(blob->component.getBoundingBox() == cv::boundingRect(blob->points));
@@ -63,7 +63,7 @@ Job boundingBox(cv::Size size)
 Job centre(cv::Size size)
 {
     const auto blob = std::make_shared<Blob>(size);
-    const auto plain = [blob] { blob->centre = sumPlain(blob->points.data(), blob->points.size()); };
+    const auto plain = [blob] { blob->centre = sumOf.plain(blob->points.data(), blob->points.size()); };
     plain();
     Job job = jobOn(*blob);
     job.check(blob->component.getCenterOfGravity() == blob->centre / static_cast<double>(size.area()));
@@ -79,10 +79,10 @@ Job elongation(cv::Size size)
 {
     const auto blob = std::make_shared<Blob>(size);
     const auto plain = [blob] {
-        const cv::Point2d sum = sumPlain(blob->points.data(), blob->points.size());
+        const cv::Point2d sum = sumOf.plain(blob->points.data(), blob->points.size());
         const auto count = static_cast<double>(blob->points.size());
-        blob->reach = squaredReachPlain(blob->points.data(), blob->points.size(),
-                                        {cvRound(sum.x / count), cvRound(sum.y / count)});
+        blob->reach = squaredReachOf.plain(blob->points.data(), blob->points.size(),
+                                           {cvRound(sum.x / count), cvRound(sum.y / count)});
     };
     plain();
     Job job = jobOn(*blob);

@@ -19,11 +19,10 @@ struct Frames
     Frame in, out, expected, peer;
 };
 
-using Resize = void (*)(Frame&, Frame&);
-using ResizePlain = void (*)(const Frame&, Frame&);
+using PublicResize = void (*)(Frame&, Frame&);
 
 /// The bytes count the rows read and the output written, not what goes through temporary rows.
-Job downSize(cv::Size size, cv::Size target, Resize ours, ResizePlain plain)
+Job downSize(cv::Size size, cv::Size target, PublicResize ours, Resize* plain)
 {
     const auto frames = std::make_shared<Frames>();
     frames->in = asSigned(scene(size));
@@ -42,14 +41,14 @@ Job downSize(cv::Size size, cv::Size target, Resize ours, ResizePlain plain)
 
 Job twoThirds(cv::Size size)
 {
-    Job job = downSize(size, {160, 120}, DownSize::resize240To160, resizeToTwoThirdsPlain);
+    Job job = downSize(size, {160, 120}, DownSize::resize240To160, resizeToTwoThirds.plain);
     job.atLeast(3.5, "plain").atLeast(2.4, "INTER_LINEAR").atLeast(8, "INTER_AREA").atMost(10, "memcpy");
     return job;
 }
 
 Job half(cv::Size size)
 {
-    Job job = downSize(size, {120, 90}, DownSize::resize240To120, resizeToHalfPlain);
+    Job job = downSize(size, {120, 90}, DownSize::resize240To120, resizeToHalf.plain);
     job.atLeast(6, "plain").atMost(1.05, "INTER_LINEAR").atMost(1.05, "INTER_AREA").atMost(4.5, "memcpy");
     return job;
 }

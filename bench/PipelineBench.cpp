@@ -76,19 +76,20 @@ struct Plain
         for (int k = 0; k < 1024; ++k)
             lut()[k] = lut()[-k] = mg_aFeedbackStrength[static_cast<std::size_t>(k)];
         const auto stretched = velmo::vision::stretchPalette(Ours::palette(), hottest - coldest + 1, true);
-        velmo::vision::fillTablePlain(table.data(), stretched.data(), coldest, hottest);
+        velmo::vision::fillTable.plain(table.data(), stretched.data(), coldest, hottest);
     }
 
     unsigned short* lut() { return weights.data() + differenceTableCentre; }
 
     void process(const Frame& in)
     {
-        removeStaticPatternPlain(in, frame, columns, pixels, patternParameters);
+        removeStaticPattern.plain(in, frame, columns, pixels, patternParameters, scratch);
         if (state.empty())
             state = frame.clone();
-        filterAnyParamPlain(frame[0], state[0], frame.total(), lut(), temporalGain, temporalFactor);
-        removeSpatialNoisePlain(frame, smooth, spatialGain);
-        velmo::vision::palettizePlain(asUnsigned(smooth)[0], picture.data, smooth.total(), table.data());
+        TemporalForms<short>::anyParam.plain(frame[0], state[0], frame.total(),
+                                             {lut(), temporalGain, temporalFactor});
+        removeSpatialNoise.plain(frame, smooth, spatialGain);
+        velmo::vision::palettize.plain(asUnsigned(smooth)[0], picture.data, smooth.total(), table.data());
     }
 
     cv::Mat_<int> columns, pixels;
@@ -96,6 +97,7 @@ struct Plain
     Picture picture;
     std::vector<unsigned short> weights;
     std::vector<unsigned int> table;
+    std::vector<short> scratch;
 };
 
 /// What a user would string together instead: a fixed pattern, a fixed weight, no test for motion.

@@ -29,12 +29,12 @@ Job spatial(cv::Size size)
     frames->expected.create(size);
     const auto filter = std::make_shared<SpatialNoiseRemover>(gain);
     filter->process(frames->in, frames->out);
-    removeSpatialNoisePlain(frames->in, frames->expected, gain);
+    removeSpatialNoise.plain(frames->in, frames->expected, gain);
 
     Job job(4 * frames->in.total(), frames->in.total());
     job.check(cv::countNonZero(frames->out != frames->expected) == 0);
     job.ours([=] { filter->process(frames->in, frames->out); });
-    job.plain([=] { removeSpatialNoisePlain(frames->in, frames->expected, gain); });
+    job.plain([=] { removeSpatialNoise.plain(frames->in, frames->expected, gain); });
     // Smooths edges away.
     job.peer("GaussianBlur", [=] { cv::GaussianBlur(frames->in, frames->blurred, {3, 3}, 0); });
     job.peer("medianBlur", [=] { cv::medianBlur(frames->raw, frames->median, 3); });

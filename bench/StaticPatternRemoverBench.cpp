@@ -29,7 +29,7 @@ struct Stream
     void plain()
     {
         turn ^= 1;
-        removeStaticPatternPlain(inputs[turn], expected, columns, pixels, parameters);
+        removeStaticPattern.plain(inputs[turn], expected, columns, pixels, parameters, scratch);
     }
 
     bool agrees()
@@ -48,6 +48,7 @@ struct Stream
     StaticPatternRemover remover{parameters.threshold, parameters.lineLimit, parameters.frameLimit};
     cv::Mat_<int> columns, pixels;
     cv::Mat_<short> out, expected;
+    std::vector<short> scratch;
     int turn = 0;
 };
 

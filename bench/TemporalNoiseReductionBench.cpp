@@ -38,9 +38,9 @@ struct Stream
     void plain()
     {
         if (gain == 16 && factor == 2048)
-            filterMaxParamPlain(frame[0], state[0], frame.total(), lut());
+            TemporalForms<short>::maxParam.plain(frame[0], state[0], frame.total(), {lut()});
         else
-            filterAnyParamPlain(frame[0], state[0], frame.total(), lut(), gain, factor);
+            TemporalForms<short>::anyParam.plain(frame[0], state[0], frame.total(), {lut(), gain, factor});
     }
 
     bool agrees()

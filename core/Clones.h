@@ -14,5 +14,15 @@
 #define VELMO_HAS_CLONES 0
 #endif
 
+/// Before a loop whose iterations do not depend on each other: what it writes overlaps nothing that it reads.
+/// The compiler need not prove it, which it cannot for pointers out of a struct.
+#if defined(__clang__)
+#define VELMO_INDEPENDENT _Pragma("clang loop vectorize(assume_safety)")
+#elif defined(__GNUC__)
+#define VELMO_INDEPENDENT _Pragma("GCC ivdep")
+#else
+#define VELMO_INDEPENDENT
+#endif
+
 /// For what a cloned loop calls: it must be cloned with it.
 #define VELMO_INLINE inline __attribute__((always_inline))

@@ -41,6 +41,15 @@ TEST(DewPoint, GivesHumidityAtSurfaces)
     EXPECT_TRUE(DewPoint::calcSurfaceMoisture({}, Air(20.0f), Percent(50.0f)).empty());
 }
 
+TEST(DewPoint, ComputesInDoubleAndTheRatioFirst)
+{
+    // 57.910219778 and 19.669868048 percent, worked out to 40 digits.
+    EXPECT_EQ(moisture(15.5f, 12.25f, 71.5f), 57.9102198f);
+    EXPECT_EQ(moisture(28.5f, 19.75f, 33.25f), 19.6698680f);
+    // Both pressures are near the smallest number: times the percentage, that of the air would vanish.
+    EXPECT_GT(moisture(-237.2f, -237.2f, 1e-30f), 0.0f);
+}
+
 TEST(DewPoint, IgnoresMarks)
 {
     MarkedFloat full(100.0f);

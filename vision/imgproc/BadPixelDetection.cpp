@@ -1,6 +1,5 @@
 // The four detectors.
 
-#include "core/Clones.h"
 #include "core/Exception.h"
 #include "vision/imgproc/BadPixel.h"
 #include "vision/kernels/BadPixelKernel.h"
@@ -9,25 +8,6 @@
 
 namespace velmo::exp::vision {
 namespace {
-
-VELMO_CLONES void flagFallen(const short* __restrict before, const short* __restrict after,
-                             int* __restrict flags, int count)
-{
-    for (int n = 0; n < count; ++n)
-        flags[n] |= (after[n] <= before[n]) * static_cast<int>(BadPixelTools::u32BadCurve);
-}
-
-/// Adds to each column's count the pixels of a row that are bad; returns their number.
-VELMO_CLONES unsigned int countBad(const int* __restrict flags, unsigned int* __restrict perColumn, int count)
-{
-    unsigned int inRow = 0;
-    for (int n = 0; n < count; ++n) {
-        const unsigned int bad = flags[n] > 0;
-        perColumn[n] += bad;
-        inRow += bad;
-    }
-    return inRow;
-}
 
 /// The three tolerances of a NETD measurement around its means.
 struct NetdLimits

@@ -35,7 +35,7 @@ void checkPairs(const cv::Mat& src)
 
 /// Converts a buffer of three bytes per pixel to one of `bytesOut`.
 void convertBuffer(const void* src, void* dst, unsigned long pixels, std::size_t bytesOut,
-                   ColorKernels::Convert kernel)
+                   ConvertPixels* kernel)
 {
     if (pixels == 0)
         return;
@@ -51,7 +51,7 @@ void convertBuffer(const void* src, void* dst, unsigned long pixels, std::size_t
 }
 
 /// Converts `src`, which has been checked. Pairs may reach from one row into the next.
-void convert(const cv::Mat& src, Image& dst, ColorKernels::Convert kernel, bool bPairs)
+void convert(const cv::Mat& src, Image& dst, ConvertPixels* kernel, bool bPairs)
 {
     const cv::Mat image = src; // `dst` may be the same object
     dst.create(image.rows, image.cols);
@@ -71,7 +71,7 @@ void convert(const cv::Mat& src, Image& dst, ColorKernels::Convert kernel, bool 
     }
 }
 
-void convertPairs(const cv::Mat& src, Image& dst, ColorKernels::Convert kernel)
+void convertPairs(const cv::Mat& src, Image& dst, ConvertPixels* kernel)
 {
     checkPairs(src);
     convert(src, dst, kernel, true);
@@ -97,24 +97,24 @@ void ColorConvert::convertYUYVToBGR(const cv::Mat& src, Image& dst)
             cv::Mat out =
                 dst(cv::Range(r, std::min(r + height, in.rows)), cv::Range(c, std::min(c + width, in.cols)));
             const std::size_t first = static_cast<std::size_t>(r) * in.cols + static_cast<std::size_t>(c);
-            fastColorKernels.lagYuyv(in.data, lumaChroma, first, out.total());
+            lagYuyv(in.data, lumaChroma, first, out.total());
             cv::cvtColor(cv::Mat(out.size(), CV_8UC3, lumaChroma), out, cv::COLOR_YCrCb2BGR);
         }
 }
 
 void ColorConvert::convertUYVYToBGR(const cv::Mat& src, Image& dst)
 {
-    convertPairs(src, dst, fastColorKernels.uyvyToBgr);
+    convertPairs(src, dst, uyvyToBgr.fast);
 }
 
 void ColorConvert::convertUYVYToRGB(const cv::Mat& src, Image& dst)
 {
-    convertPairs(src, dst, fastColorKernels.uyvyToRgb);
+    convertPairs(src, dst, uyvyToRgb.fast);
 }
 
 void convertUY1VY0toX(const cv::Mat& src, Image& dst, ColorType type)
 {
-    convertPairs(src, dst, type == BGR ? fastColorKernels.uy1vy0ToBgr : fastColorKernels.uy1vy0ToRgb);
+    convertPairs(src, dst, type == BGR ? uy1vy0ToBgr.fast : uy1vy0ToRgb.fast);
 }
 
 void ColorConvert::convertUY1VY0ToBGR(const cv::Mat& src, Image& dst)
@@ -130,22 +130,22 @@ void ColorConvert::convertUY1VY0ToRGB(const cv::Mat& src, Image& dst)
 void ColorConvert::convertYCbCrtoBRG(const cv::Mat& src, Image& dst)
 {
     checkPixels(src, 3);
-    convert(src, dst, fastColorKernels.ycbcrToBgr, false);
+    convert(src, dst, ycbcrToBgr.fast, false);
 }
 
 void ColorConvert::convertBGR888ToYCbCr(void* src, void* dst, unsigned long pixels)
 {
-    convertBuffer(src, dst, pixels, 3, fastColorKernels.bgrToYcbcr);
+    convertBuffer(src, dst, pixels, 3, bgrToYcbcr.fast);
 }
 
 void ColorConvert::convertRGBToYCbCr(void* src, void* dst, unsigned long pixels)
 {
-    convertBuffer(src, dst, pixels, 3, fastColorKernels.rgbToYcbcr);
+    convertBuffer(src, dst, pixels, 3, rgbToYcbcr.fast);
 }
 
 void ColorConvert::convertYCbCrtoYUV2(unsigned char* src, unsigned char* dst, unsigned long pixels)
 {
-    convertBuffer(src, dst, pixels / 2 * 2, 2, fastColorKernels.ycbcrToYuv2);
+    convertBuffer(src, dst, pixels / 2 * 2, 2, ycbcrToYuv2.fast);
 }
 
 void ColorConvert::swapRB(cv::Mat& image)
@@ -156,12 +156,12 @@ void ColorConvert::swapRB(cv::Mat& image)
     if (bytes % 3 != 0)
         VELMO_THROW("Image buffer size does not fit to a 24BIT color image!");
     if (image.isContinuous()) {
-        fastColorKernels.swapRb(image.data, image.data, bytes / 3);
+        swapRb(image.data, image.data, bytes / 3);
         return;
     }
     // A group of three may reach from one row into the next.
     const cv::Mat whole = image.clone();
-    fastColorKernels.swapRb(whole.data, whole.data, bytes / 3);
+    swapRb(whole.data, whole.data, bytes / 3);
     whole.copyTo(image);
 }
 
@@ -170,9 +170,7 @@ void ColorConvert::PrecalculateRgb888ToYCbCrValues(float** table)
     if (table == nullptr)
         VELMO_THROW("Need a place for the table, got a null pointer!");
     auto values = std::make_unique<float[]>(encodeTables * 256);
-    for (std::size_t k = 0; k < encodeTables; ++k)
-        for (std::size_t i = 0; i < 256; ++i)
-            values[256 * k + i] = static_cast<float>(i) * encodeFactors[k];
+    fillEncodeTables(values.get());
     *table = values.release();
 }
 

@@ -2,7 +2,9 @@
 
 #include "core/Exception.h"
 #include "core/memory/Overlap.h"
+#include "core/physics/DewPoint.h"
 #include "vision/kernels/ColorPaletteConverterKernel.h"
+#include "vision/radiometry/RadiometricTools.h"
 
 #include <algorithm>
 #include <cstring>
@@ -42,6 +44,17 @@ unsigned int entryOf(unsigned int color, bool bgr)
 cv::Vec3b exchanged(const cv::Vec3b& pixel, bool exchange)
 {
     return exchange ? cv::Vec3b(pixel[2], pixel[1], pixel[0]) : pixel;
+}
+
+/// Both functions behind it may be a program's own.
+void checkMoisture(const std::vector<float>& moisture)
+{
+    if (moisture.size() != tableEntries)
+        VELMO_THROW("Humidity at " + std::to_string(moisture.size()) + " surfaces, not " +
+                    std::to_string(tableEntries) + "!");
+    for (const float percent : moisture)
+        if (!(percent >= 0.0f && percent <= 100.0f)) // also what is not a number
+            VELMO_THROW("Humidity of " + std::to_string(percent) + " percent at a surface, not 0 to 100!");
 }
 
 std::string sizeText(const cv::Mat& matrix)
@@ -151,7 +164,7 @@ void ColorPaletteConverter::palletizeFast(const Frame& src, Picture& dst)
     const int rows = frame.isContinuous() && dst.isContinuous() ? 1 : frame.rows;
     const std::size_t count = frame.total() / static_cast<std::size_t>(rows);
     for (int r = 0; r < rows; ++r)
-        palettizeBySixteen(frame[r], dst[r]->val, count, entries);
+        palettize(frame[r], dst[r]->val, count, entries);
 }
 
 void ColorPaletteConverter::palletizeSlowly(const Frame& src, Picture& dst, unsigned short min,
@@ -197,7 +210,13 @@ void ColorPaletteConverter::resizeLookupTableHumid(const AirTemperature& airTemp
                                                    std::vector<unsigned char>& palette)
 {
     const unsigned int* entries = stretched(humiditySteps, palette);
-    fillTableHumid(table(), entries, airTemperature, humidity);
+    std::vector<float> temperatures(tableEntries);
+    for (std::size_t v = 0; v < temperatures.size(); ++v)
+        temperatures[v] = RadiometricTools::getFloat(static_cast<unsigned short>(v));
+    const std::vector<float> moisture =
+        exp::DewPoint::calcSurfaceMoisture(temperatures, airTemperature, humidity);
+    checkMoisture(moisture);
+    fillTableHumid(table(), entries, moisture.data());
 }
 
 void ColorPaletteConverter::createColorRegion(unsigned int id, unsigned short upper, unsigned short lower,

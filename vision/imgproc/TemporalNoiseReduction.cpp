@@ -111,8 +111,8 @@ template <class T>
 void TemporalNoiseReduction<T>::process(cv::Mat_<T>& frame)
 {
     if (m_bInitNeeded || m_oPreviousFrame.size() != frame.size())
-        initFilter(frame);
-    if (m_u8ControlGain == u8MaxControlGain && m_u16FeedbackFactor == u16MaxFeedbackFactor)
+        initFilter(frame); // no pixel differs from a state that is the frame itself
+    else if (m_u8ControlGain == u8MaxControlGain && m_u16FeedbackFactor == u16MaxFeedbackFactor)
         filterWithMaxParam(frame);
     else
         filterWithAnyParam(frame);
@@ -128,20 +128,16 @@ void TemporalNoiseReduction<T>::initFilter(cv::Mat_<T>& frame)
 template <class T>
 void TemporalNoiseReduction<T>::filterWithAnyParam(cv::Mat_<T>& frame)
 {
-    if (m_aPullsAnyParam.empty()) {
-        m_aPullsAnyParam.resize(differenceTableSize);
-        buildPullsAnyParam(m_aPullsAnyParam.data(), feedbackLut(), m_u8ControlGain, m_u16FeedbackFactor);
-    }
+    if (m_aPullsAnyParam.empty())
+        m_aPullsAnyParam = pullsAnyParam({feedbackLut(), m_u8ControlGain, m_u16FeedbackFactor});
     filter(frame, m_aPullsAnyParam);
 }
 
 template <class T>
 void TemporalNoiseReduction<T>::filterWithMaxParam(cv::Mat_<T>& frame)
 {
-    if (m_aPullsMaxParam.empty()) {
-        m_aPullsMaxParam.resize(differenceTableSize);
-        buildPullsMaxParam(m_aPullsMaxParam.data(), feedbackLut());
-    }
+    if (m_aPullsMaxParam.empty())
+        m_aPullsMaxParam = pullsMaxParam({feedbackLut()});
     filter(frame, m_aPullsMaxParam);
 }
 
@@ -155,9 +151,10 @@ void TemporalNoiseReduction<T>::filter(cv::Mat_<T>& frame, const Table& pulls)
     // The state is one run; a frame that is part of a larger one is not.
     const int rows = frame.isContinuous() ? 1 : frame.rows;
     const std::size_t count = frame.total() / static_cast<std::size_t>(rows);
+    const Feedback feedback{m_pu16FeedbackLut, m_u8ControlGain, m_u16FeedbackFactor, &pulls};
     T* state = m_oPreviousFrame[0];
     for (int r = 0; r < rows; ++r, state += count)
-        filterByPulls(frame[r], state, count, pulls.data());
+        TemporalForms<T>::anyParam(frame[r], state, count, feedback);
 }
 
 template class TemporalNoiseReduction<short>;

@@ -23,6 +23,9 @@ extern VELMO_API unsigned short mg_aFeedbackStrength[1024];
 /// Holds the previous output. One object per stream, used by one thread at a time. Copies are independent
 /// filters that go on from the same state; a moved-from filter is as if newly made with its parameters.
 ///
+/// Memory: two bytes per pixel, 256 KiB for the weights, and from the second frame on some 64 KiB divided by
+/// the gain (256 KiB for gain 0) for what differences come to.
+///
 /// @tparam T  `short` or `unsigned short`
 template <class T>
 class VELMO_API TemporalNoiseReduction

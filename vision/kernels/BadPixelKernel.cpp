@@ -128,9 +128,9 @@ Range valuesWithin(const SpreadLimits& limits, const ValueCounts& counts, float 
     return range;
 }
 
-} // namespace
-
-unsigned long flagSpread(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount)
+// A bin depends on nothing but the value and grows or falls with it, so values are counted while they are
+// summed up, and limits of values replace those of bins.
+unsigned long flagSpreadFast(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount)
 {
     if (frame.empty())
         return 0;
@@ -157,5 +157,30 @@ unsigned long flagSpread(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsig
     }
     return count;
 }
+
+VELMO_CLONES void flagFallenFast(const short* __restrict before, const short* __restrict after,
+                                 int* __restrict flags, int count)
+{
+    for (int n = 0; n < count; ++n)
+        flags[n] |= (after[n] <= before[n]) * static_cast<int>(BadPixelTools::u32BadCurve);
+}
+
+VELMO_CLONES unsigned int countBadFast(const int* __restrict flags, unsigned int* __restrict perColumn,
+                                       int count)
+{
+    unsigned int inRow = 0;
+    for (int n = 0; n < count; ++n) {
+        const unsigned int bad = flags[n] > 0;
+        perColumn[n] += bad;
+        inRow += bad;
+    }
+    return inRow;
+}
+
+} // namespace
+
+constexpr Forms<FlagSpread> flagSpread{"bad pixels by spread", flagSpreadPlain, flagSpreadFast};
+constexpr Forms<FlagFallen> flagFallen{"bad pixels by monotony", flagFallenPlain, flagFallenFast};
+constexpr Forms<CountBad> countBad{"bad rows and columns", countBadPlain, countBadFast};
 
 } // namespace velmo::exp::vision

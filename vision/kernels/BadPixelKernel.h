@@ -1,8 +1,11 @@
 // Not installed.
 #pragma once
 
+#include "core/Forms.h"
+
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <limits>
@@ -36,13 +39,35 @@ inline float spreadScale(float mean)
 }
 
 /// Where the populated core of the histogram ends on both sides of its peak.
-SpreadLimits spreadLimits(const SpreadBins& bins, unsigned long minCount);
+inline SpreadLimits spreadLimits(const SpreadBins& bins, unsigned long minCount)
+{
+    const auto last = static_cast<int>(spreadBinCount) - 1;
+    const auto peak = static_cast<int>(std::max_element(bins.begin(), bins.end()) - bins.begin());
+    if (peak < 2 || peak > last - 1)
+        return {0, 0, true};
+    int low = peak - 1;
+    while (low > 0 && bins[static_cast<std::size_t>(low)] >= minCount)
+        --low;
+    int high = peak + 1;
+    while (high < last && bins[static_cast<std::size_t>(high)] >= minCount)
+        ++high;
+    return {low, high + 1, false}; // one bin more above than below
+}
 
-/// The definition: flags in `map`, which has the frame's size, what lies outside of the core and counts it.
-unsigned long flagSpreadPlain(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount);
+/// Flags in `map`, which has the frame's size, what lies outside of the core and counts it. The mean is a sum
+/// in single precision, pixel by pixel.
+using FlagSpread = unsigned long(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount);
+FlagSpread flagSpreadPlain;
+extern const Forms<FlagSpread> flagSpread;
 
-/// The fast form. A bin depends on nothing but the value and grows or falls with it, so values are counted
-/// while they are summed up, and limits of values replace those of bins.
-unsigned long flagSpread(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount);
+/// Flags pixels of a row that did not rise from one frame to the next.
+using FlagFallen = void(const short* before, const short* after, int* flags, int count);
+FlagFallen flagFallenPlain;
+extern const Forms<FlagFallen> flagFallen;
+
+/// Adds to each column's count the pixels of a row that are bad; returns their number.
+using CountBad = unsigned int(const int* flags, unsigned int* perColumn, int count);
+CountBad countBadPlain;
+extern const Forms<CountBad> countBad;
 
 } // namespace velmo::exp::vision

@@ -1,8 +1,6 @@
 #include "vision/imgproc/BadPixel.h"
 #include "vision/kernels/BadPixelKernel.h"
 
-#include <algorithm>
-
 namespace velmo::exp::vision {
 namespace {
 
@@ -16,21 +14,6 @@ float meanOf(const cv::Mat_<short>& frame)
 }
 
 } // namespace
-
-SpreadLimits spreadLimits(const SpreadBins& bins, unsigned long minCount)
-{
-    const auto last = static_cast<int>(spreadBinCount) - 1;
-    const auto peak = static_cast<int>(std::max_element(bins.begin(), bins.end()) - bins.begin());
-    if (peak < 2 || peak > last - 1)
-        return {0, 0, true};
-    int low = peak - 1;
-    while (low > 0 && bins[static_cast<std::size_t>(low)] >= minCount)
-        --low;
-    int high = peak + 1;
-    while (high < last && bins[static_cast<std::size_t>(high)] >= minCount)
-        ++high;
-    return {low, high + 1, false}; // one bin more above than below
-}
 
 unsigned long flagSpreadPlain(const cv::Mat_<short>& frame, cv::Mat_<int>& map, unsigned long minCount)
 {
@@ -56,6 +39,24 @@ unsigned long flagSpreadPlain(const cv::Mat_<short>& frame, cv::Mat_<int>& map, 
             }
         }
     return count;
+}
+
+void flagFallenPlain(const short* before, const short* after, int* flags, int count)
+{
+    for (int n = 0; n < count; ++n)
+        if (after[n] <= before[n])
+            flags[n] |= static_cast<int>(BadPixelTools::u32BadCurve);
+}
+
+unsigned int countBadPlain(const int* flags, unsigned int* perColumn, int count)
+{
+    unsigned int inRow = 0;
+    for (int n = 0; n < count; ++n)
+        if (flags[n] > 0) {
+            ++perColumn[n];
+            ++inRow;
+        }
+    return inRow;
 }
 
 } // namespace velmo::exp::vision

@@ -11,8 +11,6 @@
 // has lanes of one width. The floats and their order are those of the definition; the limits 0 and 255 are
 // put on the whole number instead, which comes to the same.
 
-#define ALWAYS_INLINE VELMO_INLINE
-
 namespace velmo::vision {
 namespace {
 
@@ -28,24 +26,24 @@ constexpr int shiftOf(int byte)
     return __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? 8 * byte : 24 - 8 * byte;
 }
 
-ALWAYS_INLINE int byteOf(Word word, int byte)
+VELMO_INLINE int byteOf(Word word, int byte)
 {
     return static_cast<int>((word >> shiftOf(byte)) & 255);
 }
 
-ALWAYS_INLINE Word wordOf(int first, int second, int third)
+VELMO_INLINE Word wordOf(int first, int second, int third)
 {
     return static_cast<Word>(first) << shiftOf(0) | static_cast<Word>(second) << shiftOf(1) |
            static_cast<Word>(third) << shiftOf(2);
 }
 
 template <bool bBlueFirst>
-ALWAYS_INLINE Word colour(int r, int g, int b)
+VELMO_INLINE Word colour(int r, int g, int b)
 {
     return bBlueFirst ? wordOf(b, g, r) : wordOf(r, g, b);
 }
 
-ALWAYS_INLINE int limited(float value)
+VELMO_INLINE int limited(float value)
 {
     const int whole = static_cast<int>(value);
     const int atLeast0 = whole < 0 ? 0 : whole;
@@ -53,20 +51,20 @@ ALWAYS_INLINE int limited(float value)
 }
 
 /// The last pixels, fewer than a group, by way of a buffer that has room for all of it.
-ALWAYS_INLINE void loadTail(const Byte* src, Word* words, std::size_t pixels)
+VELMO_INLINE void loadTail(const Byte* src, Word* words, std::size_t pixels)
 {
     Byte bytes[3 * group] = {};
     std::memcpy(bytes, src, 3 * pixels);
     shuffle::loadWithFourth(bytes, words);
 }
 
-ALWAYS_INLINE void storeGroup(const Word* words, Byte* dst)
+VELMO_INLINE void storeGroup(const Word* words, Byte* dst)
 {
     shuffle::storeWithoutFourth(dst, shuffle::load(words), shuffle::load(words + 4), shuffle::load(words + 8),
                                 shuffle::load(words + 12));
 }
 
-ALWAYS_INLINE void loadPixels(const Byte* src, Word* words, std::size_t pixels)
+VELMO_INLINE void loadPixels(const Byte* src, Word* words, std::size_t pixels)
 {
     std::size_t n = 0;
     for (; n + group <= pixels; n += group)
@@ -75,7 +73,7 @@ ALWAYS_INLINE void loadPixels(const Byte* src, Word* words, std::size_t pixels)
         loadTail(src + 3 * n, words + n, pixels - n);
 }
 
-ALWAYS_INLINE void storePixels(const Word* words, Byte* dst, std::size_t pixels)
+VELMO_INLINE void storePixels(const Word* words, Byte* dst, std::size_t pixels)
 {
     std::size_t n = 0;
     for (; n + group <= pixels; n += group)
@@ -88,7 +86,7 @@ ALWAYS_INLINE void storePixels(const Word* words, Byte* dst, std::size_t pixels)
 }
 
 template <class Layout>
-ALWAYS_INLINE void convertPixels(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_INLINE void convertPixels(const Byte* src, Byte* dst, std::size_t pixels)
 {
     Word words[block];
     for (std::size_t first = 0; first < pixels; first += block) {
@@ -103,7 +101,7 @@ ALWAYS_INLINE void convertPixels(const Byte* src, Byte* dst, std::size_t pixels)
 
 struct YcbcrToBgr
 {
-    static ALWAYS_INLINE Word convert(Word word)
+    static VELMO_INLINE Word convert(Word word)
     {
         constexpr LumaChroma k = ycbcrFactors;
         const float y = k.y * static_cast<float>(byteOf(word, 0) - 16);
@@ -119,7 +117,7 @@ struct YcbcrToBgr
 template <bool bBlueFirst>
 struct ToYcbcr
 {
-    static ALWAYS_INLINE Word convert(Word word)
+    static VELMO_INLINE Word convert(Word word)
     {
         constexpr const float(&k)[encodeTables] = encodeFactors;
         const auto r = static_cast<float>(byteOf(word, bBlueFirst ? 2 : 0));
@@ -146,15 +144,15 @@ struct Uy1vy0
 
 // Whether halves are rounded up or not: without them nothing is added.
 template <class Layout>
-ALWAYS_INLINE int component(float value)
+VELMO_INLINE int component(float value)
 {
     return limited(Layout::factors.rounding == 0 ? value : value + Layout::factors.rounding);
 }
 
 /// First and second pixels of a group's pairs apart, so that both are written as whole vectors.
 template <class Layout, bool bBlueFirst>
-ALWAYS_INLINE void convertPairs(const Byte* __restrict src, Word* __restrict firsts, Word* __restrict seconds,
-                                int pairs)
+VELMO_INLINE void convertPairs(const Byte* __restrict src, Word* __restrict firsts, Word* __restrict seconds,
+                               int pairs)
 {
     constexpr LumaChroma k = Layout::factors;
     for (int n = 0; n < pairs; ++n) {
@@ -173,7 +171,7 @@ ALWAYS_INLINE void convertPairs(const Byte* __restrict src, Word* __restrict fir
     }
 }
 
-ALWAYS_INLINE void storePairs(const Word* firsts, const Word* seconds, Byte* dst)
+VELMO_INLINE void storePairs(const Word* firsts, const Word* seconds, Byte* dst)
 {
     const shuffle::Bytes a = shuffle::load(firsts), b = shuffle::load(seconds);
     const shuffle::Bytes c = shuffle::load(firsts + 4), d = shuffle::load(seconds + 4);
@@ -182,7 +180,7 @@ ALWAYS_INLINE void storePairs(const Word* firsts, const Word* seconds, Byte* dst
 }
 
 template <class Layout, bool bBlueFirst>
-ALWAYS_INLINE void convertPacked(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_INLINE void convertPacked(const Byte* src, Byte* dst, std::size_t pixels)
 {
     Word firsts[block / 2], seconds[block / 2];
     std::size_t n = 0;
@@ -201,37 +199,37 @@ ALWAYS_INLINE void convertPacked(const Byte* src, Byte* dst, std::size_t pixels)
     }
 }
 
-VELMO_CLONES void uyvyToBgr(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void uyvyToBgrFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPacked<Uyvy, true>(src, dst, pixels);
 }
 
-VELMO_CLONES void uyvyToRgb(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void uyvyToRgbFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPacked<Uyvy, false>(src, dst, pixels);
 }
 
-VELMO_CLONES void uy1vy0ToBgr(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void uy1vy0ToBgrFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPacked<Uy1vy0, true>(src, dst, pixels);
 }
 
-VELMO_CLONES void uy1vy0ToRgb(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void uy1vy0ToRgbFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPacked<Uy1vy0, false>(src, dst, pixels);
 }
 
-VELMO_CLONES void ycbcrToBgr(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void ycbcrToBgrFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPixels<YcbcrToBgr>(src, dst, pixels);
 }
 
-VELMO_CLONES void bgrToYcbcr(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void bgrToYcbcrFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPixels<ToYcbcr<true>>(src, dst, pixels);
 }
 
-VELMO_CLONES void rgbToYcbcr(const Byte* src, Byte* dst, std::size_t pixels)
+VELMO_CLONES void rgbToYcbcrFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     convertPixels<ToYcbcr<false>>(src, dst, pixels);
 }
@@ -267,35 +265,41 @@ VELMO_CLONES void lagYuyvGroups(const Byte* src, Byte* dst, std::size_t groups)
     }
 }
 
-void ycbcrToYuv2(const Byte* src, Byte* dst, std::size_t pixels)
+void ycbcrToYuv2Fast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     const std::size_t groups = pixels / group;
     ycbcrToYuv2Groups(src, dst, groups);
-    plainColorKernels.ycbcrToYuv2(src + 3 * group * groups, dst + 2 * group * groups, pixels % group);
+    ycbcrToYuv2Plain(src + 3 * group * groups, dst + 2 * group * groups, pixels % group);
 }
 
-void swapRb(const Byte* src, Byte* dst, std::size_t pixels)
+void swapRbFast(const Byte* src, Byte* dst, std::size_t pixels)
 {
     const std::size_t done = pixels / group * group;
     swapRbGroups(src, dst, pixels / group);
-    plainColorKernels.swapRb(src + 3 * done, dst + 3 * done, pixels % group);
+    swapRbPlain(src + 3 * done, dst + 3 * done, pixels % group);
 }
 
-void lagYuyv(const Byte* src, Byte* dst, std::size_t first, std::size_t pixels)
+void lagYuyvFast(const Byte* src, Byte* dst, std::size_t first, std::size_t pixels)
 {
     // The first pixel of the frame has no chroma before it, and a group begins with a pair.
     const std::size_t head = std::min(pixels, first == 0 ? std::size_t{2} : first % 2);
-    plainColorKernels.lagYuyv(src, dst, first, head);
+    lagYuyvPlain(src, dst, first, head);
     const std::size_t groups = (pixels - head) / group, begin = first + head, end = begin + groups * group;
     lagYuyvGroups(src + 2 * begin, dst + 3 * head, groups);
-    plainColorKernels.lagYuyv(src, dst + 3 * (end - first), end, first + pixels - end);
+    lagYuyvPlain(src, dst + 3 * (end - first), end, first + pixels - end);
 }
 
 } // namespace
 
-const ColorKernels fastColorKernels = {
-    "fast",     uyvyToBgr,  uyvyToRgb,   uy1vy0ToBgr, uy1vy0ToRgb, ycbcrToBgr,
-    bgrToYcbcr, rgbToYcbcr, ycbcrToYuv2, swapRb,      lagYuyv,
-};
+constexpr exp::Forms<ConvertPixels> uyvyToBgr{"UYVY to BGR", uyvyToBgrPlain, uyvyToBgrFast};
+constexpr exp::Forms<ConvertPixels> uyvyToRgb{"UYVY to RGB", uyvyToRgbPlain, uyvyToRgbFast};
+constexpr exp::Forms<ConvertPixels> uy1vy0ToBgr{"UY1VY0 to BGR", uy1vy0ToBgrPlain, uy1vy0ToBgrFast};
+constexpr exp::Forms<ConvertPixels> uy1vy0ToRgb{"UY1VY0 to RGB", uy1vy0ToRgbPlain, uy1vy0ToRgbFast};
+constexpr exp::Forms<ConvertPixels> ycbcrToBgr{"YCbCr to BGR", ycbcrToBgrPlain, ycbcrToBgrFast};
+constexpr exp::Forms<ConvertPixels> bgrToYcbcr{"BGR to YCbCr", bgrToYcbcrPlain, bgrToYcbcrFast};
+constexpr exp::Forms<ConvertPixels> rgbToYcbcr{"RGB to YCbCr", rgbToYcbcrPlain, rgbToYcbcrFast};
+constexpr exp::Forms<ConvertPixels> ycbcrToYuv2{"YCbCr to YUV2", ycbcrToYuv2Plain, ycbcrToYuv2Fast};
+constexpr exp::Forms<ConvertPixels> swapRb{"swapRB", swapRbPlain, swapRbFast};
+constexpr exp::Forms<LagYuyv> lagYuyv{"lag of YUYV", lagYuyvPlain, lagYuyvFast};
 
 } // namespace velmo::vision

@@ -1,5 +1,6 @@
-#include "vision/imgproc/ColorConvert.h"
 #include "vision/kernels/ColorConvertKernel.h"
+
+#include <vector>
 
 // The conversions as they are defined, pixel by pixel.
 
@@ -31,7 +32,7 @@ void write(Byte* dst, Byte r, Byte g, Byte b)
 }
 
 template <bool bBlueFirst>
-void uyvyPlain(const Byte* src, Byte* dst, std::size_t pixels)
+void uyvyPixels(const Byte* src, Byte* dst, std::size_t pixels)
 {
     for (std::size_t i = 0; i < pixels; i += 2, src += 4, dst += 6) {
         const auto d0 = static_cast<float>(src[0] - 128), d2 = static_cast<float>(src[2] - 128);
@@ -44,7 +45,7 @@ void uyvyPlain(const Byte* src, Byte* dst, std::size_t pixels)
 }
 
 template <bool bBlueFirst>
-void uy1vy0Plain(const Byte* src, Byte* dst, std::size_t pixels)
+void uy1vy0Pixels(const Byte* src, Byte* dst, std::size_t pixels)
 {
     for (std::size_t i = 0; i < pixels; i += 2, src += 4, dst += 6) {
         const auto d0 = static_cast<float>(src[0] - 128), d2 = static_cast<float>(src[2] - 128);
@@ -57,6 +58,45 @@ void uy1vy0Plain(const Byte* src, Byte* dst, std::size_t pixels)
     }
 }
 
+template <bool bBlueFirst>
+void toYcbcrPixels(const Byte* src, Byte* dst, std::size_t pixels)
+{
+    std::vector<float> table(encodeTables * 256);
+    fillEncodeTables(table.data());
+    const auto times = [&table](Byte component, EncodeFactor k) {
+        return table[std::size_t{256} * k + component];
+    };
+    for (std::size_t i = 0; i < pixels; ++i, src += 3, dst += 3) {
+        const Byte r = src[bBlueFirst ? 2 : 0], g = src[1], b = src[bBlueFirst ? 0 : 2];
+        dst[0] = static_cast<Byte>(((times(g, yFromG) + times(r, yFromR)) + times(b, yFromB)) + 0.499f);
+        dst[1] =
+            static_cast<Byte>(((-times(r, cbFromR) - times(g, cbFromG)) + times(b, half) + 128) + 0.499f);
+        dst[2] = static_cast<Byte>(((times(r, half) - times(g, crFromG)) - times(b, crFromB) + 128) + 0.499f);
+    }
+}
+
+} // namespace
+
+void uyvyToBgrPlain(const Byte* src, Byte* dst, std::size_t pixels)
+{
+    uyvyPixels<true>(src, dst, pixels);
+}
+
+void uyvyToRgbPlain(const Byte* src, Byte* dst, std::size_t pixels)
+{
+    uyvyPixels<false>(src, dst, pixels);
+}
+
+void uy1vy0ToBgrPlain(const Byte* src, Byte* dst, std::size_t pixels)
+{
+    uy1vy0Pixels<true>(src, dst, pixels);
+}
+
+void uy1vy0ToRgbPlain(const Byte* src, Byte* dst, std::size_t pixels)
+{
+    uy1vy0Pixels<false>(src, dst, pixels);
+}
+
 void ycbcrToBgrPlain(const Byte* src, Byte* dst, std::size_t pixels)
 {
     for (std::size_t i = 0; i < pixels; ++i, src += 3, dst += 3) {
@@ -67,20 +107,14 @@ void ycbcrToBgrPlain(const Byte* src, Byte* dst, std::size_t pixels)
     }
 }
 
-template <bool bBlueFirst>
-void toYcbcrPlain(const Byte* src, Byte* dst, std::size_t pixels)
+void bgrToYcbcrPlain(const Byte* src, Byte* dst, std::size_t pixels)
 {
-    float* table = nullptr;
-    ColorConvert::PrecalculateRgb888ToYCbCrValues(&table);
-    const auto times = [table](Byte component, EncodeFactor k) { return table[256 * k + component]; };
-    for (std::size_t i = 0; i < pixels; ++i, src += 3, dst += 3) {
-        const Byte r = src[bBlueFirst ? 2 : 0], g = src[1], b = src[bBlueFirst ? 0 : 2];
-        dst[0] = static_cast<Byte>(((times(g, yFromG) + times(r, yFromR)) + times(b, yFromB)) + 0.499f);
-        dst[1] =
-            static_cast<Byte>(((-times(r, cbFromR) - times(g, cbFromG)) + times(b, half) + 128) + 0.499f);
-        dst[2] = static_cast<Byte>(((times(r, half) - times(g, crFromG)) - times(b, crFromB) + 128) + 0.499f);
-    }
-    ColorConvert::DeletePrecalculatedRgb888ToYCbCrValues(table);
+    toYcbcrPixels<true>(src, dst, pixels);
+}
+
+void rgbToYcbcrPlain(const Byte* src, Byte* dst, std::size_t pixels)
+{
+    toYcbcrPixels<false>(src, dst, pixels);
 }
 
 void ycbcrToYuv2Plain(const Byte* src, Byte* dst, std::size_t pixels)
@@ -116,13 +150,5 @@ void lagYuyvPlain(const Byte* src, Byte* dst, std::size_t first, std::size_t pix
         dst[2] = u;
     }
 }
-
-} // namespace
-
-const ColorKernels plainColorKernels = {
-    "plain",         uyvyPlain<true>,    uyvyPlain<false>,    uy1vy0Plain<true>, uy1vy0Plain<false>,
-    ycbcrToBgrPlain, toYcbcrPlain<true>, toYcbcrPlain<false>, ycbcrToYuv2Plain,  swapRbPlain,
-    lagYuyvPlain,
-};
 
 } // namespace velmo::vision

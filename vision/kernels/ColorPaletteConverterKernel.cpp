@@ -2,8 +2,6 @@
 
 #include "core/ByteShuffle.h"
 #include "core/Clones.h"
-#include "core/physics/DewPointKernel.h"
-#include "vision/radiometry/RadiometricTools.h"
 
 #include <algorithm>
 #include <cstring>
@@ -50,8 +48,8 @@ VELMO_INLINE exp::shuffle::Bytes lookUpFour(const unsigned short* in, const unsi
 }
 
 // Whole blocks end on their own last byte, so that nothing beside a region of a larger picture is touched.
-VELMO_CLONES void palettizeLoop(const unsigned short* __restrict in, unsigned char* __restrict out,
-                                std::size_t count, const unsigned int* __restrict table)
+VELMO_CLONES void palettizeBySixteen(const unsigned short* __restrict in, unsigned char* __restrict out,
+                                     std::size_t count, const unsigned int* __restrict table)
 {
     std::size_t n = 0;
     for (; n + 16 <= count; n += 16)
@@ -124,43 +122,6 @@ VELMO_CLONES void stepsOf(const float* __restrict moisture, int* __restrict step
         steps[n] = humidityStep(moisture[n]);
 }
 
-/// Whether the own stretch gives what cv::resize gives, on a palette of noise: widened a little and a lot,
-/// narrowed, a single point. Costs a few microseconds.
-bool ownStretchIsExact()
-{
-    std::vector<unsigned char> palette;
-    unsigned int state = 1;
-    for (int n = 0; n < 3 * 61; ++n) {
-        state = state * 1664525u + 1013904223u;
-        palette.push_back(static_cast<unsigned char>(state >> 24));
-    }
-    const auto agrees = [&palette](int span) {
-        return stretchByRuns(palette, span, true) == stretchByResize(palette, span, true);
-    };
-    const int spans[] = {1, 2, 17, 60, 61, 62, 250, 1001};
-    if (!std::all_of(std::begin(spans), std::end(spans), agrees))
-        return false;
-    palette.resize(3);
-    return agrees(7);
-}
-
-std::vector<double> saturationsOfFrameValues()
-{
-    std::vector<double> saturations(tableEntries);
-    for (std::size_t v = 0; v < tableEntries; ++v)
-        saturations[v] =
-            exp::DewPoint::calcSaturationPressure(RadiometricTools::getFloat(static_cast<unsigned short>(v)));
-    return saturations;
-}
-
-} // namespace
-
-void palettizeBySixteen(const unsigned short* in, unsigned char* out, std::size_t count,
-                        const unsigned int* table)
-{
-    palettizeLoop(in, out, count, table);
-}
-
 std::vector<unsigned int> stretchByRuns(const std::vector<unsigned char>& palette, int span, bool bgr)
 {
     const int points = static_cast<int>(palette.size() / 3);
@@ -185,38 +146,56 @@ std::vector<unsigned int> stretchByRuns(const std::vector<unsigned char>& palett
     return entries;
 }
 
-std::vector<unsigned int> stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr)
-{
-    static const bool bOwn = ownStretchIsExact();
-    const bool bInside = !palette.empty() && palette.size() % 3 == 0 &&
-                         palette.size() <= 3 * pointsStretchedOwn && span >= 1 && span <= tableEntries;
-    return bOwn && bInside ? stretchByRuns(palette, span, bgr) : stretchByResize(palette, span, bgr);
-}
-
-void fillTable(unsigned int* table, const unsigned int* stretched, int min, int max)
+void fillTableFast(unsigned int* table, const unsigned int* stretched, int min, int max)
 {
     std::fill_n(table, min, stretched[0]);
     std::copy_n(stretched, max - min, table + min);
     std::fill_n(table + max, tableEntries - max, stretched[std::max(max - min - 1, 0)]);
 }
 
-void fillTableHumid(unsigned int* table, const unsigned int* stretched,
-                    const exp::quantity::Temperature<exp::MarkedFloat>& airTemperature,
-                    const exp::quantity::Relation<exp::MarkedFloat>& humidity)
+void fillTableHumidFast(unsigned int* table, const unsigned int* stretched, const float* moisture)
 {
-    const exp::MoistAir air(airTemperature, humidity);
-    // They depend on the scale of the frames alone: half a megabyte spares the exponentials of all later
-    // builds.
-    static const std::vector<double> saturations = saturationsOfFrameValues();
     constexpr int block = 1024;
-    float moisture[block];
     int steps[block];
     for (int first = 0; first < tableEntries; first += block) {
-        exp::surfaceMoisture(air, saturations.data() + first, moisture, block);
-        stepsOf(moisture, steps, block);
+        stepsOf(moisture + first, steps, block);
         for (int n = 0; n < block; ++n)
             table[first + n] = stretched[steps[n]];
     }
+}
+
+} // namespace
+
+constexpr exp::Forms<Palettize> palettize{"palettise", palettizePlain, palettizeBySixteen};
+constexpr exp::Forms<Stretch> stretch{"stretched palette", stretchByResize, stretchByRuns};
+constexpr exp::Forms<FillTable> fillTable{"palette table", fillTablePlain, fillTableFast};
+constexpr exp::Forms<FillTableHumid> fillTableHumid{"humidity table", fillTableHumidPlain,
+                                                    fillTableHumidFast};
+
+bool ownStretchIsExact()
+{
+    std::vector<unsigned char> palette;
+    unsigned int state = 1;
+    for (int n = 0; n < 3 * 61; ++n) {
+        state = state * 1664525u + 1013904223u;
+        palette.push_back(static_cast<unsigned char>(state >> 24));
+    }
+    const auto agrees = [&palette](int span) {
+        return stretch.fast(palette, span, true) == stretch.plain(palette, span, true);
+    };
+    const int spans[] = {1, 2, 17, 60, 61, 62, 250, 1001};
+    if (!std::all_of(std::begin(spans), std::end(spans), agrees))
+        return false;
+    palette.resize(3);
+    return agrees(7);
+}
+
+std::vector<unsigned int> stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr)
+{
+    static const bool bOwn = ownStretchIsExact();
+    const bool bInside = !palette.empty() && palette.size() % 3 == 0 &&
+                         palette.size() <= 3 * pointsStretchedOwn && span >= 1 && span <= tableEntries;
+    return (bOwn && bInside ? stretch.fast : stretch.plain)(palette, span, bgr);
 }
 
 } // namespace velmo::vision

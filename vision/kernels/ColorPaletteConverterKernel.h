@@ -1,7 +1,7 @@
 // Not installed.
 #pragma once
 
-#include "core/physics/DewPoint.h"
+#include "core/Forms.h"
 
 #include <cstddef>
 #include <vector>
@@ -27,37 +27,39 @@ constexpr unsigned int packEntry(unsigned int first, unsigned int second, unsign
 }
 
 /// Colours `count` pixels: the first three bytes of each table[in[n]].
-void palettizePlain(const unsigned short* in, unsigned char* out, std::size_t count,
-                    const unsigned int* table);
-void palettizeBySixteen(const unsigned short* in, unsigned char* out, std::size_t count,
-                        const unsigned int* table);
+using Palettize = void(const unsigned short* in, unsigned char* out, std::size_t count,
+                       const unsigned int* table);
+Palettize palettizePlain;
+extern const exp::Forms<Palettize> palettize;
 
-/// The definition of a stretched palette: cv::resize, bilinear, to `span` entries in output order.
+/// A palette stretched to `span` entries in output order, bilinear. The definition is cv::resize; the fast
+/// form follows its fixed-point arithmetic, for 1..pointsStretchedOwn whole points and spans of 1..65536
+/// only.
 /// @throws cv::Exception  for a palette that is empty or no multiple of 3 bytes long, and for span < 1
-std::vector<unsigned int> stretchByResize(const std::vector<unsigned char>& palette, int span, bool bgr);
-
-/// The same by following the fixed-point arithmetic of cv::resize, several times faster. Only for
-/// 1..pointsStretchedOwn whole points and spans of 1..65536.
-std::vector<unsigned int> stretchByRuns(const std::vector<unsigned char>& palette, int span, bool bgr);
+using Stretch = std::vector<unsigned int>(const std::vector<unsigned char>& palette, int span, bool bgr);
+Stretch stretchByResize;
+extern const exp::Forms<Stretch> stretch;
 constexpr std::size_t pointsStretchedOwn = 4096;
 
-/// The fast form if it may be used: cv::resize is the definition, and another version or build of it
-/// may round differently, so the two are compared once in each process.
+/// Whether the own stretch gives what cv::resize gives, on a palette of noise: widened a little and a lot,
+/// narrowed, a single point. Costs a few microseconds.
+bool ownStretchIsExact();
+
+/// The fast form if it may be used: another version or build of cv::resize may round differently, so the two
+/// are compared once in each process.
 std::vector<unsigned int> stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr);
 
 /// Fills the table from a palette stretched to max - min + 1 entries: the coldest colour below min, that of
 /// max - 1 from max on.
-void fillTablePlain(unsigned int* table, const unsigned int* stretched, int min, int max);
-void fillTable(unsigned int* table, const unsigned int* stretched, int min, int max);
+using FillTable = void(unsigned int* table, const unsigned int* stretched, int min, int max);
+FillTable fillTablePlain;
+extern const exp::Forms<FillTable> fillTable;
 
-/// Fills the table from a palette stretched to humiditySteps entries.
-/// @throws exp::Exception  for air that DewPoint refuses; the table is unchanged then
-void fillTableHumidPlain(unsigned int* table, const unsigned int* stretched,
-                         const exp::quantity::Temperature<exp::MarkedFloat>& airTemperature,
-                         const exp::quantity::Relation<exp::MarkedFloat>& humidity);
-void fillTableHumid(unsigned int* table, const unsigned int* stretched,
-                    const exp::quantity::Temperature<exp::MarkedFloat>& airTemperature,
-                    const exp::quantity::Relation<exp::MarkedFloat>& humidity);
+/// Fills the table from a palette stretched to humiditySteps entries. `moisture` holds for each frame value
+/// the humidity at a surface, 0..100 percent.
+using FillTableHumid = void(unsigned int* table, const unsigned int* stretched, const float* moisture);
+FillTableHumid fillTableHumidPlain;
+extern const exp::Forms<FillTableHumid> fillTableHumid;
 
 /// Which of the humiditySteps entries shows a surface humidity of 0..100 percent, halves up.
 inline int humidityStep(float percent)

@@ -1,5 +1,4 @@
 #include "vision/kernels/ColorPaletteConverterKernel.h"
-#include "vision/radiometry/RadiometricTools.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -42,17 +41,9 @@ void fillTablePlain(unsigned int* table, const unsigned int* stretched, int min,
     }
 }
 
-void fillTableHumidPlain(unsigned int* table, const unsigned int* stretched,
-                         const exp::quantity::Temperature<exp::MarkedFloat>& airTemperature,
-                         const exp::quantity::Relation<exp::MarkedFloat>& humidity)
+void fillTableHumidPlain(unsigned int* table, const unsigned int* stretched, const float* moisture)
 {
-    std::vector<float> temperatures;
-    temperatures.reserve(tableEntries);
     for (int v = 0; v < tableEntries; ++v)
-        temperatures.push_back(RadiometricTools::getFloat(static_cast<unsigned short>(v)));
-    const std::vector<float> moisture =
-        exp::DewPoint::calcSurfaceMoisture(temperatures, airTemperature, humidity);
-    for (std::size_t v = 0; v < tableEntries; ++v)
         table[v] = stretched[humidityStep(moisture[v])];
 }
 

@@ -80,16 +80,14 @@ VELMO_CLONES void squaredReachLoop(const cv::Point* points, std::size_t count, c
     reach = {reachX, reachY};
 }
 
-} // namespace
-
-PointExtents extentsOf(const cv::Point* points, std::size_t count)
+PointExtents extentsFast(const cv::Point* points, std::size_t count)
 {
     PointExtents extents{points->x, points->x, points->y, points->y};
     extentsLoop(points, count, extents);
     return extents;
 }
 
-cv::Point2d sumOf(const cv::Point* points, std::size_t count)
+cv::Point2d sumFast(const cv::Point* points, std::size_t count)
 {
     if (count > exactlySummedPoints)
         return sumPlain(points, count);
@@ -98,12 +96,19 @@ cv::Point2d sumOf(const cv::Point* points, std::size_t count)
     return {static_cast<double>(x), static_cast<double>(y)};
 }
 
-SquaredReach squaredReachOf(const cv::Point* points, std::size_t count, cv::Point centre)
+SquaredReach squaredReachFast(const cv::Point* points, std::size_t count, cv::Point centre)
 {
     SquaredReach reach{0, 0};
     squaredReachLoop(points, count, centre, reach);
     return reach;
 }
+
+} // namespace
+
+constexpr Forms<ExtentsOf> extentsOf{"extents of points", extentsPlain, extentsFast};
+constexpr Forms<SumOf> sumOf{"sum of points", sumPlain, sumFast};
+constexpr Forms<SquaredReachOf> squaredReachOf{"squared reach of points", squaredReachPlain,
+                                               squaredReachFast};
 
 cv::Mat_<float> rowColumnMatrix(const std::vector<cv::Point>& points)
 {

@@ -1,6 +1,8 @@
 // Not installed.
 #pragma once
 
+#include "core/Forms.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
@@ -25,15 +27,19 @@ struct SquaredReach
 /// double, in any order.
 constexpr std::size_t exactlySummedPoints = std::size_t{1} << 22;
 
-/// The definitions. `extentsPlain` needs a point at least. `sumPlain` adds in sequence.
-PointExtents extentsPlain(const cv::Point* points, std::size_t count);
-cv::Point2d sumPlain(const cv::Point* points, std::size_t count);
-SquaredReach squaredReachPlain(const cv::Point* points, std::size_t count, cv::Point centre);
+/// Of at least one point.
+using ExtentsOf = PointExtents(const cv::Point* points, std::size_t count);
+ExtentsOf extentsPlain;
+extern const Forms<ExtentsOf> extentsOf;
 
-/// The same results, from loops that vectorise.
-PointExtents extentsOf(const cv::Point* points, std::size_t count);
-cv::Point2d sumOf(const cv::Point* points, std::size_t count);
-SquaredReach squaredReachOf(const cv::Point* points, std::size_t count, cv::Point centre);
+/// Of coordinates as doubles, added in sequence.
+using SumOf = cv::Point2d(const cv::Point* points, std::size_t count);
+SumOf sumPlain;
+extern const Forms<SumOf> sumOf;
+
+using SquaredReachOf = SquaredReach(const cv::Point* points, std::size_t count, cv::Point centre);
+SquaredReachOf squaredReachPlain;
+extern const Forms<SquaredReachOf> squaredReachOf;
 
 /// Row i holds (y, x) of point i.
 cv::Mat_<float> rowColumnMatrix(const std::vector<cv::Point>& points);

@@ -64,18 +64,21 @@ VELMO_CLONES void twoRowsToOne(const short* __restrict top, const short* __restr
         out[x] = static_cast<short>(half(meanOfPair(top + 2 * x) + meanOfPair(bottom + 2 * x)));
 }
 
-} // namespace
-
-void resizeToTwoThirds(const cv::Mat_<short>& in, cv::Mat_<short>& out)
+void resizeToTwoThirdsFast(const cv::Mat_<short>& in, cv::Mat_<short>& out)
 {
     for (int k = 0; k < 60; ++k)
         threeRowsToTwo(in[3 * k], in[3 * k + 1], in[3 * k + 2], out[2 * k], out[2 * k + 1]);
 }
 
-void resizeToHalf(const cv::Mat_<short>& in, cv::Mat_<short>& out)
+void resizeToHalfFast(const cv::Mat_<short>& in, cv::Mat_<short>& out)
 {
     for (int k = 0; k < 90; ++k)
         twoRowsToOne(in[2 * k], in[2 * k + 1], out[k]);
 }
+
+} // namespace
+
+constexpr Forms<Resize> resizeToTwoThirds{"downsizing to 2/3", resizeToTwoThirdsPlain, resizeToTwoThirdsFast};
+constexpr Forms<Resize> resizeToHalf{"downsizing to 1/2", resizeToHalfPlain, resizeToHalfFast};
 
 } // namespace velmo::exp::vision

@@ -34,14 +34,23 @@ VELMO_INLINE short meanOfNine(u16 sum, short centre)
     return static_cast<short>(rest + level * (9 * 455) + 68 * 455 - 32768);
 }
 
-/// `count` pixels. Of the three rows and the columns one more element is read on either side. `last` is the
-/// largest activity at which a pixel is changed; `perGain` is 32768 / gain, rounded up. Both are parameters,
-/// because values computed here are widened before the loop, and the loop with them.
-VELMO_CLONES void smoothRow(const short* __restrict above, const short* __restrict row,
-                            const short* __restrict below, u16* __restrict sums, short* __restrict lows,
-                            short* __restrict highs, short* __restrict out, int count, u16 last, u16 perGain)
+/// What a row is smoothed from, and of the three pixels of each column the sum modulo 2^16, the smallest and
+/// the largest. All have room for an element more on either side.
+struct SmoothLines
 {
-    // Sum modulo 2^16, smallest and largest of the three pixels of each column.
+    short *above, *row, *below;
+    u16* sums;
+    short *lows, *highs;
+};
+
+/// `last` is the largest activity at which a pixel is changed; `perGain` is 32768 / gain, rounded up. Both
+/// are parameters, because values computed here are widened before the loop, and the loop with them.
+VELMO_CLONES void smoothRow(const SmoothLines& lines, short* out, int count, u16 last, u16 perGain)
+{
+    const short *above = lines.above, *row = lines.row, *below = lines.below;
+    u16* sums = lines.sums;
+    short *lows = lines.lows, *highs = lines.highs;
+    VELMO_INDEPENDENT
     for (int c = 0; c < count; ++c) {
         const short a = above[c], x = row[c], b = below[c];
         sums[c] = static_cast<u16>(a + x + b);
@@ -53,6 +62,7 @@ VELMO_CLONES void smoothRow(const short* __restrict above, const short* __restri
     lows[-1] = lows[0], lows[count] = lows[count - 1];
     highs[-1] = highs[0], highs[count] = highs[count - 1];
 
+    VELMO_INDEPENDENT
     for (int c = 0; c < count; ++c) {
         const short x = row[c];
         const u16 sum = static_cast<u16>(sums[c - 1] + sums[c] + sums[c + 1]);
@@ -87,9 +97,7 @@ void loadRow(const short* row, int count, short* padded)
     padded[count] = row[count - 1];
 }
 
-} // namespace
-
-void removeSpatialNoise(const cv::Mat_<short>& in, cv::Mat_<short>& out, int gain)
+void removeSpatialNoiseFast(const cv::Mat_<short>& in, cv::Mat_<short>& out, int gain)
 {
     // Of the thread, because one filter may serve several; it grows to the widest frame and stays.
     thread_local std::vector<short> scratch;
@@ -101,26 +109,30 @@ void removeSpatialNoise(const cv::Mat_<short>& in, cv::Mat_<short>& out, int gai
         scratch.resize(needed);
     const auto beyond =
         static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(scratch.data()) / sizeof(short) % lane);
-    short* lines[6];
-    for (int n = 0; n < 6; ++n)
-        lines[n] = scratch.data() + (2 * lane - beyond) + std::ptrdiff_t{n} * stride;
+    const auto line = [&](int n) {
+        return scratch.data() + (2 * lane - beyond) + std::ptrdiff_t{n} * stride;
+    };
+    SmoothLines lines{line(0), line(1), line(2), reinterpret_cast<u16*>(line(3)), line(4), line(5)};
 
     const auto last = static_cast<u16>(19 * gain - 1);
     // Multiplied by twice an activity up to `last`, its upper 16 bits are the quotient for every gain.
     const auto perGain = static_cast<u16>((32768 + gain - 1) / gain);
     // The rows are copied before they are overwritten, so that `out` may be `in`.
-    short *above = lines[0], *row = lines[1], *below = lines[2];
-    loadRow(in[0], in.cols, above);
-    loadRow(in[0], in.cols, row);
+    loadRow(in[0], in.cols, lines.above);
+    loadRow(in[0], in.cols, lines.row);
     for (int r = 0; r < in.rows; ++r) {
-        loadRow(in[std::min(r + 1, in.rows - 1)], in.cols, below);
-        smoothRow(above, row, below, reinterpret_cast<u16*>(lines[3]), lines[4], lines[5], out[r], in.cols,
-                  last, perGain);
-        short* oldest = above;
-        above = row;
-        row = below;
-        below = oldest;
+        loadRow(in[std::min(r + 1, in.rows - 1)], in.cols, lines.below);
+        smoothRow(lines, out[r], in.cols, last, perGain);
+        short* oldest = lines.above;
+        lines.above = lines.row;
+        lines.row = lines.below;
+        lines.below = oldest;
     }
 }
+
+} // namespace
+
+constexpr Forms<RemoveSpatialNoise> removeSpatialNoise{"spatial noise", removeSpatialNoisePlain,
+                                                       removeSpatialNoiseFast};
 
 } // namespace velmo::exp::vision

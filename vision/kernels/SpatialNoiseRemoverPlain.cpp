@@ -18,9 +18,6 @@ short smoothPixel(const cv::Mat_<short>& in, int r, int c, int gain)
     // A ninth by shifts, 7/64 * (1 + 1/64 + 1/4096): for some sums it differs from a rounded division.
     const int part = sum - (sum >> 3);
     const int mean = (part + (part >> 6) + (part >> 12)) >> 3;
-    if (gain == 0)
-        return static_cast<short>(centre - 32768);
-
     int activity = 0;
     for (const short* row : rows)
         for (const int column : columns)

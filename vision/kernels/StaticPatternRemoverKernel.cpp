@@ -193,11 +193,9 @@ void pad(short* values, int count)
     std::fill_n(values + count, 4, values[count - 1]);
 }
 
-} // namespace
-
-void removeStaticPattern(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
-                         cv::Mat_<int>& pixelState, const PatternParameters& parameters,
-                         std::vector<short>& scratch)
+void removeStaticPatternFast(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
+                             cv::Mat_<int>& pixelState, const PatternParameters& parameters,
+                             std::vector<short>& scratch)
 {
     const int count = in.cols;
     constexpr int lineCount = 14;
@@ -257,5 +255,10 @@ void removeStaticPattern(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Ma
         below = oldest;
     }
 }
+
+} // namespace
+
+constexpr Forms<RemoveStaticPattern> removeStaticPattern{"static pattern", removeStaticPatternPlain,
+                                                         removeStaticPatternFast};
 
 } // namespace velmo::exp::vision

@@ -1,9 +1,11 @@
 // Not installed.
 #pragma once
 
-#include <limits>
+#include "core/Forms.h"
+
 #include <opencv2/core.hpp>
 
+#include <limits>
 #include <vector>
 
 namespace velmo::exp::vision {
@@ -21,14 +23,13 @@ inline int patternCounts(int correction)
     return (correction - ((correction - 25) >> 3)) >> 3;
 }
 
-/// The definition of the filter. `out` is of the size of `in` and another matrix; the states are those of
-/// frames of that size.
-void removeStaticPatternPlain(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
-                              cv::Mat_<int>& pixelState, const PatternParameters& parameters);
-
-/// The fast form: the same bits; at least one pixel, `out` may be `in`. `scratch` grows to the widest frame.
-void removeStaticPattern(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
-                         cv::Mat_<int>& pixelState, const PatternParameters& parameters,
-                         std::vector<short>& scratch);
+/// The filter, for at least one pixel. `out` is of the size of `in`, and may be `in` for the fast form only;
+/// the states are those of frames of that size. `scratch` grows to what the fast form needs for the widest
+/// frame.
+using RemoveStaticPattern = void(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
+                                 cv::Mat_<int>& pixelState, const PatternParameters& parameters,
+                                 std::vector<short>& scratch);
+RemoveStaticPattern removeStaticPatternPlain;
+extern const Forms<RemoveStaticPattern> removeStaticPattern;
 
 } // namespace velmo::exp::vision

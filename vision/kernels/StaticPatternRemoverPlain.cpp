@@ -138,7 +138,8 @@ void removeFromPixel(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<i
 } // namespace
 
 void removeStaticPatternPlain(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
-                              cv::Mat_<int>& pixelState, const PatternParameters& parameters)
+                              cv::Mat_<int>& pixelState, const PatternParameters& parameters,
+                              std::vector<short>& /*scratch*/)
 {
     for (int r = 0; r < in.rows; ++r)
         for (int c = 0; c < in.cols; ++c)

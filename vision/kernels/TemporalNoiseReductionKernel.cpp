@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 namespace velmo::exp::vision {
 namespace {
@@ -141,11 +142,12 @@ VELMO_INLINE void filterBlock(T* __restrict frame, T* __restrict state, int coun
 
 // Most blocks of most scenes hold nothing but noise: their differences are small enough for byte lookups.
 template <class T>
-VELMO_INLINE void filterBlocks(T* frame, T* state, std::size_t count, const unsigned short* pulls)
+VELMO_INLINE void filterBlocks(T* frame, T* state, std::size_t count,
+                               const std::vector<unsigned short>& pulls)
 {
-    const unsigned short* zero = pulls + differenceTableCentre;
     static const bool fastBytes = looksUpBytesFast();
-    const int limit = pulls[differenceTableLimit];
+    const int limit = static_cast<int>(pulls.size() / 2);
+    const unsigned short* zero = pulls.data() + limit;
     const CalmPulls calm(zero);
     const bool tryCalm = fastBytes && calm.usable;
     std::size_t n = 0;
@@ -155,52 +157,59 @@ VELMO_INLINE void filterBlocks(T* frame, T* state, std::size_t count, const unsi
     filterBlock(frame + n, state + n, static_cast<int>(count - n), zero, limit);
 }
 
-VELMO_CLONES void filterSigned(short* frame, short* state, std::size_t count, const unsigned short* pulls)
+VELMO_CLONES void filterSigned(short* frame, short* state, std::size_t count,
+                               const std::vector<unsigned short>& pulls)
 {
     filterBlocks(frame, state, count, pulls);
 }
 
 VELMO_CLONES void filterUnsigned(unsigned short* frame, unsigned short* state, std::size_t count,
-                                 const unsigned short* pulls)
+                                 const std::vector<unsigned short>& pulls)
 {
     filterBlocks(frame, state, count, pulls);
 }
 
-/// The smallest difference from which on nothing is pulled, either way; 65535 if there is none.
-unsigned short limitOf(const unsigned short* pulls)
+template <class T>
+void filterByPulls(T* frame, T* state, std::size_t count, const Feedback& feedback)
 {
-    const unsigned short* zero = pulls + differenceTableCentre;
-    int reach = 65535;
-    while (reach > 0 && zero[reach] == 0 && zero[-reach] == 0)
-        --reach;
-    return static_cast<unsigned short>(std::min(reach + 1, 65535));
+    if constexpr (std::is_signed_v<T>)
+        filterSigned(frame, state, count, *feedback.pulls);
+    else
+        filterUnsigned(frame, state, count, *feedback.pulls);
+}
+
+template <class Pull>
+std::vector<unsigned short> pullsUpTo(int limit, Pull pull)
+{
+    std::vector<unsigned short> pulls;
+    pulls.reserve(2 * static_cast<std::size_t>(limit) + 1);
+    for (int d = -limit; d <= limit; ++d)
+        pulls.push_back(pull(d));
+    return pulls;
 }
 
 } // namespace
 
-void buildPullsAnyParam(unsigned short* pulls, const unsigned short* lut, int gain, int factor)
+std::vector<unsigned short> pullsAnyParam(const Feedback& feedback)
 {
-    for (int d = -65535; d <= 65535; ++d)
-        pulls[d + differenceTableCentre] = pullWithAnyParam(lut, d, gain, factor);
-    pulls[differenceTableLimit] = limitOf(pulls);
+    // From a scaled difference of 1024 on there is no weight.
+    const int limit = feedback.gain == 0 ? 65535 : std::min(16 * 1024 / feedback.gain + 1, 65535);
+    return pullsUpTo(
+        limit, [&](int d) { return pullWithAnyParam(feedback.lut, d, feedback.gain, feedback.factor); });
 }
 
-void buildPullsMaxParam(unsigned short* pulls, const unsigned short* lut)
+std::vector<unsigned short> pullsMaxParam(const Feedback& feedback)
 {
-    for (int d = -65535; d <= 65535; ++d)
-        pulls[d + differenceTableCentre] = pullWithMaxParam(lut, d);
-    pulls[differenceTableLimit] = limitOf(pulls);
+    return pullsUpTo(1024, [&](int d) { return pullWithMaxParam(feedback.lut, d); });
 }
 
-void filterByPulls(short* frame, short* state, std::size_t count, const unsigned short* pulls)
-{
-    filterSigned(frame, state, count, pulls);
-}
-
-void filterByPulls(unsigned short* frame, unsigned short* state, std::size_t count,
-                   const unsigned short* pulls)
-{
-    filterUnsigned(frame, state, count, pulls);
-}
+template <class T>
+const Forms<typename TemporalForms<T>::Filter> TemporalForms<T>::anyParam{
+    "temporal, any parameters", filterAnyParamPlain<T>, filterByPulls<T>};
+template <class T>
+const Forms<typename TemporalForms<T>::Filter> TemporalForms<T>::maxParam{
+    "temporal, maximum", filterMaxParamPlain<T>, filterByPulls<T>};
+template struct TemporalForms<short>;
+template struct TemporalForms<unsigned short>;
 
 } // namespace velmo::exp::vision

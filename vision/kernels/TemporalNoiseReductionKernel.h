@@ -1,9 +1,12 @@
 // Not installed.
 #pragma once
 
+#include "core/Forms.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace velmo::exp::vision {
 
@@ -11,10 +14,6 @@ namespace velmo::exp::vision {
 /// difference 0 in it.
 constexpr std::size_t differenceTableSize = 131072;
 constexpr std::ptrdiff_t differenceTableCentre = 65536;
-
-/// No difference reaches the first entry. In a table of pulls it holds the difference from which on, either
-/// way, there is no pull.
-constexpr std::size_t differenceTableLimit = 0;
 
 /// What a pixel moves by when its previous output lies `difference` above its input; the low 16 bits count.
 /// Any parameters, halves up. `lut` points at the weight for difference 0.
@@ -35,23 +34,34 @@ inline std::uint16_t pullWithMaxParam(const unsigned short* lut, int difference)
     return static_cast<std::uint16_t>((lut[difference] * static_cast<std::uint32_t>(difference)) >> 15);
 }
 
-/// The definition of both filters over `count` pixels: `frame` and `state` become the output.
-void filterAnyParamPlain(short* frame, short* state, std::size_t count, const unsigned short* lut, int gain,
-                         int factor);
-void filterAnyParamPlain(unsigned short* frame, unsigned short* state, std::size_t count,
-                         const unsigned short* lut, int gain, int factor);
-void filterMaxParamPlain(short* frame, short* state, std::size_t count, const unsigned short* lut);
-void filterMaxParamPlain(unsigned short* frame, unsigned short* state, std::size_t count,
-                         const unsigned short* lut);
+/// What a filter weighs differences with.
+struct Feedback
+{
+    const unsigned short* lut; ///< points at the weight for difference 0; none beyond -1023..1023
+    int gain = 16;
+    int factor = 2048;
+    const std::vector<unsigned short>* pulls = nullptr; ///< for the fast forms: made by the functions below
+};
 
-/// Fills `pulls` (differenceTableSize entries) with one of the two pulls for every difference.
-void buildPullsAnyParam(unsigned short* pulls, const unsigned short* lut, int gain, int factor);
-void buildPullsMaxParam(unsigned short* pulls, const unsigned short* lut);
+/// The pulls for all differences from -n to n, of which those beyond have none. n is 64 at least, 65535 at
+/// most.
+std::vector<unsigned short> pullsAnyParam(const Feedback& feedback);
+std::vector<unsigned short> pullsMaxParam(const Feedback& feedback);
 
-/// The fast form of both: a pull depends on nothing but the difference, so it is looked up whole. `pulls`
-/// is a table that one of the two functions above filled.
-void filterByPulls(short* frame, short* state, std::size_t count, const unsigned short* pulls);
-void filterByPulls(unsigned short* frame, unsigned short* state, std::size_t count,
-                   const unsigned short* pulls);
+/// The two filters over `count` pixels: `frame` and `state` become the output. A pull depends on nothing but
+/// the difference, so the fast form of both looks it up whole.
+template <class T>
+struct TemporalForms
+{
+    using Filter = void(T* frame, T* state, std::size_t count, const Feedback& feedback);
+    static const Forms<Filter> anyParam, maxParam;
+};
+extern template struct TemporalForms<short>;
+extern template struct TemporalForms<unsigned short>;
+
+template <class T>
+void filterAnyParamPlain(T* frame, T* state, std::size_t count, const Feedback& feedback);
+template <class T>
+void filterMaxParamPlain(T* frame, T* state, std::size_t count, const Feedback& feedback);
 
 } // namespace velmo::exp::vision

@@ -1,11 +1,12 @@
 #include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 namespace velmo::exp::vision {
-namespace {
 
 template <class T>
-void filterAnyParam(T* frame, T* state, std::size_t count, const unsigned short* lut, int gain, int factor)
+void filterAnyParamPlain(T* frame, T* state, std::size_t count, const Feedback& feedback)
 {
+    const unsigned short* lut = feedback.lut;
+    const int gain = feedback.gain, factor = feedback.factor;
     for (std::size_t n = 0; n < count; ++n) {
         const int x = frame[n];
         const int difference = state[n] - x;
@@ -14,8 +15,9 @@ void filterAnyParam(T* frame, T* state, std::size_t count, const unsigned short*
 }
 
 template <class T>
-void filterMaxParam(T* frame, T* state, std::size_t count, const unsigned short* lut)
+void filterMaxParamPlain(T* frame, T* state, std::size_t count, const Feedback& feedback)
 {
+    const unsigned short* lut = feedback.lut;
     for (std::size_t n = 0; n < count; ++n) {
         const int x = frame[n];
         const int difference = state[n] - x;
@@ -23,29 +25,9 @@ void filterMaxParam(T* frame, T* state, std::size_t count, const unsigned short*
     }
 }
 
-} // namespace
-
-void filterAnyParamPlain(short* frame, short* state, std::size_t count, const unsigned short* lut, int gain,
-                         int factor)
-{
-    filterAnyParam(frame, state, count, lut, gain, factor);
-}
-
-void filterAnyParamPlain(unsigned short* frame, unsigned short* state, std::size_t count,
-                         const unsigned short* lut, int gain, int factor)
-{
-    filterAnyParam(frame, state, count, lut, gain, factor);
-}
-
-void filterMaxParamPlain(short* frame, short* state, std::size_t count, const unsigned short* lut)
-{
-    filterMaxParam(frame, state, count, lut);
-}
-
-void filterMaxParamPlain(unsigned short* frame, unsigned short* state, std::size_t count,
-                         const unsigned short* lut)
-{
-    filterMaxParam(frame, state, count, lut);
-}
+template void filterAnyParamPlain(short*, short*, std::size_t, const Feedback&);
+template void filterAnyParamPlain(unsigned short*, unsigned short*, std::size_t, const Feedback&);
+template void filterMaxParamPlain(short*, short*, std::size_t, const Feedback&);
+template void filterMaxParamPlain(unsigned short*, unsigned short*, std::size_t, const Feedback&);
 
 } // namespace velmo::exp::vision

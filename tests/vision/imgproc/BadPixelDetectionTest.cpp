@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -127,31 +126,6 @@ TEST(BadPixelHistogram, SumsInSinglePrecisionInOrder)
     Map map;
     EXPECT_EQ(Tools::detectBadPixelHistogram(frame, map, 0), 1025U);
     EXPECT_EQ(map(0, large + ones), 64);
-}
-
-TEST(BadPixelHistogram, GivesTheBitsOfThePlainForm)
-{
-    std::mt19937 random(3);
-    std::uniform_int_distribution<int> level(-32768, 32767), width(0, 120), count(0, 40);
-    for (int n = 0; n < 3000; ++n) {
-        // A populated core with a few outliers, a part of a larger frame. Outliers are near enough that
-        // values are mostly fewer than pixels, which is where the fast form is at work.
-        const int centre = n % 3 == 0 ? level(random) % 50 : level(random);
-        std::normal_distribution<double> core(centre, 1 + std::min(200.0, std::abs(centre) * 0.03));
-        std::uniform_int_distribution<int> outlier(centre - 1200, centre + 1200);
-        Frame frame(33, width(random) + 3);
-        for (short& pixel : frame)
-            pixel = cv::saturate_cast<short>(random() % 50 == 0 ? outlier(random) : core(random));
-        const Frame part = frame(cv::Rect(1, 2, frame.cols - 2, 30));
-        Map expected(part.size(), 1), actual(33, frame.cols, 1);
-        Map window = actual(cv::Rect(1, 2, frame.cols - 2, 30));
-        const auto minCount = static_cast<unsigned long>(count(random));
-        ASSERT_EQ(Tools::detectBadPixelHistogram(part, window, minCount),
-                  flagSpreadPlain(part, expected, minCount));
-        ASSERT_TRUE(same(window, expected)) << "frame " << n;
-        ASSERT_EQ(cv::sum(actual)[0] - cv::sum(window)[0], actual.total() - window.total())
-            << "wrote outside";
-    }
 }
 
 TEST(BadPixelLines, AreFlaggedAboveTheirLimits)

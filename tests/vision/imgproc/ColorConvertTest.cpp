@@ -8,9 +8,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
-#include <random>
 #include <vector>
 
 using namespace velmo::vision;
@@ -165,7 +163,7 @@ TEST(ColorConvert, YuyvInBlocksIsYuyvAtOnce)
                                 cv::Size(2, 5000), cv::Size(4095, 5), cv::Size(17, 1)}) {
         const cv::Mat src = randomImage(size.height, size.width, 2);
         cv::Mat lumaCrCb(size, CV_8UC3), expected;
-        plainColorKernels.lagYuyv(src.data, lumaCrCb.data, 0, src.total());
+        lagYuyv.plain(src.data, lumaCrCb.data, 0, src.total());
         cv::cvtColor(lumaCrCb, expected, cv::COLOR_YCrCb2BGR);
         EXPECT_EQ(converted(ColorConvert::convertYUYVToBGR, src), bytesOf(expected)) << size;
     }
@@ -202,7 +200,7 @@ TEST(ColorConvert, SwapLeavesPaddingAlone)
         const cv::Mat before = large.clone();
         const cv::Rect middle(4, 1, 10, 6);
         cv::Mat view = large(middle), expected = view.clone();
-        plainColorKernels.swapRb(expected.data, expected.data, expected.total() * expected.elemSize() / 3);
+        swapRb.plain(expected.data, expected.data, expected.total() * expected.elemSize() / 3);
         ColorConvert::swapRB(view);
         EXPECT_EQ(bytesOf(large(middle)), bytesOf(expected));
         before(middle).copyTo(large(middle));
@@ -283,112 +281,6 @@ TEST(ColorConvert, SourceAndDestinationMayShareTheirPixels)
     Image view = shifted(to);
     ColorConvert::convertYCbCrtoBRG(shifted(from), view);
     EXPECT_EQ(bytesOf(view), moved);
-}
-
-/// A conversion as both kernels have it.
-struct KernelPair
-{
-    const char* name;
-    ColorKernels::Convert ColorKernels::*convert;
-    std::size_t bytesIn, bytesOut;
-    std::size_t step; ///< pixels it works on at once
-};
-
-const KernelPair kernelPairs[] = {
-    {"UyvyToBgr", &ColorKernels::uyvyToBgr, 2, 3, 2},
-    {"UyvyToRgb", &ColorKernels::uyvyToRgb, 2, 3, 2},
-    {"Uy1vy0ToBgr", &ColorKernels::uy1vy0ToBgr, 2, 3, 2},
-    {"Uy1vy0ToRgb", &ColorKernels::uy1vy0ToRgb, 2, 3, 2},
-    {"YcbcrToBgr", &ColorKernels::ycbcrToBgr, 3, 3, 1},
-    {"BgrToYcbcr", &ColorKernels::bgrToYcbcr, 3, 3, 1},
-    {"RgbToYcbcr", &ColorKernels::rgbToYcbcr, 3, 3, 1},
-    {"YcbcrToYuv2", &ColorKernels::ycbcrToYuv2, 3, 2, 1},
-    {"SwapRb", &ColorKernels::swapRb, 3, 3, 1},
-};
-
-class EveryColorKernel : public testing::TestWithParam<KernelPair>
-{
-protected:
-    void compare(const Byte* src, std::size_t pixels)
-    {
-        const std::size_t bytes = GetParam().bytesOut * pixels;
-        // Exactly as large as needed: the address sanitizer sees a byte too many. Without it the guard does.
-        const std::unique_ptr<Byte[]> expected(new Byte[bytes]()), exact(new Byte[bytes]());
-        (plainColorKernels.*GetParam().convert)(src, expected.get(), pixels);
-        (fastColorKernels.*GetParam().convert)(src, exact.get(), pixels);
-        ASSERT_EQ(std::memcmp(exact.get(), expected.get(), bytes), 0) << pixels << " pixels";
-        if (pixels > 1000)
-            return;
-        Bytes guarded(bytes + 64, 0xA5);
-        (fastColorKernels.*GetParam().convert)(src, guarded.data() + 32, pixels);
-        ASSERT_EQ(std::count(guarded.begin(), guarded.begin() + 32, 0xA5), 32) << pixels << " pixels";
-        const std::size_t written =
-            GetParam().bytesOut * (GetParam().bytesOut == 2 ? pixels / 2 * 2 : pixels);
-        ASSERT_EQ(
-            std::count(guarded.begin() + 32 + static_cast<std::ptrdiff_t>(written), guarded.end(), 0xA5),
-            static_cast<std::ptrdiff_t>(guarded.size() - 32 - written))
-            << pixels << " pixels";
-    }
-};
-
-TEST_P(EveryColorKernel, GivesTheBitsOfThePlainFormForEveryLength)
-{
-    std::mt19937 random(7);
-    for (std::size_t pixels = 0; pixels < 600; pixels += GetParam().step) {
-        const std::size_t bytes = GetParam().bytesIn * pixels;
-        const std::unique_ptr<Byte[]> src(new Byte[bytes]);
-        std::generate_n(src.get(), bytes, [&] { return static_cast<Byte>(random()); });
-        compare(src.get(), pixels);
-    }
-}
-
-// 16.7 million inputs: all triples of three bytes; of a pair both chroma values and one luma, the other luma
-// being another one.
-TEST_P(EveryColorKernel, GivesTheBitsOfThePlainFormForEveryInput)
-{
-    constexpr std::size_t plane = 1 << 16;
-    const std::size_t pixels = GetParam().bytesIn == 3 ? plane : 2 * plane;
-    const std::unique_ptr<Byte[]> src(new Byte[GetParam().bytesIn * pixels]);
-    for (unsigned first = 0; first < 256; ++first) {
-        for (unsigned rest = 0; rest < plane; ++rest) {
-            const auto second = static_cast<Byte>(rest >> 8), third = static_cast<Byte>(rest);
-            if (GetParam().bytesIn == 3) {
-                Byte* pixel = src.get() + 3 * rest;
-                pixel[0] = static_cast<Byte>(first);
-                pixel[1] = second;
-                pixel[2] = third;
-            } else {
-                Byte* pair = src.get() + 4 * rest;
-                pair[0] = second;
-                pair[1] = static_cast<Byte>(first);
-                pair[2] = third;
-                pair[3] = static_cast<Byte>(255 - first);
-            }
-        }
-        ASSERT_NO_FATAL_FAILURE(compare(src.get(), pixels));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(ColorConvert, EveryColorKernel, testing::ValuesIn(kernelPairs),
-                         [](const auto& pair) { return pair.param.name; });
-
-TEST(ColorConvert, LagOfChromaIsTheSameFromEveryPixelOn)
-{
-    const std::size_t total = 100;
-    const std::unique_ptr<Byte[]> src(new Byte[2 * total]);
-    for (std::size_t n = 0; n < 2 * total; ++n)
-        src[n] = static_cast<Byte>(n + 1);
-    Bytes all(3 * total);
-    plainColorKernels.lagYuyv(src.get(), all.data(), 0, total);
-    EXPECT_EQ(Bytes(all.begin(), all.begin() + 9), (Bytes{1, 0, 2, 3, 4, 2, 5, 4, 6}));
-    for (std::size_t first = 0; first < 40; ++first)
-        for (std::size_t pixels = 0; first + pixels <= total; ++pixels)
-            for (const ColorKernels* kernels : {&plainColorKernels, &fastColorKernels}) {
-                const std::unique_ptr<Byte[]> some(new Byte[3 * pixels]);
-                kernels->lagYuyv(src.get(), some.get(), first, pixels);
-                ASSERT_EQ(std::memcmp(some.get(), all.data() + 3 * first, 3 * pixels), 0)
-                    << kernels->name << ", " << pixels << " pixels from " << first;
-            }
 }
 
 } // namespace

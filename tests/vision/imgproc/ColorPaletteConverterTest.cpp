@@ -1,11 +1,9 @@
 #include "vision/imgproc/ColorPaletteConverter.h"
 
 #include "core/Exception.h"
-#include "vision/kernels/ColorPaletteConverterKernel.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <utility>
 
 using namespace velmo::vision;
@@ -21,15 +19,6 @@ using Colors = std::vector<unsigned>;
 
 /// Three points that a span of three values shows as they are.
 const Palette threePoints = {1, 2, 3, 11, 12, 13, 21, 22, 23};
-
-Palette noisePalette(std::size_t points, unsigned seed)
-{
-    std::mt19937 random(seed);
-    Palette palette(3 * points);
-    for (unsigned char& byte : palette)
-        byte = static_cast<unsigned char>(random());
-    return palette;
-}
 
 Frame frameOf(int rows, int cols, const std::vector<int>& values)
 {
@@ -309,67 +298,4 @@ TEST(ColorPaletteConverter, RefusesHumidityPicturesOfOddCounts)
         EXPECT_NE(error.location().find(": palletizeHumid(..)\n"), std::string::npos);
     }
     EXPECT_EQ(picture.size(), cv::Size(3, 3));
-}
-
-TEST(ColorPaletteKernels, PalettizeLikeThePlainForm)
-{
-    std::mt19937 random(5);
-    std::vector<unsigned int> table(tableEntries);
-    for (unsigned int& entry : table)
-        entry = static_cast<unsigned int>(random());
-    for (std::size_t count = 0; count < 100; ++count) {
-        std::vector<unsigned short> in(count);
-        for (unsigned short& value : in)
-            value = static_cast<unsigned short>(random() % 5 == 0 ? 65535 : random());
-        std::vector<unsigned char> expected(3 * count), actual(3 * count + 1, 77);
-        palettizePlain(in.data(), expected.data(), count, table.data());
-        palettizeBySixteen(in.data(), actual.data(), count, table.data());
-        ASSERT_EQ(actual.back(), 77) << "wrote past the end, count " << count;
-        actual.pop_back();
-        ASSERT_EQ(actual, expected) << "count " << count;
-    }
-}
-
-TEST(ColorPaletteKernels, StretchLikeTheMatrixLibrary)
-{
-    std::mt19937 random(6);
-    const auto compare = [](const Palette& palette, int span) {
-        for (const bool bgr : {false, true})
-            ASSERT_EQ(stretchByRuns(palette, span, bgr), stretchByResize(palette, span, bgr))
-                << palette.size() / 3 << " points to " << span;
-    };
-    for (unsigned points = 1; points <= 300; ++points) {
-        const Palette palette = noisePalette(points, points);
-        for (const int span : {1, 2, static_cast<int>(points), static_cast<int>(points) + 1,
-                               2 * static_cast<int>(points), 1 + static_cast<int>(random() % 2000)})
-            compare(palette, span);
-        if (points % 10 < 2)
-            compare(palette, 1 + static_cast<int>(random() % tableEntries));
-        if (HasFatalFailure())
-            return;
-    }
-    for (const int span : {4096, 16384, 65535, 65536})
-        for (const unsigned points : {1u, 2u, 16u, 123u, 4096u})
-            compare(noisePalette(points, points), span);
-}
-
-TEST(ColorPaletteKernels, FillTablesLikeThePlainForms)
-{
-    std::mt19937 random(8);
-    std::vector<unsigned int> stretched(tableEntries), expected(tableEntries), actual(tableEntries);
-    for (unsigned int& entry : stretched)
-        entry = static_cast<unsigned int>(random());
-    const std::pair<int, int> ranges[] = {{0, 0},     {0, 1},       {65535, 65535},
-                                          {0, 65535}, {7000, 9000}, {65534, 65535}};
-    for (const auto& [min, max] : ranges) {
-        fillTablePlain(expected.data(), stretched.data(), min, max);
-        fillTable(actual.data(), stretched.data(), min, max);
-        ASSERT_EQ(actual, expected) << min << " to " << max;
-    }
-    for (const float air : {-243.12f, -250.0f, -20.0f, 20.3f, 382.0f})
-        for (const float percent : {0.0f, 37.7f, 100.0f}) {
-            fillTableHumidPlain(expected.data(), stretched.data(), Air(air), Humidity(percent));
-            fillTableHumid(actual.data(), stretched.data(), Air(air), Humidity(percent));
-            ASSERT_EQ(actual, expected) << air << " degrees, " << percent << " percent";
-        }
 }

@@ -1,12 +1,9 @@
 #include "vision/imgproc/ConnectedComponent.h"
 
-#include "vision/kernels/ConnectedComponentKernel.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
-#include <random>
 #include <utility>
 #include <vector>
 
@@ -151,47 +148,4 @@ TEST(ConnectedComponent, HasPrincipalComponentsWithTheRowFirst)
     EXPECT_FLOAT_EQ(slope->mean.at<float>(0, 1), 12.0F);
     EXPECT_NEAR(slope->eigenvectors.at<float>(0, 1) / slope->eigenvectors.at<float>(0, 0), 2, 1e-5);
     EXPECT_EQ(blob({{5, 7}}).getPCA()->eigenvectors.rows, 1);
-}
-
-TEST(ConnectedComponentKernel, GivesTheResultsOfThePlainForm)
-{
-    std::mt19937 random(7);
-    // On an image, around the origin, around what a block may hold, anywhere.
-    const std::pair<int, int> ranges[] = {{0, 639}, {-3, 3}, {262000, 262200}, {lowest, highest}};
-    for (const auto& [low, high] : ranges) {
-        std::uniform_int_distribution<int> coordinate(low, high);
-        for (std::size_t count : {0, 1, 2, 3, 4, 7, 15, 16, 17, 31, 33, 100, 16383, 16385, 40000}) {
-            Points points(count);
-            for (cv::Point& point : points)
-                point = {coordinate(random), coordinate(random)};
-            EXPECT_EQ(sumOf(points.data(), count), sumPlain(points.data(), count)) << low << ", " << count;
-            const cv::Point centre(coordinate(random), coordinate(random));
-            const SquaredReach reach = squaredReachOf(points.data(), count, centre);
-            const SquaredReach expectedReach = squaredReachPlain(points.data(), count, centre);
-            EXPECT_EQ(cv::Point(reach.x, reach.y), cv::Point(expectedReach.x, expectedReach.y));
-            if (count == 0)
-                continue;
-            const PointExtents extents = extentsOf(points.data(), count);
-            const PointExtents expected = extentsPlain(points.data(), count);
-            EXPECT_EQ(cv::Vec4i(extents.minX, extents.maxX, extents.minY, extents.maxY),
-                      cv::Vec4i(expected.minX, expected.maxX, expected.minY, expected.maxY));
-        }
-    }
-}
-
-TEST(ConnectedComponentKernel, SumsFullBlocksWhereTheirSumStopsFitting32Bits)
-{
-    const Points points(16384, {262143, 262143}), larger(16384, {262144, 5}), lower(16384, {5, 262144});
-    EXPECT_EQ(sumOf(points.data(), points.size()), cv::Point2d(4294950912.0, 4294950912.0));
-    EXPECT_EQ(sumOf(larger.data(), larger.size()), cv::Point2d(4294967296.0, 81920.0));
-    EXPECT_EQ(sumOf(lower.data(), lower.size()), cv::Point2d(81920.0, 4294967296.0));
-}
-
-TEST(ConnectedComponentKernel, AddsInSequenceWhereSumsAreNoLongerExact)
-{
-    Points points(exactlySummedPoints, {lowest, highest});
-    EXPECT_EQ(sumOf(points.data(), points.size()), cv::Point2d(-9007199254740992.0, 9007199250546688.0));
-    // Past 2^53 doubles are even: 1 gets lost each time, at the end as well as in between.
-    points.insert(points.end(), {{-1, 0}, {-1, 0}, {-1, 0}});
-    EXPECT_EQ(sumOf(points.data(), points.size()).x, -9007199254740992.0);
 }

@@ -1,12 +1,8 @@
 #include "vision/imgproc/DownSize.h"
 
 #include "core/Exception.h"
-#include "vision/kernels/DownSizeKernel.h"
 
 #include <gtest/gtest.h>
-
-#include <random>
-#include <vector>
 
 using namespace velmo::exp::vision;
 
@@ -86,38 +82,17 @@ TEST(DownSize, RefusesFramesOfAnotherSize)
     }
 }
 
-TEST(DownSize, GivesTheBitsOfThePlainForm)
+TEST(DownSize, WorksOnViewsAndIntoItsInput)
 {
-    // Every value meets every remainder by three; then everything at random.
-    std::vector<Frame> frames;
-    Frame ramp(180, 240);
-    for (int n = 0; n < 180 * 240; ++n)
-        ramp(n / 240, n % 240) = static_cast<short>(n * 65535LL / (180 * 240) - 32768 + n % 7);
-    frames.push_back(ramp);
-    std::mt19937 random(5);
-    for (int n = 0; n < 50; ++n) {
-        Frame frame(180, 240);
-        for (short& value : frame)
-            value = static_cast<short>(n % 2 ? random() % 11 - 5 : random());
-        frames.push_back(frame);
-    }
-    for (const Frame& in : frames) {
-        Frame thirds(120, 160), halves(90, 120);
-        resizeToTwoThirdsPlain(in, thirds);
-        resizeToHalfPlain(in, halves);
-        ASSERT_TRUE(equal(twoThirds(in), thirds));
-        ASSERT_TRUE(equal(half(in), halves));
+    Frame large(184, 250), canvas(124, 170, short{99});
+    cv::randu(large, -32768, 32767);
+    Frame view = large(cv::Rect(3, 2, 240, 180)), out = canvas(cv::Rect(5, 1, 160, 120));
+    DownSize::resize240To160(view, out);
+    EXPECT_TRUE(equal(out, twoThirds(view.clone())));
+    out.setTo(99);
+    EXPECT_EQ(cv::countNonZero(canvas != 99), 0);
 
-        Frame large(184, 250, short{99}), canvas(124, 170, short{99});
-        Frame view = large(cv::Rect(3, 2, 240, 180)), out = canvas(cv::Rect(5, 1, 160, 120));
-        in.copyTo(view);
-        DownSize::resize240To160(view, out);
-        ASSERT_TRUE(equal(out, thirds));
-        out.setTo(99);
-        ASSERT_EQ(cv::countNonZero(canvas != 99), 0);
-
-        Frame both = in.clone();
-        DownSize::resize240To120(both, both);
-        ASSERT_TRUE(equal(both, halves));
-    }
+    Frame both = view.clone();
+    DownSize::resize240To120(both, both);
+    EXPECT_TRUE(equal(both, half(view.clone())));
 }

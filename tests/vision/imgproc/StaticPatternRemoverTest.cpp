@@ -59,7 +59,8 @@ TEST(StaticPatternRemover, LearnsAsTheStepsSay)
     in(0, 4) = 1008;
     cv::Mat_<int> columns = cv::Mat_<int>::zeros(1, 9), pixels = cv::Mat_<int>::zeros(1, 9);
     Frame out(1, 9);
-    removeStaticPatternPlain(in, out, columns, pixels, {30, 21, 31, 31});
+    std::vector<short> scratch;
+    removeStaticPattern.plain(in, out, columns, pixels, {30, 21, 31, 31}, scratch);
     EXPECT_EQ(pixels(0, 4), 55);
     EXPECT_EQ(columns(0, 4), 60);
     // Its left neighbour: block of 5 * 0, and 3 * 8 above: sum 24, mean 3, deviation 5; line: 8, mean 1,
@@ -175,79 +176,7 @@ TEST(StaticPatternRemover, CopiesDeeplyAndIsUsableAfterAMove)
     EXPECT_TRUE(equal(corrected(copy, in), corrected(assigned, in)));
 }
 
-/// Filters a stream both ways and holds outputs and states against each other.
-class StaticPatternKernel : public testing::Test
-{
-protected:
-    void compare(cv::Size size, int low, int high, PatternParameters parameters, int frames)
-    {
-        cv::Mat_<int> columns = cv::Mat_<int>::zeros(1, size.width), pixels = cv::Mat_<int>::zeros(size);
-        cv::Mat_<int> expectedColumns = columns.clone(), expectedPixels = pixels.clone();
-        std::uniform_int_distribution<int> pixel(low, high), sparse(0, 9);
-        Frame fixed(size), in(size), out(size), expected(size);
-        for (short& value : fixed)
-            value = static_cast<short>(pixel(random));
-        for (int n = 0; n < frames; ++n) {
-            // The scene stays for the most part, so that the states travel all the way to their limits.
-            fixed.copyTo(in);
-            for (short& value : in)
-                if (sparse(random) == 0)
-                    value = static_cast<short>(pixel(random));
-            if (n == frames / 2)
-                parameters.lineLimit = parameters.frameLimit /= 2;
-            removeStaticPatternPlain(in, expected, expectedColumns, expectedPixels, parameters);
-            removeStaticPattern(in, out, columns, pixels, parameters, scratch);
-            ASSERT_TRUE(equal(out, expected) && equal(columns, expectedColumns) &&
-                        equal(pixels, expectedPixels))
-                << size << ", values " << low << " to " << high << ", threshold " << parameters.threshold
-                << ", frame " << n;
-        }
-        double least = 0, most = 0;
-        cv::minMaxLoc(columns, &least, &most);
-        largestColumn = std::max({largestColumn, most, -least});
-        cv::minMaxLoc(pixels, &least, &most);
-        largestPixel = std::max({largestPixel, most, -least});
-    }
-
-    std::mt19937 random{7};
-    std::vector<short> scratch;
-    double largestColumn = 0, largestPixel = 0;
-};
-
-TEST_F(StaticPatternKernel, GivesTheBitsOfThePlainFormForEveryWidth)
-{
-    const std::pair<int, int> ranges[] = {{4000, 4060},   {-40, 40},       {-32768, -32700},
-                                          {32700, 32767}, {-32768, 32767}, {1000, 5095}};
-    for (int width = 1; width < 75; ++width)
-        for (const auto& [low, high] : ranges) {
-            const int threshold = static_cast<int>(random() % 101);
-            compare({width, 1 + static_cast<int>(random() % 6)}, low, high,
-                    {threshold, threshold * 7 / 10, static_cast<int>(random() % 32),
-                     static_cast<int>(random() % 32)},
-                    6);
-        }
-}
-
-TEST_F(StaticPatternKernel, GivesTheBitsOfThePlainFormAtTheLimitsOfTheStates)
-{
-    for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 40), cv::Size(40, 1), cv::Size(37, 23)})
-        for (const int range : {60, 150})
-            compare(size, 8000, 8000 + range, {100, 70, 31, 31}, 400);
-    EXPECT_GE(largestColumn, 15 * 8192 - 4);
-    EXPECT_GE(largestPixel, 15 * 256 - 1);
-}
-
-TEST_F(StaticPatternKernel, GivesTheBitsOfThePlainFormAroundTheThresholds)
-{
-    // Steps of every height from one that is learnt from to one whose sums leave 16 bits.
-    for (const int threshold : {1, 2, 30, 100})
-        for (int height = 0; height < 9000; height += 1 + height / 9) {
-            compare({19, 5}, 0, height, {threshold, threshold * 7 / 10, 31, 31}, 4);
-            compare({19, 5}, 32767 - height, 32767, {threshold, threshold * 7 / 10, 31, 31}, 4);
-        }
-}
-
-TEST_F(StaticPatternKernel, WorksOnViewsAndInPlace)
+TEST(StaticPatternRemover, WorksOnViewsAndInPlace)
 {
     for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 9), cv::Size(9, 1), cv::Size(37, 11)}) {
         StaticPatternRemover plain(50, 31, 31), views(50, 31, 31), inPlace(50, 31, 31);

@@ -1,13 +1,10 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
 #include "tests/vision/imgproc/PixelStream.h"
-#include "vision/kernels/TemporalNoiseReductionKernel.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <utility>
-#include <vector>
 
 using namespace velmo::exp::vision;
 
@@ -143,60 +140,4 @@ TEST(TemporalNoiseReduction, CopiesDeeplyAndIsUsableAfterAMove)
     EXPECT_EQ(outputsOf(copy, {500, 505}), (Values{500, 500}));
     copy = filter;
     EXPECT_EQ(outputsOf(copy, {1090}), (Values{1088}));
-}
-
-template <class T>
-class TemporalKernel : public testing::Test
-{
-protected:
-    /// Filters some frames both ways. Narrow ranges keep differences where the curve bends.
-    void compare(int gain, int factor, int low, int high)
-    {
-        TemporalNoiseReduction<T> fast(static_cast<unsigned char>(gain), static_cast<unsigned short>(factor));
-        std::uniform_int_distribution<int> pixel(low, high);
-        const int size = 1 + static_cast<int>(random() % 700);
-        std::vector<T> state(static_cast<std::size_t>(size));
-        for (int n = 0; n < 4; ++n) {
-            cv::Mat_<T> frame(1, size);
-            for (T& value : frame)
-                value = static_cast<T>(pixel(random));
-            std::vector<T> expected(frame.begin(), frame.end());
-            if (n == 0)
-                state = expected;
-            if (gain == 16 && factor == 2048)
-                filterMaxParamPlain(expected.data(), state.data(), expected.size(), lut);
-            else
-                filterAnyParamPlain(expected.data(), state.data(), expected.size(), lut, gain, factor);
-            fast.process(frame);
-            ASSERT_EQ(std::vector<T>(frame.begin(), frame.end()), expected)
-                << "gain " << gain << ", factor " << factor << ", size " << size;
-        }
-    }
-
-    TemporalKernel()
-    {
-        for (int k = 0; k < 1024; ++k)
-            lut[k] = lut[-k] = mg_aFeedbackStrength[static_cast<std::size_t>(k)];
-    }
-
-    std::mt19937 random{7};
-    std::vector<unsigned short> table = std::vector<unsigned short>(differenceTableSize);
-    unsigned short* lut = table.data() + differenceTableCentre;
-};
-
-using PixelTypes = testing::Types<short, unsigned short>;
-TYPED_TEST_SUITE(TemporalKernel, PixelTypes, );
-
-TYPED_TEST(TemporalKernel, GivesTheBitsOfThePlainForm)
-{
-    constexpr int low = std::numeric_limits<TypeParam>::min(), high = std::numeric_limits<TypeParam>::max();
-    const std::pair<int, int> ranges[] = {{low, high}, {low, low + 1}, {high - 1, high}, {200, 215},
-                                          {300, 331},  {400, 463},     {500, 564},       {9000, 11000}};
-    for (const auto& [from, to] : ranges) {
-        this->compare(16, 2048, from, to);
-        for (int n = 0; n < 12; ++n)
-            this->compare(static_cast<int>(this->random() % 17), static_cast<int>(this->random() % 2049),
-                          from, to);
-        this->compare(255, 65535, from, to); // far outside the contract: the same bits, nothing out of bounds
-    }
 }

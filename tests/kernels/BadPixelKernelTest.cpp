@@ -1,0 +1,63 @@
+#include "vision/kernels/BadPixelKernel.h"
+
+#include "tests/kernels/KernelTest.h"
+
+using namespace velmo::exp::vision;
+
+namespace {
+
+/// A populated core with a few outliers. Those near it leave fewer values than pixels, those far away more.
+cv::Mat_<short> population(Random& random, cv::Size size)
+{
+    const int centre = random.oneIn(3) ? random(-50, 50) : random(-32768, 32767);
+    const int width = 1 + std::abs(centre) / random.pick({30, 300, 1000}),
+              far = random.pick({300, 1200, 40000});
+    cv::Mat_<short> frame = random.frame<short>(size, 0, 0);
+    for (short& value : frame) {
+        const int offset =
+            random.oneIn(50) ? random(-far, far) : (random(-width, width) + random(-width, width)) / 2;
+        value = cv::saturate_cast<short>(centre + offset);
+    }
+    return frame;
+}
+
+} // namespace
+
+std::vector<KernelCase> badPixelKernels()
+{
+    return {
+        kernel(flagSpread, 3000,
+               [](Random& random, int round) {
+                   const cv::Size size =
+                       round % 500 == 0 ? cv::Size(640, 300) : cv::Size(random(1, 120), random(1, 40));
+                   return [frame = population(random, size),
+                           minCount = static_cast<unsigned long>(random(0, 40))](auto& form) {
+                       cv::Mat_<int> map(frame.size() + cv::Size(3, 3), 1);
+                       cv::Mat_<int> part = map(cv::Rect({1, 2}, frame.size()));
+                       const unsigned long count = form(frame, part, minCount);
+                       return Left() << count << part;
+                   };
+               }),
+        kernel(flagFallen, 300,
+               [](Random& random, int round) {
+                   const auto count = static_cast<std::size_t>(round / 3);
+                   const int reach = random.pick({1, 32767});
+                   return [before = random.values<short>(count, -reach - 1, reach),
+                           after = random.values<short>(count, -reach - 1, reach)](auto& form) {
+                       Guarded<int> flags(before.size());
+                       form(before.data(), after.data(), flags.data(), static_cast<int>(before.size()));
+                       return Left() << flags.all;
+                   };
+               }),
+        kernel(countBad, 300,
+               [](Random& random, int round) {
+                   const auto count = static_cast<std::size_t>(round / 3);
+                   return [flags = random.values<int>(count, -1, random.pick({1, 2147483647}))](auto& form) {
+                       Guarded<unsigned int> columns(flags.size());
+                       const unsigned int bad =
+                           form(flags.data(), columns.data(), static_cast<int>(flags.size()));
+                       return Left() << bad << columns.all;
+                   };
+               }),
+    };
+}

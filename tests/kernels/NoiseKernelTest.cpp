@@ -1,0 +1,153 @@
+// Static pattern, temporal and spatial noise, downsizing.
+
+#include "tests/kernels/KernelTest.h"
+#include "vision/kernels/DownSizeKernel.h"
+#include "vision/kernels/SpatialNoiseRemoverKernel.h"
+#include "vision/kernels/StaticPatternRemoverKernel.h"
+#include "vision/kernels/TemporalNoiseReductionKernel.h"
+
+using namespace velmo::exp::vision;
+
+namespace {
+
+using Frame = cv::Mat_<short>;
+
+/// Calm at both ends of the range, around zero and where carries are; edges; everything.
+Frame scene(Random& random, cv::Size size)
+{
+    const int height = random.pick({2, 60, 600, 1600, 4095, 9000, 65535});
+    const int low = random.pick({-32768, 32767 - height, -height / 2, random(-32768, 32767 - height)});
+    Frame frame = random.frame<short>(size, low, low + height);
+    if (random.oneIn(4)) // mostly flat, as scenes are
+        for (short& value : frame)
+            value = random.oneIn(20) ? value : frame(0, 0);
+    return frame;
+}
+
+template <class Run>
+auto onFrame(const Frame& in, cv::Size outSize, Run run)
+{
+    return [=](auto& form) {
+        Frame canvas(outSize + cv::Size(5, 2), 99);
+        Frame out = canvas(cv::Rect({2, 1}, outSize));
+        run(form, in, out);
+        return Left() << out;
+    };
+}
+
+KernelCase downsizing(const velmo::exp::Forms<Resize>& forms, cv::Size target)
+{
+    return kernel(forms, 60, [target](Random& random, int round) {
+        Frame in = scene(random, {240, 180});
+        if (round == 0) // every value meets every remainder by three
+            for (int n = 0; n < 180 * 240; ++n)
+                in(n / 240, n % 240) = static_cast<short>(n * 65535LL / (180 * 240) - 32768 + n % 7);
+        return onFrame(in, target, [](auto& form, const Frame& from, Frame& out) { form(from, out); });
+    });
+}
+
+/// The first round of a gain climbs through all levels with activities from nothing to beyond the limit.
+Frame climb(Random& random, int gain)
+{
+    Frame in(6, 32768);
+    for (int r = 0; r < in.rows; ++r)
+        for (int c = 0; c < in.cols; ++c)
+            in(r, c) = cv::saturate_cast<short>(2 * c - 32768 + random(0, 1 + 8 * gain) * (c % 5) / 4);
+    return in;
+}
+
+/// Spikes of every height.
+Frame spikes(int base)
+{
+    Frame in(3, 3 * 4096, static_cast<short>(base));
+    for (int n = 0; n < 4096; ++n)
+        in(1, 3 * n + 1) = cv::saturate_cast<short>(base + n);
+    return in;
+}
+
+/// A state within its limits, now and then one that a limit was lowered below.
+template <class T>
+cv::Mat_<T> states(Random& random, cv::Size size, int unit, int limit)
+{
+    const int most = unit * random.pick({0, 1, limit, limit, 31});
+    cv::Mat_<T> all(size);
+    for (T& state : all)
+        state = random.oneIn(4) ? random(-5, 5) : random(-most - 1, most);
+    return all;
+}
+
+template <class T>
+KernelCase temporal(const velmo::exp::Forms<typename TemporalForms<T>::Filter>& forms, bool bMax,
+                    const char* variant)
+{
+    const auto draw = [bMax](Random& random, int round) {
+        const auto count = static_cast<std::size_t>(round < 700 ? round / 2 : random(0, 3000));
+        const int height = random.pick({1, 15, 31, 63, 128, 2000, 65535});
+        const int low =
+            std::numeric_limits<T>::min() + random.pick({0, 65535 - height, random(0, 65535 - height)});
+        const bool bOutside =
+            !bMax && random.oneIn(20); // far outside the contract: the same bits all the same
+        const int gain = bOutside ? 255 : random(0, 16), factor = bOutside ? 65535 : random(0, 2048);
+        std::vector<unsigned short> weights(differenceTableSize);
+        unsigned short* lut = weights.data() + differenceTableCentre;
+        // Hold what is near and let go what is far, or any weights at all.
+        const bool bCurve = !random.oneIn(4);
+        for (int k = 0; k < 1024; ++k)
+            lut[k] = lut[-k] =
+                static_cast<unsigned short>(bCurve ? 32768 * 14 / std::max(k, 14) : random(0, 65535));
+        Feedback feedback{nullptr, bMax ? 16 : gain, bMax ? 2048 : factor};
+        return [=, frame = random.values<T>(count, low, low + height),
+                state = random.values<T>(count, low, low + height)](auto& form) {
+            Feedback own = feedback;
+            own.lut = weights.data() + differenceTableCentre;
+            const std::vector<unsigned short> pulls = bMax ? pullsMaxParam(own) : pullsAnyParam(own);
+            own.pulls = &pulls;
+            std::vector<T> frameLeft = frame, stateLeft = state;
+            form(frameLeft.data(), stateLeft.data(), frame.size(), own);
+            return Left() << frameLeft << stateLeft;
+        };
+    };
+    return kernel(forms, 1000, draw, variant);
+}
+
+} // namespace
+
+std::vector<KernelCase> noiseKernels()
+{
+    return {
+        downsizing(resizeToTwoThirds, {160, 120}),
+        downsizing(resizeToHalf, {120, 90}),
+        kernel(removeSpatialNoise, 700,
+               [](Random& random, int round) {
+                   const int gain = round < 37 ? 1 + round % 31 : random(1, 31);
+                   const Frame in = round < 31   ? climb(random, gain)
+                                    : round < 37 ? spikes(random.pick({-32768, 0, 30000}))
+                                                 : scene(random, {1 + round % 150, random(1, 5)});
+                   return onFrame(in, in.size(), [gain](auto& form, const Frame& from, Frame& out) {
+                       form(from, out, gain);
+                   });
+               }),
+        kernel(removeStaticPattern, 3000,
+               [](Random& random, int round) {
+                   const cv::Size size(1 + round % 300, random(1, 6));
+                   const int threshold = random.pick({0, 1, 30, 100, random(0, 100)});
+                   const PatternParameters parameters{threshold, threshold * 7 / 10, random(0, 31),
+                                                      random(0, 31)};
+                   const Frame in = scene(random, size), next = scene(random, size);
+                   return [=, columns = states<int>(random, {size.width, 1}, 8192, parameters.lineLimit),
+                           pixels = states<int>(random, size, 256, parameters.frameLimit)](auto& form) {
+                       cv::Mat_<int> columnsLeft = columns.clone(), pixelsLeft = pixels.clone();
+                       std::vector<short> scratch;
+                       const auto run = onFrame(in, size, [&](auto& filter, const Frame& from, Frame& out) {
+                           filter(from, out, columnsLeft, pixelsLeft, parameters, scratch);
+                           filter(next, out, columnsLeft, pixelsLeft, parameters, scratch);
+                       });
+                       return run(form) << columnsLeft << pixelsLeft;
+                   };
+               }),
+        temporal<short>(TemporalForms<short>::anyParam, false, " signed"),
+        temporal<short>(TemporalForms<short>::maxParam, true, " signed"),
+        temporal<unsigned short>(TemporalForms<unsigned short>::anyParam, false, " unsigned"),
+        temporal<unsigned short>(TemporalForms<unsigned short>::maxParam, true, " unsigned"),
+    };
+}
