@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Forms.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
@@ -17,10 +19,19 @@ public:
     /// @param item   the name of one of them
     Job(std::size_t bytes, std::size_t items, std::string item = "px");
 
+    /// Both forms of a loop: `run` calls the one it is given. Where that is done in place, `prepare` brings
+    /// fresh input before every run and is not timed.
+    template <class Function, class Run>
+    Job& loop(const velmo::exp::Forms<Function>& forms, Run run, const std::function<void()>& prepare = {})
+    {
+        ours([run, fast = forms.fast]() mutable { run(*fast); }).before(prepare);
+        return plain([run, plain = forms.plain]() mutable { run(*plain); }).before(prepare);
+    }
+
     Job& ours(std::function<void()> run);
     Job& plain(std::function<void()> run);
     Job& peer(std::string name, std::function<void()> run);
-    /// Runs before every run of the form added last and is not timed: gives work done in place fresh input.
+    /// Runs before every run of the form added last and is not timed.
     Job& before(std::function<void()> prepare);
 
     /// The forms must agree before they are timed; `agree` says whether this job's do.
@@ -30,6 +41,9 @@ public:
     Job& atMost(double factor, std::string form);
     /// A bar: ours is to be at least `factor` times as fast as `form`.
     Job& atLeast(double factor, std::string form);
+    /// The bar added last is only for loops built or chosen for this level, "x86-64-v3" or the like, or a
+    /// better one.
+    Job& from(std::string level);
 
     struct Form
     {
@@ -41,7 +55,8 @@ public:
     {
         std::string form;
         double factor;
-        bool bSpeedup; ///< at least this much faster; otherwise at most this much slower
+        bool bSpeedup;     ///< at least this much faster; otherwise at most this much slower
+        std::string level; ///< may be empty
     };
 
     const std::vector<Form>& forms() const { return m_aForms; }

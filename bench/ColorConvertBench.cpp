@@ -1,7 +1,6 @@
-#include "vision/imgproc/ColorConvert.h"
-
 #include "bench/Bench.h"
 #include "bench/Scene.h"
+#include "vision/imgproc/ColorConvert.h"
 #include "vision/kernels/ColorConvertKernel.h"
 
 #include <libyuv.h>
@@ -13,8 +12,6 @@ using namespace velmo::vision;
 
 namespace {
 
-using Image = ColorConvert::Image;
-
 /// Bytes in which every value is about as likely as any other.
 cv::Mat bytes(cv::Size size, int channels)
 {
@@ -24,42 +21,31 @@ cv::Mat bytes(cv::Size size, int channels)
     return image;
 }
 
-bool same(const cv::Mat& a, const cv::Mat& b)
-{
-    return cv::norm(a, b, cv::NORM_INF) == 0;
-}
-
-/// A source and what the forms make of it.
+/// A source and what is made of it.
 struct Frame
 {
-    Frame(cv::Size size, int sourceChannels, int channels = 3)
-        : source(bytes(size, sourceChannels)), ours(size, CV_8UC(channels)), plain(ours.clone()),
-          peer(ours.clone()), between(size, CV_8UC4), pixels(source.total())
+    Frame(cv::Size size, int sourceChannels)
+        : source(bytes(size, sourceChannels)), out(size, CV_8UC3), peer(size, CV_8UC3), between(size, CV_8UC4)
     {}
 
-    cv::Mat source, ours, plain, peer, between;
-    std::size_t pixels;
+    cv::Mat source, out, peer, between;
 };
 
-using Converter = void (*)(const cv::Mat&, Image&);
+using Conversion = velmo::exp::Forms<ConvertPixels>;
 
-Job image(const std::shared_ptr<Frame>& frame, Converter ours, ConvertPixels* plain)
+/// @param bytesOut  of a pixel
+Job conversion(const std::shared_ptr<Frame>& frame, const Conversion& forms, std::size_t bytesOut = 3)
 {
-    Job job(frame->pixels * (frame->source.elemSize() + 3), frame->pixels);
-    const auto convert = [frame, ours] {
-        Image out(frame->ours);
-        ours(frame->source, out);
-    };
-    const auto define = [frame, plain] { plain(frame->source.data, frame->plain.data, frame->pixels); };
-    convert();
-    define();
-    return job.check(same(frame->ours, frame->plain)).ours(convert).plain(define);
+    const std::size_t pixels = frame->source.total();
+    return Job(pixels * (frame->source.elemSize() + bytesOut), pixels).loop(forms, [=](auto& form) {
+        form(frame->source.data, frame->out.data, pixels);
+    });
 }
 
-Job packed(cv::Size size, Converter ours, ConvertPixels* plain)
+Job packed(cv::Size size, const Conversion& forms)
 {
     const auto frame = std::make_shared<Frame>(size, 2);
-    Job job = image(frame, ours, plain);
+    Job job = conversion(frame, forms);
     job.peer("cvtColor", [frame] { cv::cvtColor(frame->source, frame->peer, cv::COLOR_YUV2BGR_UYVY); });
     // Other rounding, and no way that leads to three bytes at once.
     job.peer("libyuv", [frame] {
@@ -72,62 +58,31 @@ Job packed(cv::Size size, Converter ours, ConvertPixels* plain)
     return job;
 }
 
-Job uyvy(cv::Size size)
-{
-    return packed(size, ColorConvert::convertUYVYToBGR, uyvyToBgr.plain);
-}
-
-Job uy1vy0(cv::Size size)
-{
-    return packed(size, ColorConvert::convertUY1VY0ToRGB, uy1vy0ToRgb.plain);
-}
-
-Job ycbcr(cv::Size size)
+Job threeToThree(cv::Size size, const Conversion& forms, int code)
 {
     const auto frame = std::make_shared<Frame>(size, 3);
-    Job job = image(frame, ColorConvert::convertYCbCrtoBRG, ycbcrToBgr.plain);
-    job.peer("cvtColor", [frame] { cv::cvtColor(frame->source, frame->peer, cv::COLOR_YCrCb2BGR); });
+    return conversion(frame, forms).peer("cvtColor", [=] { cv::cvtColor(frame->source, frame->peer, code); });
+}
+
+Job decode(cv::Size size)
+{
+    Job job = threeToThree(size, ycbcrToBgr, cv::COLOR_YCrCb2BGR);
     if (size.width == 640)
         job.atLeast(6, "plain").atMost(1.5, "cvtColor");
     return job;
 }
 
-Job encode(cv::Size size, void (*ours)(void*, void*, unsigned long), ConvertPixels* plain, int code)
+Job encode(cv::Size size, const Conversion& forms, int code)
 {
-    const auto frame = std::make_shared<Frame>(size, 3);
-    const auto convert = [frame, ours] { ours(frame->source.data, frame->ours.data, frame->pixels); };
-    const auto define = [frame, plain] { plain(frame->source.data, frame->plain.data, frame->pixels); };
-    convert();
-    define();
-    Job job(6 * frame->pixels, frame->pixels);
-    job.check(same(frame->ours, frame->plain)).ours(convert).plain(define);
-    job.peer("cvtColor", [frame, code] { cv::cvtColor(frame->source, frame->peer, code); });
+    Job job = threeToThree(size, forms, code);
     if (size.width == 640)
         job.atLeast(2.4, "plain").atMost(1.25, "cvtColor");
     return job;
 }
 
-Job bgrJobOf(cv::Size size)
-{
-    return encode(size, ColorConvert::convertBGR888ToYCbCr, bgrToYcbcr.plain, cv::COLOR_BGR2YCrCb);
-}
-
-Job rgbJobOf(cv::Size size)
-{
-    return encode(size, ColorConvert::convertRGBToYCbCr, rgbToYcbcr.plain, cv::COLOR_RGB2YCrCb);
-}
-
 Job yuv2(cv::Size size)
 {
-    const auto frame = std::make_shared<Frame>(size, 3, 2);
-    const auto convert = [frame] {
-        ColorConvert::convertYCbCrtoYUV2(frame->source.data, frame->ours.data, frame->pixels);
-    };
-    const auto define = [frame] { ycbcrToYuv2.plain(frame->source.data, frame->plain.data, frame->pixels); };
-    convert();
-    define();
-    Job job(5 * frame->pixels, frame->pixels);
-    job.check(same(frame->ours, frame->plain)).ours(convert).plain(define);
+    Job job = conversion(std::make_shared<Frame>(size, 3), ycbcrToYuv2, 2);
     if (size.width == 640)
         job.atLeast(5, "plain").atMost(1.4, "memcpy");
     return job;
@@ -136,50 +91,66 @@ Job yuv2(cv::Size size)
 Job swap(cv::Size size)
 {
     const auto frame = std::make_shared<Frame>(size, 3);
-    frame->source.copyTo(frame->ours);
-    const auto convert = [frame] { ColorConvert::swapRB(frame->ours); };
-    const auto define = [frame] { swapRb.plain(frame->plain.data, frame->plain.data, frame->pixels); };
-    frame->source.copyTo(frame->plain);
-    convert();
-    define();
-    Job job(6 * frame->pixels, frame->pixels);
-    job.check(same(frame->ours, frame->plain)).ours(convert).plain(define);
+    const std::size_t pixels = frame->source.total();
+    Job job(6 * pixels, pixels);
+    job.loop(swapRb, [=](auto& form) { form(frame->out.data, frame->out.data, pixels); });
     job.peer("cvtColor", [frame] { cv::cvtColor(frame->peer, frame->peer, cv::COLOR_RGB2BGR); });
     if (size.width == 640)
         job.atLeast(4.5, "plain").atMost(0.5, "cvtColor");
     return job;
 }
 
+/// The lag alone, and the whole conversion with the step that OpenCV does.
+Job lag(cv::Size size)
+{
+    const auto frame = std::make_shared<Frame>(size, 2);
+    const std::size_t pixels = frame->source.total();
+    return Job(5 * pixels, pixels).loop(lagYuyv, [=](auto& form) {
+        form(frame->source.data, frame->out.data, 0, pixels);
+    });
+}
+
 Job yuyv(cv::Size size)
 {
     const auto frame = std::make_shared<Frame>(size, 2);
     const auto lumaChroma = std::make_shared<cv::Mat>(size, CV_8UC3);
-    const auto convert = [frame] {
-        Image out(frame->ours);
+    const auto ours = [frame] {
+        ColorConvert::Image out(frame->out);
         ColorConvert::convertYUYVToBGR(frame->source, out);
     };
     const auto stage = [lumaChroma](cv::Mat& out) { cv::cvtColor(*lumaChroma, out, cv::COLOR_YCrCb2BGR); };
-    const auto define = [frame, lumaChroma, stage] {
-        lagYuyv.plain(frame->source.data, lumaChroma->data, 0, frame->pixels);
-        stage(frame->plain);
+    const auto plain = [frame, lumaChroma, stage] {
+        lagYuyv.plain(frame->source.data, lumaChroma->data, 0, frame->source.total());
+        stage(frame->peer);
     };
-    convert();
-    define();
-    Job job(5 * frame->pixels, frame->pixels);
-    job.check(same(frame->ours, frame->plain)).ours(convert).plain(define);
+    ours();
+    plain();
+    Job job(5 * frame->source.total(), frame->source.total());
+    job.check(cv::norm(frame->out, frame->peer, cv::NORM_INF) == 0).ours(ours).plain(plain);
     job.peer("cvtColor stage", [frame, stage] { stage(frame->peer); });
     if (size.width == 640)
         job.atLeast(1.5, "plain").atMost(1.3, "cvtColor stage");
     return job;
 }
 
-const Registration uyvyJob("UYVY to BGR", uyvy);
-const Registration uy1vy0Job("UY1VY0 to RGB", uy1vy0);
-const Registration ycbcrJob("YCbCr to BGR", ycbcr);
-const Registration bgrJob("BGR to YCbCr", bgrJobOf);
-const Registration rgbJob("RGB to YCbCr", rgbJobOf);
-const Registration yuv2Job("YCbCr to YUV2", yuv2);
-const Registration swapJob("swapRB", swap);
-const Registration yuyvJob("YUYV to BGR", yuyv);
+template <class Make, class... Arguments>
+auto with(Make make, Arguments... arguments)
+{
+    return [=](cv::Size size) { return make(size, arguments...); };
+}
+
+const Registration registrations[] = {
+    {"UYVY to BGR", with(packed, uyvyToBgr)},
+    {"UYVY to RGB", with(packed, uyvyToRgb)},
+    {"UY1VY0 to BGR", with(packed, uy1vy0ToBgr)},
+    {"UY1VY0 to RGB", with(packed, uy1vy0ToRgb)},
+    {"YCbCr to BGR", decode},
+    {"BGR to YCbCr", with(encode, bgrToYcbcr, cv::COLOR_BGR2YCrCb)},
+    {"RGB to YCbCr", with(encode, rgbToYcbcr, cv::COLOR_RGB2YCrCb)},
+    {"YCbCr to YUV2", yuv2},
+    {"swapRB", swap},
+    {"lag of YUYV", lag},
+    {"YUYV to BGR", yuyv},
+};
 
 } // namespace

@@ -1,5 +1,3 @@
-#include "vision/imgproc/DownSize.h"
-
 #include "bench/Bench.h"
 #include "bench/Scene.h"
 #include "vision/kernels/DownSizeKernel.h"
@@ -12,28 +10,20 @@ using namespace velmo::exp::vision;
 
 namespace {
 
-using Frame = cv::Mat_<short>;
-
 struct Frames
 {
-    Frame in, out, expected, peer;
+    Frames(cv::Size size, cv::Size target) : in(asSigned(scene(size))), out(target) {}
+
+    cv::Mat_<short> in, out, peer;
 };
 
-using PublicResize = void (*)(Frame&, Frame&);
-
 /// The bytes count the rows read and the output written, not what goes through temporary rows.
-Job downSize(cv::Size size, cv::Size target, PublicResize ours, Resize* plain)
+Job downSize(cv::Size size, cv::Size target, const velmo::exp::Forms<Resize>& forms)
 {
-    const auto frames = std::make_shared<Frames>();
-    frames->in = asSigned(scene(size));
-    frames->expected.create(target);
-    ours(frames->in, frames->out);
-    plain(frames->in, frames->expected);
+    const auto frames = std::make_shared<Frames>(size, target);
     const auto pixels = static_cast<std::size_t>(size.area());
     Job job(2 * (pixels + static_cast<std::size_t>(target.area())), pixels);
-    job.check(cv::countNonZero(frames->out != frames->expected) == 0);
-    job.ours([=] { ours(frames->in, frames->out); });
-    job.plain([=] { plain(frames->in, frames->expected); });
+    job.loop(forms, [=](auto& form) { form(frames->in, frames->out); });
     job.peer("INTER_LINEAR", [=] { cv::resize(frames->in, frames->peer, target, 0, 0, cv::INTER_LINEAR); });
     job.peer("INTER_AREA", [=] { cv::resize(frames->in, frames->peer, target, 0, 0, cv::INTER_AREA); });
     return job;
@@ -41,14 +31,14 @@ Job downSize(cv::Size size, cv::Size target, PublicResize ours, Resize* plain)
 
 Job twoThirds(cv::Size size)
 {
-    Job job = downSize(size, {160, 120}, DownSize::resize240To160, resizeToTwoThirds.plain);
+    Job job = downSize(size, {160, 120}, resizeToTwoThirds);
     job.atLeast(3.5, "plain").atLeast(2.4, "INTER_LINEAR").atLeast(8, "INTER_AREA").atMost(10, "memcpy");
     return job;
 }
 
 Job half(cv::Size size)
 {
-    Job job = downSize(size, {120, 90}, DownSize::resize240To120, resizeToHalf.plain);
+    Job job = downSize(size, {120, 90}, resizeToHalf);
     job.atLeast(6, "plain").atMost(1.05, "INTER_LINEAR").atMost(1.05, "INTER_AREA").atMost(4.5, "memcpy");
     return job;
 }

@@ -1,6 +1,7 @@
 #include "bench/Bench.h"
 #include "bench/Scene.h"
 #include "core/physics/DewPoint.h"
+#include "core/physics/DewPointKernel.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
 #include "vision/kernels/ColorPaletteConverterKernel.h"
 #include "vision/radiometry/RadiometricTools.h"
@@ -101,6 +102,35 @@ Job rebuildTable(cv::Size)
     return job;
 }
 
+/// The table alone, from humidities at surfaces.
+Job filling(cv::Size /*table*/)
+{
+    const auto table = std::make_shared<std::vector<unsigned int>>(tableEntries);
+    std::vector<float> moisture(tableEntries);
+    for (std::size_t v = 0; v < moisture.size(); ++v)
+        moisture[v] = static_cast<float>(v) * (100.0f / 65535);
+    Job job(2 * 4 * tableEntries, tableEntries, "entry");
+    return job.loop(fillTableHumid, [=, stretched = stretch(greenToRed, humiditySteps, true)](auto& form) {
+        form(table->data(), stretched.data(), moisture.data());
+    });
+}
+
+/// Humidity at as many surfaces as there are frame values.
+Job moisture(cv::Size size)
+{
+    const auto count = static_cast<std::size_t>(size.width);
+    const auto out = std::make_shared<std::vector<float>>(count);
+    std::vector<float> celsius(count);
+    for (std::size_t v = 0; v < count; ++v)
+        celsius[v] = RadiometricTools::getFloat(static_cast<unsigned short>(v));
+    const velmo::exp::MoistAir air(Air(20.0f), Humidity(50.0f));
+    Job job(8 * count, count, "surface");
+    return job.loop(velmo::exp::surfaceMoisture,
+                    [=](auto& form) { form(air, celsius.data(), out->data(), count); });
+}
+
+const Registration fills("humidity table filled", filling, {{65536, 1}});
+const Registration surfaces("surface moisture", moisture, {{65536, 1}});
 const Registration pictures("humidity", steady);
 const Registration rebuilds("humidity table rebuild", rebuildTable, {{65536, 1}});
 

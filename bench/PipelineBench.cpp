@@ -179,7 +179,13 @@ Job pipeline(cv::Size size)
     if (size.width == 240)
         job.atLeast(1.7, "OpenCV chain").atMost(8, "memcpy");
     if (size.width == 640)
-        job.atLeast(16, "plain").atMost(1.25, "OpenCV chain").atLeast(2, "bilateral chain");
+        job.atLeast(28, "plain")
+            .from("x86-64-v3")
+            .atMost(1.0, "OpenCV chain")
+            .from("x86-64-v3")
+            .atLeast(2, "bilateral chain");
+    if (size.width == 1280)
+        job.atMost(1.05, "OpenCV chain").from("x86-64-v3");
     return job;
 }
 

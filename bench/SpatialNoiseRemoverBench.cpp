@@ -1,5 +1,3 @@
-#include "vision/imgproc/SpatialNoiseRemover.h"
-
 #include "bench/Bench.h"
 #include "bench/Scene.h"
 #include "vision/kernels/SpatialNoiseRemoverKernel.h"
@@ -14,27 +12,21 @@ namespace {
 
 struct Frames
 {
-    cv::Mat_<short> in, out, expected, blurred;
+    explicit Frames(cv::Size size) : raw(scene(size)), in(asSigned(raw)), out(size)
+    {
+        in.convertTo(real, CV_32F);
+    }
+
     cv::Mat_<unsigned short> raw, median;
+    cv::Mat_<short> in, out, blurred;
     cv::Mat_<float> real, bilateral;
 };
 
 Job spatial(cv::Size size)
 {
-    constexpr int gain = 8;
-    const auto frames = std::make_shared<Frames>();
-    frames->raw = scene(size);
-    frames->in = asSigned(frames->raw);
-    frames->in.convertTo(frames->real, CV_32F);
-    frames->expected.create(size);
-    const auto filter = std::make_shared<SpatialNoiseRemover>(gain);
-    filter->process(frames->in, frames->out);
-    removeSpatialNoise.plain(frames->in, frames->expected, gain);
-
+    const auto frames = std::make_shared<Frames>(size);
     Job job(4 * frames->in.total(), frames->in.total());
-    job.check(cv::countNonZero(frames->out != frames->expected) == 0);
-    job.ours([=] { filter->process(frames->in, frames->out); });
-    job.plain([=] { removeSpatialNoise.plain(frames->in, frames->expected, gain); });
+    job.loop(removeSpatialNoise, [=](auto& form) { form(frames->in, frames->out, 8); });
     // Smooths edges away.
     job.peer("GaussianBlur", [=] { cv::GaussianBlur(frames->in, frames->blurred, {3, 3}, 0); });
     job.peer("medianBlur", [=] { cv::medianBlur(frames->raw, frames->median, 3); });

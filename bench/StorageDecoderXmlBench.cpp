@@ -64,6 +64,6 @@ Job manyPalettes(cv::Size)
     return job;
 }
 
-const Registration palettes("palette file", manyPalettes, {{paletteCount, colourCount}});
+const Registration palettes("storage file", manyPalettes, {{paletteCount, colourCount}});
 
 } // namespace
