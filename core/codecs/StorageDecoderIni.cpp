@@ -110,7 +110,8 @@ std::pair<Storage, std::string> StorageDecoderIni::decode(std::istream& in)
 {
     if (in.fail())
         VELMO_THROW("Inputstream not readable!");
-    const std::string text = readText(in, StorageLimits::u64Ini);
+    std::string text;
+    readText(in, StorageLimits::u64Ini, text);
     std::string_view rest = text;
     if (rest.substr(0, 3) == "\xEF\xBB\xBF") // some editors put a byte-order mark in front
         rest.remove_prefix(3);

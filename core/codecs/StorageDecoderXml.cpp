@@ -98,10 +98,9 @@ Package readPackage(std::istream& in, const std::string& line)
     if (size > StorageLimits::u64Xml)
         VELMO_THROW("XML text of " + std::to_string(size) + " bytes exceeds the limit of " +
                     std::to_string(StorageLimits::u64Xml) + " bytes");
-    package.text = readUpTo(in, size);
-    if (package.text.size() < size)
-        VELMO_THROW("XML text of " + std::to_string(size) + " bytes announced, " +
-                    std::to_string(package.text.size()) + " bytes left");
+    if (const std::uint64_t read = readUpTo(in, size, package.text); read < size)
+        VELMO_THROW("XML text of " + std::to_string(size) + " bytes announced, " + std::to_string(read) +
+                    " bytes left");
     return package;
 }
 
@@ -109,13 +108,14 @@ Package readPackage(std::istream& in, const std::string& line)
 /// not be able to give back.
 Package readStream(std::istream& in)
 {
-    std::string start = readUpTo(in, packageStart.size() + 1);
+    Package package;
+    std::string& start = package.text;
+    readUpTo(in, packageStart.size() + 1, start);
     if (start.size() > packageStart.size() && start.compare(0, packageStart.size(), packageStart) == 0 &&
         MemoryAcsii::isBlank(start.back()) && start.back() != '\n') {
         return readPackage(in, start.back() + readLine(in));
     }
-    Package package;
-    package.text = readText(in, StorageLimits::u64Xml, std::move(start));
+    readText(in, StorageLimits::u64Xml, start);
     return package;
 }
 
@@ -147,7 +147,7 @@ std::shared_ptr<Variant> textValue(const TiXmlElement& item)
 }
 
 /// @param left  how many bytes the values of the file may still have
-std::vector<unsigned char> readBytes(std::istream& in, const TiXmlElement& item, std::uint64_t& left)
+std::string readBytes(std::istream& in, const TiXmlElement& item, std::uint64_t& left)
 {
     const char* const text = item.Attribute("size");
     std::uint64_t size = 0;
@@ -157,11 +157,11 @@ std::vector<unsigned char> readBytes(std::istream& in, const TiXmlElement& item,
         VELMO_THROW("Value of " + std::to_string(size) + " bytes exceeds the limit of " +
                     std::to_string(StorageLimits::u64Values) + " bytes of all values");
     left -= size;
-    const std::string bytes = readUpTo(in, size);
-    if (bytes.size() < size)
-        VELMO_THROW("Value of " + std::to_string(size) + " bytes announced, " + std::to_string(bytes.size()) +
+    std::string bytes;
+    if (const std::uint64_t read = readUpTo(in, size, bytes); read < size)
+        VELMO_THROW("Value of " + std::to_string(size) + " bytes announced, " + std::to_string(read) +
                     " bytes left");
-    return {bytes.begin(), bytes.end()};
+    return bytes;
 }
 
 /// Empty if the item's size is not that of its value.
@@ -169,11 +169,11 @@ std::shared_ptr<Variant> binaryValue(std::istream& in, const TiXmlElement& item,
                                      std::uint64_t& left)
 {
     const std::string type = required(item, "type");
-    const auto bytes = readBytes(in, item, left);
+    const std::string bytes = readBytes(in, item, left);
     std::size_t consumed = 0;
     std::shared_ptr<Variant> value;
     try {
-        value = Variant::deserialize(type, endian, bytes, consumed);
+        value = Variant::deserialize(type, endian, bytes.data(), bytes.size(), consumed);
     } catch (const EndOfBytes&) {
         consumed = bytes.size() + 1; // or more
     }

@@ -33,9 +33,10 @@ namespace velmo::exp {
 ///
 /// A text is refused before it is parsed if it has more than 16 MiB, more than 250,000 elements, texts,
 /// comments and instructions, more than 500 nested elements (the root counted), more than 256 attributes on
-/// one element, a second root, a NUL byte, or a document type declaration. Ids have 500 components at most
-/// and name at most 100,000 groups in all; binary values have 64 MiB at most beside the text. Safe on any
-/// bytes, also from several threads on a stream each.
+/// one element, more than 100,000 of all these and one for every 8 bytes, a second root, a NUL byte, or
+/// a document type declaration. Ids have 500 components at most and name at most 100,000 groups in all;
+/// binary values have 64 MiB at most beside the text. Safe on any bytes, also from several threads on a
+/// stream each.
 ///
 /// An exception mask of the stream does not matter: it is as before afterwards, also after an error; of the
 /// state that reading left, what it would throw for is cleared.

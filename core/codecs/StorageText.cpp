@@ -6,30 +6,30 @@
 
 namespace velmo::exp {
 
-std::string readUpTo(std::istream& in, std::uint64_t count)
+std::uint64_t readUpTo(std::istream& in, std::uint64_t count, std::string& bytes)
 {
     constexpr std::uint64_t chunk = 1 << 16;
     const QuietStream quiet(in);
-    std::string bytes;
-    while (bytes.size() < count && in.good()) {
+    std::uint64_t left = count;
+    while (left > 0 && in.good()) {
         const std::size_t had = bytes.size();
-        const std::size_t wanted = static_cast<std::size_t>(std::min(chunk, count - had));
+        const std::size_t wanted = static_cast<std::size_t>(std::min(chunk, left));
         bytes.resize(had + wanted);
         in.read(bytes.data() + had, static_cast<std::streamsize>(wanted));
         bytes.resize(had + static_cast<std::size_t>(in.gcount()));
+        left -= bytes.size() - had;
     }
     if (in.bad())
         VELMO_THROW("Inputstream not readable!");
     in.clear(in.rdstate() & ~std::ios::failbit);
-    return bytes;
+    return count - left;
 }
 
-std::string readText(std::istream& in, std::size_t limit, std::string text)
+void readText(std::istream& in, std::size_t limit, std::string& text)
 {
-    text += readUpTo(in, limit + 1 - std::min(text.size(), limit));
+    readUpTo(in, limit + 1 - std::min(text.size(), limit), text);
     if (text.size() > limit)
         VELMO_THROW("Storage text exceeds the limit of " + std::to_string(limit) + " bytes");
-    return text;
 }
 
 void IdCheck::add(std::string_view id, std::size_t groupsAbove)

@@ -21,6 +21,8 @@ struct StorageLimits
     static constexpr std::size_t u64Groups = 100000;  ///< named by ids in front of their last component
     static constexpr int s32Depth = 500;              ///< nested elements, the root counted
     static constexpr int s32Attributes = 256;         ///< of one element
+    static constexpr int s32FreeParts = 100000;       ///< nodes and attributes of any XML text; beyond, ...
+    static constexpr int s32BytesPerPart = 8;         ///< ... one for every so many bytes
 };
 
 /// Lets a stream be read to its end whatever its exception mask says. The mask is as before afterwards;
@@ -45,14 +47,15 @@ private:
     std::ios::iostate m_eMask;
 };
 
-/// Reads up to `count` bytes from where the stream stands; the end of the stream is no failure.
+/// Appends up to `count` bytes from where the stream stands to `bytes`; the end of the stream is no failure.
 /// Memory grows with what is there, not with `count`.
+/// @return how many bytes that were
 /// @throws Exception  if the stream can not be read: a directory opened as a file
-std::string readUpTo(std::istream& in, std::uint64_t count);
+std::uint64_t readUpTo(std::istream& in, std::uint64_t count, std::string& bytes);
 
 /// Appends the rest of a stream to `text`.
 /// @throws Exception  as readUpTo, and if the whole is more than `limit` bytes
-std::string readText(std::istream& in, std::size_t limit, std::string text = {});
+void readText(std::istream& in, std::size_t limit, std::string& text);
 
 /// Counts the groups that the ids of a file ask for: a short text could ask for very many.
 class IdCheck

@@ -77,10 +77,15 @@ int utf8Length(const char* text)
 class XmlCheck
 {
 public:
-    explicit XmlCheck(std::string& text) : m_pNext(text.data()), m_pEnd(m_pNext + text.size()) {}
+    explicit XmlCheck(std::string& text)
+        : m_pNext(text.data()), m_pEnd(m_pNext + text.size()),
+          m_u64Parts(StorageLimits::s32FreeParts + text.size() / StorageLimits::s32BytesPerPart)
+    {}
 
     XmlForm run()
     {
+        if (startsWith("\xEF\xBB\xBF")) // some editors put a byte-order mark in front
+            m_pNext += 3;
         while (!atEnd())
             if (!(*m_pNext == '<' ? markup() : text()))
                 return broken();
@@ -143,19 +148,33 @@ private:
         m_pNext += std::max(length, 1);
     }
 
+    /// What the parser makes of very little text takes many times its size in memory.
+    void countPart()
+    {
+        if (m_u64Parts-- == 0)
+            VELMO_THROW("XML text exceeds the limit of " + std::to_string(StorageLimits::s32FreeParts) +
+                        " nodes and attributes and one for every " +
+                        std::to_string(StorageLimits::s32BytesPerPart) + " bytes");
+    }
+
     void countNode()
     {
+        countPart();
         if (++m_s32Nodes > StorageLimits::s32Nodes)
             VELMO_THROW("XML text exceeds the limit of " + std::to_string(StorageLimits::s32Nodes) +
                         " elements, texts, comments and instructions");
     }
 
-    /// Steps up to the next markup. Of blanks alone the parser makes no node.
+    /// Steps up to the next markup. Of blanks alone the parser makes no node; outside the root there is
+    /// nothing else.
     bool text()
     {
         skipBlanks();
-        if (*m_pNext != '<' && !atEnd())
+        if (*m_pNext != '<' && !atEnd()) {
+            if (m_s32Depth == 0)
+                return false;
             countNode();
+        }
         while (*m_pNext != '<' && !atEnd())
             if (!(*m_pNext == '&' ? reference() : plainText()))
                 return false;
@@ -278,6 +297,7 @@ private:
             if (++count > StorageLimits::s32Attributes)
                 VELMO_THROW("XML text exceeds the limit of " + std::to_string(StorageLimits::s32Attributes) +
                             " attributes of one element");
+            countPart();
             if (!name() || !sign('=') || !attributeValue())
                 return false;
         }
@@ -329,7 +349,8 @@ private:
     const char* m_pEnd;
     int m_s32Depth = 0;
     int m_s32Nodes = 0;
-    bool m_bRoot = false; ///< there was one
+    std::size_t m_u64Parts; ///< nodes and attributes that there may still be
+    bool m_bRoot = false;   ///< there was one
     bool m_bUtf8 = true;
 };
 

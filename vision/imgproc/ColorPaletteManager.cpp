@@ -4,6 +4,7 @@
 #include "core/codecs/StorageDecoder.h"
 #include "vision/imgproc/ColorPaletteTables.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -135,6 +136,9 @@ void ColorPaletteManager::loadPalettes(std::vector<std::string> files)
 void ColorPaletteManager::loadFile(const std::string& path)
 {
     const Lock lock(m_mutexInstance);
+    std::error_code unknown;
+    if (std::filesystem::is_fifo(path, unknown)) // opening it would wait for somebody who writes
+        return;
     std::ifstream file(path, std::ios::binary);
     if (!file.is_open() || !file.good())
         return;

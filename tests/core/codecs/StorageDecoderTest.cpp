@@ -251,14 +251,19 @@ TEST(StorageDecoderXml, RefusesTextBeyondTheLimits)
     EXPECT_THAT(refusal("<group name=\"a\">" + item(repeated("a/", 500) + "a", "int8", "1") + "</group>"),
                 HasSubstr("limit of 500"));
     EXPECT_THAT(refusal("<group name=\"a\"/><group name=\"b\"/>"), HasSubstr("root"));
-    for (const char* node : {"<!---->", "<?a?>", "x<a/>", "<![CDATA[x]]>"}) {
-        const int nodes = node[0] == 'x' ? 2 : 1;
-        std::string most = "<group>" + repeated("<!---->", nodes == 2) +
+    for (const char* node : {"<!--  -->", "<?nothing?>", "text<element/>", "<![CDATA[x]]>"}) {
+        const int nodes = node[0] == 't' ? 2 : 1;
+        std::string most = "<group>" + repeated("<!-- -->", nodes == 2) +
                            repeated(node, (250000 - nodes) / nodes) + "</group>";
         std::string more = most + "<!---->";
         EXPECT_EQ(checkXml(most), XmlForm::Utf8) << node;
         EXPECT_THROW(checkXml(more), Exception) << node;
     }
+    // 1 + 2 n nodes and attributes in 15 + 10 n bytes: 100,000 and an eighth of the bytes are allowed.
+    std::string few = "<group>" + repeated("<a b='c'/>", 133334) + "</group>", many = few;
+    many.insert(7, "<a b='c'/>");
+    EXPECT_EQ(checkXml(few), XmlForm::Utf8);
+    EXPECT_THROW(checkXml(many), Exception);
     std::string paths;
     for (int i = 0; i < 201; ++i)
         paths += item(std::to_string(i) + repeated("/a", 499), "int8", "1");

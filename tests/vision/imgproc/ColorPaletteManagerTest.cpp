@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -288,6 +289,10 @@ TEST_F(ColorPaletteManagerTest, PrintsWhatIsWrongWithAFileAndGoesOn)
     testing::internal::CaptureStdout();
     Manager::loadFile("/no/such/file");
     Manager::loadFile("");
+    const TemporaryFile pipe("");
+    std::filesystem::remove(pipe.path());
+    ASSERT_EQ(mkfifo(pipe.path().c_str(), 0600), 0);
+    Manager::loadFile(pipe.path()); // does not wait for a writer
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     testing::internal::CaptureStdout();
     Manager::loadFile(std::filesystem::temp_directory_path().string()); // a folder can be opened, not read
