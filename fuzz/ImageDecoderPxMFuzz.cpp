@@ -1,33 +1,10 @@
 #include "core/Exception.h"
 #include "core/codecs/ImageDecoderPxM.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
-#include <sys/mman.h>
-#include <unistd.h>
+#include "fuzz/MemoryFile.h"
 
 using namespace velmo::exp;
 
 namespace {
-
-/// A file in memory, by a name that can be opened.
-struct MemoryFile
-{
-    MemoryFile(const std::uint8_t* data, std::size_t size) : handle(memfd_create("fuzz", 0))
-    {
-        if (handle < 0 || write(handle, data, size) != static_cast<ssize_t>(size))
-            std::abort();
-    }
-    ~MemoryFile() { close(handle); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(handle); }
-
-    int handle;
-};
 
 void grab(const ImageDecoderPxM& decoder, const cv::Rect* region, std::size_t size)
 {
@@ -45,9 +22,9 @@ void grab(const ImageDecoderPxM& decoder, const cv::Rect* region, std::size_t si
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const MemoryFile file(data, size);
+    static MemoryFile file;
     ImageDecoderPxM decoder;
-    if (!decoder.open(file.path()))
+    if (!decoder.open(file.filled(data, size)))
         return 0;
     grab(decoder, nullptr, size);
     const cv::Rect corner(0, 0, 1, 1);

@@ -1,19 +1,18 @@
-#include "core/Exception.h"
 #include "core/codecs/StorageDecoder.h"
+#include "fuzz/WellFormed.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
-#include <string>
 
 using namespace velmo::exp;
 using Storage = DataStorage<std::string>;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
+    const std::string file(reinterpret_cast<const char*>(data), size);
+    std::istringstream in(file);
     try {
         const auto [storage, name] = StorageDecoder<Storage>(StorageDecoder<Storage>::s32Xml).decode(in);
         const Storage copy(storage);
@@ -23,6 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                         [](const auto& a, const auto& b) { return a.first == b.first; }))
             std::abort();
         static_cast<void>(copy == storage); // a walk through all of it
+        if (file.compare(0, 9, "<?storage") != 0 && !WellFormed::check(file))
+            std::abort();
     } catch (const Exception&) {
     } catch (const std::logic_error&) { // an element without its name or type
     }
