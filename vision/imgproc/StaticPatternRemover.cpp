@@ -28,38 +28,10 @@ StaticPatternRemover::StaticPatternRemover(int threshold, int lineLimit, int fra
 }
 
 StaticPatternRemover::~StaticPatternRemover() = default;
-
-StaticPatternRemover::StaticPatternRemover(const StaticPatternRemover& other)
-    : m_oColumnState(other.m_oColumnState.clone()), m_oPixelState(other.m_oPixelState.clone()),
-      m_s32Threshold(other.m_s32Threshold), m_s32ThresholdLow(other.m_s32ThresholdLow),
-      m_s32LineLimit(other.m_s32LineLimit), m_s32FrameLimit(other.m_s32FrameLimit)
-{}
-
-StaticPatternRemover& StaticPatternRemover::operator=(const StaticPatternRemover& other)
-{
-    if (this != &other)
-        *this = StaticPatternRemover(other);
-    return *this;
-}
-
-StaticPatternRemover::StaticPatternRemover(StaticPatternRemover&& other) noexcept
-{
-    *this = std::move(other);
-}
-
-StaticPatternRemover& StaticPatternRemover::operator=(StaticPatternRemover&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    m_oColumnState = std::exchange(other.m_oColumnState, cv::Mat_<int>());
-    m_oPixelState = std::exchange(other.m_oPixelState, cv::Mat_<int>());
-    m_s32Threshold = other.m_s32Threshold;
-    m_s32ThresholdLow = other.m_s32ThresholdLow;
-    m_s32LineLimit = other.m_s32LineLimit;
-    m_s32FrameLimit = other.m_s32FrameLimit;
-    m_aScratch = std::exchange(other.m_aScratch, {});
-    return *this;
-}
+StaticPatternRemover::StaticPatternRemover(const StaticPatternRemover& other) = default;
+StaticPatternRemover& StaticPatternRemover::operator=(const StaticPatternRemover& other) = default;
+StaticPatternRemover::StaticPatternRemover(StaticPatternRemover&& other) noexcept = default;
+StaticPatternRemover& StaticPatternRemover::operator=(StaticPatternRemover&& other) noexcept = default;
 
 bool StaticPatternRemover::setThreshold(int threshold)
 {
@@ -85,7 +57,7 @@ void StaticPatternRemover::init(const cv::Size_<int>& size)
         VELMO_THROW("Frame size " + std::to_string(size.width) + " x " + std::to_string(size.height) +
                     " is below 0!");
     // Both or neither: they must always be of the same width.
-    cv::Mat_<int> columns(1, size.width, 0);
+    DeepMat<int> columns(cv::Mat_<int>(1, size.width, 0));
     m_oPixelState = cv::Mat_<int>(size.height, size.width, 0);
     m_oColumnState = std::move(columns);
 }

@@ -2,6 +2,7 @@
 
 #include "core/Exception.h"
 #include "core/Export.h"
+#include "core/memory/DeepMat.h"
 
 #include <opencv2/core.hpp>
 
@@ -56,8 +57,8 @@ public:
     void process(const cv::Mat_<short>& in, cv::Mat_<short>& out);
 
 private:
-    cv::Mat_<int> m_oColumnState; ///< 1 x cols, 8192 per count
-    cv::Mat_<int> m_oPixelState;  ///< rows x cols, 256 per count
+    DeepMat<int> m_oColumnState; ///< 1 x cols, 8192 per count
+    DeepMat<int> m_oPixelState;  ///< rows x cols, 256 per count
     int m_s32Threshold = 0;
     int m_s32ThresholdLow = 0;
     int m_s32LineLimit = 0;

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <utility>
 
 namespace velmo::exp::vision {
 namespace {
@@ -30,40 +29,16 @@ TemporalNoiseReductionRef<T>::TemporalNoiseReductionRef(unsigned char controlGai
 
 template <class T>
 TemporalNoiseReductionRef<T>::~TemporalNoiseReductionRef() = default;
-
 template <class T>
-TemporalNoiseReductionRef<T>::TemporalNoiseReductionRef(const TemporalNoiseReductionRef& other)
-    : m_u8ControlGain(other.m_u8ControlGain), m_u16FeedbackFactor(other.m_u16FeedbackFactor),
-      m_oStateFrame(other.m_oStateFrame.clone()), m_bInitNeeded(other.m_bInitNeeded)
-{}
-
-template <class T>
-TemporalNoiseReductionRef<T>& TemporalNoiseReductionRef<T>::operator=(const TemporalNoiseReductionRef& other)
-{
-    if (this != &other)
-        *this = TemporalNoiseReductionRef(other);
-    return *this;
-}
-
-template <class T>
-TemporalNoiseReductionRef<T>::TemporalNoiseReductionRef(TemporalNoiseReductionRef&& other) noexcept
-    : m_u8ControlGain(other.m_u8ControlGain), m_u16FeedbackFactor(other.m_u16FeedbackFactor)
-{
-    *this = std::move(other);
-}
-
+TemporalNoiseReductionRef<T>::TemporalNoiseReductionRef(const TemporalNoiseReductionRef& other) = default;
 template <class T>
 TemporalNoiseReductionRef<T>&
-TemporalNoiseReductionRef<T>::operator=(TemporalNoiseReductionRef&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    m_u8ControlGain = other.m_u8ControlGain;
-    m_u16FeedbackFactor = other.m_u16FeedbackFactor;
-    m_oStateFrame = std::exchange(other.m_oStateFrame, cv::Mat_<float>());
-    m_bInitNeeded = std::exchange(other.m_bInitNeeded, true);
-    return *this;
-}
+TemporalNoiseReductionRef<T>::operator=(const TemporalNoiseReductionRef& other) = default;
+template <class T>
+TemporalNoiseReductionRef<T>::TemporalNoiseReductionRef(TemporalNoiseReductionRef&& other) noexcept = default;
+template <class T>
+TemporalNoiseReductionRef<T>&
+TemporalNoiseReductionRef<T>::operator=(TemporalNoiseReductionRef&& other) noexcept = default;
 
 template <class T>
 void TemporalNoiseReductionRef<T>::setControlGain(unsigned char controlGain)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Export.h"
+#include "core/memory/DeepMat.h"
 
 #include <opencv2/core.hpp>
 
@@ -59,7 +60,7 @@ private:
 
     unsigned char m_u8ControlGain;
     unsigned short m_u16FeedbackFactor;
-    cv::Mat_<float> m_oStateFrame;
+    DeepMat<float> m_oStateFrame; ///< empty after a move: the filter starts anew
     bool m_bInitNeeded = true;
     std::size_t m_nFeedbackTableSize = std::size(mg_aFeedbackStrengthRef);
 };
