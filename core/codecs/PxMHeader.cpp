@@ -45,13 +45,27 @@ std::uint32_t takeNumber(ByteCursor& bytes, std::uint32_t limit)
     return number;
 }
 
-PxMHeader readNumbers(ByteCursor& bytes, bool text, bool colour)
+/// How the samples of a raster are written.
+enum class Samples
+{
+    Bytes,
+    Text
+};
+
+/// What a pixel is made of.
+enum class Pixel
+{
+    Grey,
+    Colour
+};
+
+PxMHeader readNumbers(ByteCursor& bytes, Samples samples, Pixel pixel)
 {
     if (!isPxMSpace(takeUncommented(bytes)))
         VELMO_THROW("White space expected behind the image's magic number!");
     PxMHeader header;
-    header.bText = text;
-    header.u32Channels = colour ? 3 : 1;
+    header.bText = samples == Samples::Text;
+    header.u32Channels = pixel == Pixel::Colour ? 3 : 1;
     header.u32Width = takeNumber(bytes, maxSide);
     header.u32Height = takeNumber(bytes, maxSide);
     header.u32MaxValue = takeNumber(bytes, maxMaxValue);
@@ -150,16 +164,16 @@ PxMHeader readPxMHeader(ByteCursor& bytes)
     PxMHeader header;
     switch (magic) {
     case '2':
-        header = readNumbers(bytes, true, false);
+        header = readNumbers(bytes, Samples::Text, Pixel::Grey);
         break;
     case '3':
-        header = readNumbers(bytes, true, true);
+        header = readNumbers(bytes, Samples::Text, Pixel::Colour);
         break;
     case '5':
-        header = readNumbers(bytes, false, false);
+        header = readNumbers(bytes, Samples::Bytes, Pixel::Grey);
         break;
     case '6':
-        header = readNumbers(bytes, false, true);
+        header = readNumbers(bytes, Samples::Bytes, Pixel::Colour);
         break;
     case '7':
         header = readNames(bytes);

@@ -72,6 +72,7 @@ public:
     }
 
     /// Reads the text of a storage file and leaves the stream at its binary values.
+    /// @param in          stands at the start of the file; afterwards behind the text
     /// @param textValues  becomes whether values are the text of their items
     /// @param bigEndian   becomes whether binary values are big-endian
     /// @return the parsed document, or an empty pointer if the text is no XML

@@ -22,7 +22,7 @@ template <class T>
 class Variant_;
 
 /// The integer type of fixed width that has the size and the sign of T; T itself if it is none or a bool.
-template <class T, bool bInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>>
+template <class T, bool integer = std::is_integral_v<T> && !std::is_same_v<T, bool>>
 struct FixedWidth
 {
     using Type = T;
@@ -101,7 +101,8 @@ public:
     virtual double toDouble() const = 0;
 
     /// Writes the binary form that `deserialize` reads.
-    /// @param bytes  room for as many bytes as are returned; may be null, then nothing is written
+    /// @param endian  byte order of the value
+    /// @param bytes   room for as many bytes as are returned; may be null, then nothing is written
     /// @return how many bytes the binary form has
     /// @throws Exception  for a storage, which has no binary form, and for more than 2^32 - 1 elements
     virtual std::size_t serialize(Endian endian, char* bytes) const = 0;
@@ -146,11 +147,15 @@ public:
     static std::shared_ptr<Variant> fromString(const std::string& type, const std::string& text);
 
     /// A new value from its binary form in storage files.
+    /// @param type      the name of an item type
+    /// @param endian    byte order of the value
+    /// @param bytes     begin with the value; what follows it is not looked at
     /// @param consumed  becomes the number of bytes that the value took from the front of `bytes`
     /// @throws Exception  for an unknown type, and for bytes that end before the value does
     static std::shared_ptr<Variant> deserialize(const std::string& type, Endian endian,
                                                 const std::vector<unsigned char>& bytes,
                                                 std::size_t& consumed);
+    /// The same from `size` bytes anywhere in memory, as `serialize` writes them.
     static std::shared_ptr<Variant> deserialize(const std::string& type, Endian endian, const char* bytes,
                                                 std::size_t size, std::size_t& consumed);
 

@@ -31,7 +31,7 @@ public:
     /// Any text is a string.
     static bool parse(std::string_view text, std::string& value);
     /// Bytes: tokens with white space or one comma between; each a decimal number 0 to 255, a
-    /// hexadecimal one (0x00 to 0xFF) or a colour #RRGGBB that stands for three bytes. White space
+    /// hexadecimal one (0x00 to 0xFF) or a colour \#RRGGBB that stands for three bytes. White space
     /// around is allowed here; an empty text has no bytes.
     static bool parse(std::string_view text, std::vector<unsigned char>& value);
 

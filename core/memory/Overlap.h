@@ -50,9 +50,9 @@ inline bool overlap(const MemoryArea& a, const MemoryArea& b)
 template <class Image>
 Image untouched(const Image& in, const cv::Mat& out)
 {
-    const bool bInPlace = in.data == out.data && in.step == out.step && in.size() == out.size() &&
-                          in.elemSize() == out.elemSize();
-    return !bInPlace && overlap(MemoryArea(in), MemoryArea(out)) ? Image(in.clone()) : in;
+    const bool inPlace = in.data == out.data && in.step == out.step && in.size() == out.size() &&
+                         in.elemSize() == out.elemSize();
+    return !inPlace && overlap(MemoryArea(in), MemoryArea(out)) ? Image(in.clone()) : in;
 }
 
 } // namespace velmo::exp

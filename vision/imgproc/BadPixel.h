@@ -48,6 +48,7 @@ struct VELMO_API BadPixel
 
     /// Reads the byte image; any 20 bytes are one.
     ///
+    /// @param endian  as serialize has it
     /// @param buffer  at least 20 bytes, at any alignment
     /// @param size    becomes the number of bytes read: 20
     void deserialize(Endian endian, const char* buffer, unsigned long& size);
@@ -123,7 +124,9 @@ public:
     /// Flags what lies outside the populated core of the histogram of a frame that shows one temperature:
     /// bins of 2 % of the mean, outward from the fullest one until one holds fewer than `u64MinCount` pixels.
     ///
-    /// @param map  becomes a new map if it has not the frame's size; otherwise earlier flags stay
+    /// @param frame        raw detector values of any size
+    /// @param map          becomes a new map if it has not the frame's size; otherwise earlier flags stay
+    /// @param u64MinCount  of a populated bin
     /// @return pixels flagged by this call, among them those that had the flag already
     static unsigned long detectBadPixelHistogram(const cv::Mat_<short>& frame, cv::Mat_<int>& map,
                                                  unsigned long u64MinCount);
@@ -136,6 +139,7 @@ public:
     /// Flags pixels that do not rise from each frame to the next.
     ///
     /// @param frames  at rising temperature of the scene
+    /// @param map     of their size
     /// @throws Exception  if there are fewer than two frames or sizes differ; the map is unchanged then.
     static void checkMonotonic(const std::vector<cv::Mat_<short>>& frames, cv::Mat_<int>& map);
 
@@ -143,9 +147,10 @@ public:
     /// are good so far. A pixel whose two readings are equal is flagged; it takes no part in the means, and
     /// neither do pixels flagged before: of both kinds the noise alone is compared.
     ///
-    /// @param frame1, frame2  a uniform target at the temperatures `dTemp1` and `dTemp2`, in any unit; the
-    ///                        difference of two readings wraps at 16 bits
+    /// @param frame1, frame2  a uniform target; the difference of two readings wraps at 16 bits
     /// @param noise           noise of each pixel in digits
+    /// @param map             of their size
+    /// @param dTemp1, dTemp2  the temperatures of the target, in any unit
     /// @param dFactorResponsivity, dFactorNoise, dFactorNetd  how far from the mean is good, relative to it:
     ///                        0.5 accepts 50 % more or less
     /// @throws Exception  if sizes differ or the temperatures are equal; the map is unchanged then.

@@ -86,18 +86,18 @@ bool fillMissing(BadPixel& badPixel, std::bitset<4> found)
 class GoodPixels
 {
 public:
-    explicit GoodPixels(const cv::Mat_<int>& map) : m_matMap(map), m_aRows(static_cast<std::size_t>(map.rows))
+    explicit GoodPixels(const cv::Mat_<int>& map) : m_oMap(map), m_vecRows(static_cast<std::size_t>(map.rows))
     {}
 
     /// First good column from `column` on in steps of `step`, which is 1 or -1; -1 if there is none.
     int from(int row, int column, int step)
     {
         // Mostly the first one is good. A long run of bad ones is walked once for all that ask.
-        const int* pixels = m_matMap[row];
-        for (int probes = 0; probes < 8 && column >= 0 && column < m_matMap.cols; ++probes, column += step)
+        const int* pixels = m_oMap[row];
+        for (int probes = 0; probes < 8 && column >= 0 && column < m_oMap.cols; ++probes, column += step)
             if (pixels[column] == 0)
                 return column;
-        if (column < 0 || column >= m_matMap.cols)
+        if (column < 0 || column >= m_oMap.cols)
             return -1;
         const Row& nearest = prepared(row);
         return (step > 0 ? nearest.right : nearest.left)[static_cast<std::size_t>(column)];
@@ -111,10 +111,10 @@ private:
 
     const Row& prepared(int row)
     {
-        Row& nearest = m_aRows[static_cast<std::size_t>(row)];
+        Row& nearest = m_vecRows[static_cast<std::size_t>(row)];
         if (nearest.left.empty()) {
-            const auto count = static_cast<std::size_t>(m_matMap.cols);
-            const int* pixels = m_matMap[row];
+            const auto count = static_cast<std::size_t>(m_oMap.cols);
+            const int* pixels = m_oMap[row];
             nearest.left.resize(count);
             nearest.right.resize(count);
             for (std::size_t c = 0; c < count; ++c)
@@ -127,8 +127,8 @@ private:
         return nearest;
     }
 
-    const cv::Mat_<int>& m_matMap;
-    std::vector<Row> m_aRows;
+    const cv::Mat_<int>& m_oMap;
+    std::vector<Row> m_vecRows;
 };
 
 /// One way along a line of the map, counted in 16 bits: positions beyond 32767 are negative, and a step below
@@ -160,9 +160,9 @@ class QuadrantSearch
 {
 public:
     QuadrantSearch(const cv::Mat_<int>& map, int radius)
-        : m_matMap(map(cv::Range(0, std::min(map.rows, maxOffset + 1)),
-                       cv::Range(0, std::min(map.cols, maxOffset + 1)))),
-          m_goodPixels(m_matMap), m_s32Radius(radius), m_fRadius(static_cast<float>(radius))
+        : m_oMap(map(cv::Range(0, std::min(map.rows, maxOffset + 1)),
+                     cv::Range(0, std::min(map.cols, maxOffset + 1)))),
+          m_oGoodPixels(m_oMap), m_s32Radius(radius), m_fRadius(static_cast<float>(radius))
     {}
 
     /// Fills the slots; false if no quadrant has a good pixel.
@@ -188,8 +188,7 @@ private:
         constexpr Pixel steps[4] = {{1, 0}, {0, 1}, {0, -1}, {-1, 0}};
         const Pixel step = steps[slot];
         const int x = badPixel.pixel.x + step.x, y = badPixel.pixel.y + step.y;
-        if (m_s32Radius < 1 || x < 0 || x >= m_matMap.cols || y < 0 || y >= m_matMap.rows ||
-            m_matMap(y, x) != 0)
+        if (m_s32Radius < 1 || x < 0 || x >= m_oMap.cols || y < 0 || y >= m_oMap.rows || m_oMap(y, x) != 0)
             return false;
         badPixel.replacePixel[slot] = {static_cast<short>(x), static_cast<short>(y)};
         return true;
@@ -199,16 +198,16 @@ private:
     {
         constexpr Quadrant quadrants[4] = {{1, 1, 1, 0}, {-1, 1, 0, 1}, {1, -1, 0, 1}, {-1, -1, 1, 0}};
         const Quadrant& quadrant = quadrants[slot];
-        const Way across(badPixel.pixel.x, quadrant.stepX, quadrant.firstX, m_matMap.cols);
-        const Way down(badPixel.pixel.y, quadrant.stepY, quadrant.firstY, m_matMap.rows);
+        const Way across(badPixel.pixel.x, quadrant.stepX, quadrant.firstX, m_oMap.cols);
+        const Way down(badPixel.pixel.y, quadrant.stepY, quadrant.firstY, m_oMap.rows);
         std::tuple<float, int, int> best(m_fRadius, maxOffset + 1, 0); // the order of the lists
         bool found = false;
-        for (int row = down.s32Start; row >= 0 && row < m_matMap.rows; row += quadrant.stepY) {
+        for (int row = down.s32Start; row >= 0 && row < m_oMap.rows; row += quadrant.stepY) {
             const int dy = down.distanceTo(row);
             if (std::max(across.s32Least, dy) > m_s32Radius ||
                 distance(across.s32Least, dy) > std::get<0>(best))
                 break;
-            const int column = m_goodPixels.from(row, across.s32Start, quadrant.stepX);
+            const int column = m_oGoodPixels.from(row, across.s32Start, quadrant.stepX);
             const int dx = column < 0 ? maxOffset + 1 : across.distanceTo(column);
             if (dx > m_s32Radius)
                 continue;
@@ -223,8 +222,8 @@ private:
         return found;
     }
 
-    const cv::Mat_<int> m_matMap; ///< what 16 bits reach of the map
-    GoodPixels m_goodPixels;
+    const cv::Mat_<int> m_oMap; ///< what 16 bits reach of the map
+    GoodPixels m_oGoodPixels;
     int m_s32Radius;
     float m_fRadius;
 };

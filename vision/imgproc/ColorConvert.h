@@ -63,7 +63,9 @@ public:
     /// Halves the chroma of a buffer of Y, Cb, Cr: each pair of pixels becomes the four bytes Cr of the
     /// second, Y of the second, Cb of the first, Y of the first, which is a YUY2 word read backwards. A last
     /// odd pixel is left out. Source and destination may be the same buffer, or overlap.
-    /// @param dst  2 bytes per pixel
+    /// @param src     3 bytes per pixel
+    /// @param dst     2 bytes per pixel
+    /// @param pixels  of the source
     /// @throws Exception  if a buffer is null and there is a pair
     static void convertYCbCrtoYUV2(unsigned char* src, unsigned char* dst, unsigned long pixels);
 

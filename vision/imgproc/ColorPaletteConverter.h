@@ -49,7 +49,9 @@ public:
     ///
     /// @param src      rows x cols, any size, also empty; rows may be padded
     /// @param dst      becomes rows x cols; reused if it has that size already, rows may be padded then
-    /// @param palette  3 x N bytes, N at least 1; only read
+    /// @param min, max  the range of values that the palette is stretched over
+    /// @param rebuild   whether to build the table anew
+    /// @param palette   3 x N bytes, N at least 1; only read
     /// @throws cv::Exception  for an empty palette, a length that is no multiple of 3, or max < min, where
     ///                        the palette is used, and for a band outside the range on the slower path; the
     ///                        table is unchanged then and nothing is coloured
@@ -74,6 +76,8 @@ public:
     ///
     /// @param src  values on the scale of RadiometricTools, a multiple of 4 pixels
     /// @param dst  as in palletize
+    /// @param airTemperature, humidity  of the room's air
+    /// @param rebuild, palette          as in palletize
     /// @throws Exception      if the pixel count is not a multiple of 4 (`dst` has its new size then), and as
     ///                        DewPoint::calcSurfaceMoisture; the air counts as that of the last build
     ///                        from then on, although the table is unchanged
@@ -90,7 +94,9 @@ public:
     /// Adds region `id` or replaces it; ignored if `upper` < `lower`. It shows from the next table build on.
     /// Where regions overlap, the highest id wins.
     ///
-    /// @param color  0x00RRGGBB
+    /// @param id            chosen by the caller
+    /// @param upper, lower  highest and lowest value of the band, both in it
+    /// @param color         0x00RRGGBB
     void createColorRegion(unsigned int id, unsigned short upper, unsigned short lower, unsigned int color);
 
     /// Removes region `id` if there is one. What it painted stays until the next table build.

@@ -31,7 +31,7 @@ ConnectedComponent::ConnectedComponent() = default;
 ConnectedComponent::ConnectedComponent(int label) : m_u32Label(static_cast<unsigned int>(label)) {}
 
 ConnectedComponent::ConnectedComponent(const std::vector<cv::Point>& points, int label)
-    : m_aPoints(points), m_u32Label(static_cast<unsigned int>(label)), m_u64NrOfPoints(points.size())
+    : m_vecPoints(points), m_u32Label(static_cast<unsigned int>(label)), m_u64NrOfPoints(points.size())
 {}
 
 ConnectedComponent::~ConnectedComponent() = default;
@@ -49,7 +49,7 @@ ConnectedComponent& ConnectedComponent::operator=(ConnectedComponent&& other) no
 {
     if (this == &other)
         return *this;
-    m_aPoints = std::exchange(other.m_aPoints, {});
+    m_vecPoints = std::exchange(other.m_vecPoints, {});
     m_u32Label = other.m_u32Label;
     m_u64NrOfPoints = std::exchange(other.m_u64NrOfPoints, 0);
     return *this;
@@ -57,17 +57,17 @@ ConnectedComponent& ConnectedComponent::operator=(ConnectedComponent&& other) no
 
 void ConnectedComponent::addPoint(const cv::Point& point)
 {
-    m_aPoints.push_back(point);
+    m_vecPoints.push_back(point);
     ++m_u64NrOfPoints;
 }
 
 void ConnectedComponent::join(const ConnectedComponent& other)
 {
     // Not insert: its range must not come from the vector itself.
-    const std::size_t before = m_aPoints.size(), added = other.m_aPoints.size();
-    m_aPoints.resize(before + added);
-    std::copy_n(other.m_aPoints.data(), added, m_aPoints.data() + before);
-    m_u64NrOfPoints = m_aPoints.size();
+    const std::size_t before = m_vecPoints.size(), added = other.m_vecPoints.size();
+    m_vecPoints.resize(before + added);
+    std::copy_n(other.m_vecPoints.data(), added, m_vecPoints.data() + before);
+    m_u64NrOfPoints = m_vecPoints.size();
 }
 
 void ConnectedComponent::setLabel(unsigned int label)
@@ -87,14 +87,14 @@ std::size_t ConnectedComponent::getNrOfPoints() const
 
 std::vector<cv::Point> ConnectedComponent::getPoints() const
 {
-    return m_aPoints;
+    return m_vecPoints;
 }
 
 cv::Point2d ConnectedComponent::getCenterOfGravity() const
 {
     if (m_u64NrOfPoints == 0)
         return {0.0, 0.0};
-    const cv::Point2d sum = sumOf(m_aPoints.data(), m_u64NrOfPoints);
+    const cv::Point2d sum = sumOf(m_vecPoints.data(), m_u64NrOfPoints);
     const auto count = static_cast<double>(m_u64NrOfPoints);
     return {sum.x / count, sum.y / count};
 }
@@ -105,16 +105,16 @@ double ConnectedComponent::getElongation() const
         return 0.0;
     const cv::Point2d mean = getCenterOfGravity();
     const cv::Point centre(wholePixel(mean.x), wholePixel(mean.y));
-    const SquaredReach reach = squaredReachOf(m_aPoints.data(), m_u64NrOfPoints, centre);
+    const SquaredReach reach = squaredReachOf(m_vecPoints.data(), m_u64NrOfPoints, centre);
     // 0 / 0 where all points lie on the centre: the NaN is the answer.
     return static_cast<double>(std::min(reach.x, reach.y)) / static_cast<double>(std::max(reach.x, reach.y));
 }
 
 cv::Rect ConnectedComponent::getBoundingBox() const
 {
-    if (m_aPoints.empty())
+    if (m_vecPoints.empty())
         return {0, 0, 0, 0};
-    const PointExtents extents = extentsOf(m_aPoints.data(), m_aPoints.size());
+    const PointExtents extents = extentsOf(m_vecPoints.data(), m_vecPoints.size());
     return {extents.minX, extents.minY, inclusiveLength(extents.minX, extents.maxX),
             inclusiveLength(extents.minY, extents.maxY)};
 }
@@ -122,14 +122,14 @@ cv::Rect ConnectedComponent::getBoundingBox() const
 std::vector<cv::Point> ConnectedComponent::getConvexHull() const
 {
     std::vector<cv::Point> hull;
-    if (!m_aPoints.empty()) // which cv::convexHull refuses
-        cv::convexHull(cv::Mat(m_aPoints), hull, false, true);
+    if (!m_vecPoints.empty()) // which cv::convexHull refuses
+        cv::convexHull(cv::Mat(m_vecPoints), hull, false, true);
     return hull;
 }
 
 std::shared_ptr<cv::PCA> ConnectedComponent::getPCA() const
 {
-    return principalComponents(rowColumnMatrix(m_aPoints));
+    return principalComponents(rowColumnMatrix(m_vecPoints));
 }
 
 } // namespace velmo::exp::vision

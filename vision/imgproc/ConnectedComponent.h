@@ -82,6 +82,7 @@ public:
     /// repeats if the generator is seeded again. The canvas is used by one thread at a time.
     ///
     /// @param canvas       any size; rows may be padded
+    /// @param components   by label
     /// @param drawCircles  also a circle around every pixel
     /// @param radius       of these circles, in pixels
     /// @param clear        first make the canvas black
@@ -108,7 +109,7 @@ public:
                                         const std::map<int, ConnectedComponent>& components, bool clear);
 
 private:
-    std::vector<cv::Point> m_aPoints;
+    std::vector<cv::Point> m_vecPoints;
     unsigned int m_u32Label = 1;
     std::size_t m_u64NrOfPoints = 0;
 };

@@ -131,7 +131,7 @@ void ConnectedComponent::drawComponents(Canvas& canvas, const Components& compon
         VELMO_THROW("Circle radius " + std::to_string(radius) + " is below 0!");
     const bool circles = drawCircles && mayBeSeen(canvas, radius);
     const auto draw = [&](const ConnectedComponent& component, const Color& color) {
-        drawPoints(canvas, component.m_aPoints, color, circles, radius);
+        drawPoints(canvas, component.m_vecPoints, color, circles, radius);
     };
     if (!drawEach(canvas, components, Outside::Nothing, clear, draw))
         VELMO_THROW("canvas to small");
@@ -149,7 +149,7 @@ void ConnectedComponent::drawComponentHulls(Canvas& canvas, const Components& co
 void ConnectedComponent::drawPrincipalComponents(Canvas& canvas, const Components& components, bool clear)
 {
     const auto draw = [&](const ConnectedComponent& component, const Color& color) {
-        drawAxes(canvas, component.m_aPoints, component.getCenterOfGravity(), color);
+        drawAxes(canvas, component.m_vecPoints, component.getCenterOfGravity(), color);
     };
     if (!drawEach(canvas, components, Outside::LeftAbove, clear, draw))
         VELMO_THROW("canvas to small");

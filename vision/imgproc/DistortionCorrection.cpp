@@ -29,11 +29,11 @@ bool isInside(const cv::Mat& map, std::int64_t index)
 } // namespace
 
 DistortionCorrection::DistortionCorrection(const std::vector<PixelCorrInfo>& records)
-    : m_aPixelCorrInfo(records)
+    : m_vecPixelCorrInfo(records)
 {}
 
 DistortionCorrection::DistortionCorrection(const std::string& path, int height, int width)
-    : m_aPixelCorrInfo(loadPixelCorrInfoFromPxm(path, height, width))
+    : m_vecPixelCorrInfo(loadPixelCorrInfoFromPxm(path, height, width))
 {}
 
 std::vector<PixelCorrInfo> DistortionCorrection::loadPixelCorrInfoFromPxm(const std::string& path, int height,

@@ -47,10 +47,11 @@ public:
     DistortionCorrection(const std::string& path, int height, int width);
 
     /// One per pixel of the map, row by row.
-    const std::vector<PixelCorrInfo>& getPixelCorrInfo() const { return m_aPixelCorrInfo; }
+    const std::vector<PixelCorrInfo>& getPixelCorrInfo() const { return m_vecPixelCorrInfo; }
 
     /// Reads a map: an image of the PxM family with six 16-bit channels, which are the displacement in rows
     /// and in columns (two's complement) and four weights. An offset that does not fit 16 bits wraps.
+    /// @param path           of the file
     /// @param height, width  rows and columns that the image should have; 0 does not check
     /// @throws Exception  if the file cannot be read or holds other than six channels, if the image has
     ///                    another size, or if a source pixel lies outside the image
@@ -58,7 +59,7 @@ public:
                                                                int width);
 
 private:
-    std::vector<PixelCorrInfo> m_aPixelCorrInfo;
+    std::vector<PixelCorrInfo> m_vecPixelCorrInfo;
 };
 
 } // namespace velmo::vision

@@ -77,7 +77,7 @@ void StaticPatternRemover::process(const cv::Mat_<short>& in, cv::Mat_<short>& o
     removeStaticPattern(
         untouched(in, out), out, m_oColumnState, m_oPixelState,
         {m_s32Threshold, m_s32ThresholdLow, m_s32LineLimit, m_s32FrameLimit, m_s32MinStart, m_s32MaxStart},
-        m_aScratch);
+        m_vecScratch);
 }
 
 } // namespace velmo::exp::vision

@@ -65,7 +65,7 @@ private:
     int m_s32FrameLimit = 0;
     int m_s32MinStart = 2147483647;      ///< where every search for a minimum starts
     int m_s32MaxStart = -2147483647 - 1; ///< the same for a maximum
-    std::vector<short> m_aScratch;       ///< room for some rows; nothing is kept in it from frame to frame
+    std::vector<short> m_vecScratch;     ///< room for some rows; nothing is kept in it from frame to frame
 };
 
 } // namespace velmo::exp::vision
