@@ -21,6 +21,7 @@ struct Refusal
     {
         return a.message == b.message && a.function == b.function;
     }
+    friend bool operator!=(const Refusal& a, const Refusal& b) { return !(a == b); }
     friend std::ostream& operator<<(std::ostream& out, const Refusal& refusal)
     {
         return out << '"' << refusal.message << "\" in " << refusal.function;
