@@ -1,9 +1,8 @@
 #include "core/datatypes/DataStorage.h"
 
-#include "core/Exception.h"
+#include "tests/Support.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using namespace velmo::exp;
 using testing::ElementsAre;
@@ -25,72 +24,7 @@ std::vector<std::string> keys(const Storage& storage)
     return result;
 }
 
-using Refusal = std::pair<std::string, std::string>;
-
-/// The message of what `call` throws, and the end of its location after the line number.
-template <class Call>
-Refusal refusal(Call call)
-{
-    try {
-        call();
-    } catch (const Exception& error) {
-        return {error.what(), error.location().substr(error.location().rfind(": ") + 2)};
-    }
-    return {"nothing thrown", ""};
-}
-
-std::string deepPath(int components)
-{
-    std::string path = "a";
-    for (int i = 1; i < components; ++i)
-        path += "/a";
-    return path;
-}
-
 } // namespace
-
-TEST(DataStorage, KeepsItsEntriesInByteOrder)
-{
-    Storage storage;
-    EXPECT_EQ(storage.size(), 0u);
-    for (const char* key : {"b", "\xC3\xA4", "B", "a b", "a"})
-        storage.set(key, number(1));
-    EXPECT_THAT(keys(storage), ElementsAre("B", "a", "a b", "b", "\xC3\xA4"));
-    EXPECT_EQ(storage.size(), 5u);
-    storage.clear();
-    EXPECT_EQ(storage.begin(), storage.end());
-}
-
-TEST(DataStorage, SharesTheValuesSetAndReplacesThem)
-{
-    Storage storage;
-    const auto one = number(1), two = number(2);
-    storage.set("x", one);
-    EXPECT_EQ(storage.get("x"), one);
-    storage.set("x", two);
-    EXPECT_EQ(storage["x"], two);
-    EXPECT_EQ(storage.size(), 1u);
-    EXPECT_EQ(storage.get("y"), nullptr);
-    EXPECT_EQ(storage["y"], nullptr);
-    EXPECT_EQ(storage.size(), 1u) << "asking made an entry";
-}
-
-TEST(DataStorage, AssignsThroughItsIndex)
-{
-    Storage storage;
-    static_assert(std::is_same_v<Storage::iterator, Storage::const_iterator>);
-    storage["a/b"] = number(1);
-    storage["c"] = storage["a/b"];
-    const std::shared_ptr<Variant> copy = storage["c"];
-    EXPECT_EQ(copy, storage.get("a/b"));
-    EXPECT_EQ(storage["c"].get(), copy.get());
-    EXPECT_EQ((*storage["c"]).value<int>(), 1);
-    EXPECT_TRUE(storage["d/e"] == nullptr && storage["c"] != nullptr && storage["c"] == copy);
-    EXPECT_EQ(refusal([&] { storage["a"] = storage["missing"]; }).second, "set(..)\n");
-    EXPECT_EQ(refusal([&] { storage["x"] = storage.get("a"), storage["x/y"] = storage["x"]; }).second,
-              "set(..)\n");
-    EXPECT_THAT(keys(storage), ElementsAre("a", "c", "x"));
-}
 
 TEST(GroupItem, OwnsItsText)
 {
@@ -103,40 +37,72 @@ TEST(GroupItem, OwnsItsText)
         EXPECT_FALSE(discriminate(id).isValid()) << id;
 }
 
-TEST(DataStorage, MakesTheGroupsOnAPath)
+TEST(DataStorage, KeepsItsEntriesInByteOrder)
+{
+    static_assert(std::is_same_v<Storage::iterator, Storage::const_iterator>);
+    Storage storage;
+    for (const char* key : {"b", "\xC3\xA4", "B", "a b", "a"})
+        storage.set(key, number(1));
+    EXPECT_THAT(keys(storage), ElementsAre("B", "a", "a b", "b", "\xC3\xA4"));
+    EXPECT_EQ(storage.size(), 5u);
+    storage.clear();
+    EXPECT_EQ(storage.begin(), storage.end());
+}
+
+TEST(DataStorage, SharesValuesReplacesThemAndMakesGroups)
 {
     Storage storage;
-    storage.set("site/camera/gain", number(3));
-    storage.set("site/camera/mode", number(4));
-    EXPECT_THAT(keys(storage), ElementsAre("site"));
+    const auto one = number(1), two = number(2);
+    storage.set("x", one);
+    EXPECT_EQ(storage.get("x"), one);
+    storage.set("x", two);
+    EXPECT_EQ(storage["x"], two);
+    storage.set("site/camera/gain", one);
+    storage.set("site/camera/mode", two);
     EXPECT_EQ(storage.get("site/camera")->value<Storage>().size(), 2u);
-    EXPECT_EQ(storage.get("site/camera/gain")->value<int>(), 3);
-    EXPECT_EQ(storage["site/camera/mode"]->value<int>(), 4);
-    EXPECT_EQ(storage.get("site/lens/gain"), nullptr);
+    EXPECT_EQ(std::as_const(storage)["site/camera/mode"], two);
+    for (const char* id : {"y", "site/lens/gain"})
+        EXPECT_TRUE(!storage.get(id) && storage[id] == nullptr && !std::as_const(storage)[id]) << id;
+    EXPECT_THAT(keys(storage), ElementsAre("site", "x")) << "asking made an entry";
 }
 
-TEST(DataStorage, RefusesInvalidIds)
+TEST(DataStorage, AssignsThroughItsIndex)
 {
     Storage storage;
-    for (const char* id : {"", "/", "/a", "a/", "a//b"}) {
-        EXPECT_EQ(refusal([&] { storage.get(id); }), Refusal("invalid id", "get(..)\n")) << id;
-        EXPECT_EQ(refusal([&] { storage[id]; }), Refusal("invalid id", "operator[](..)\n")) << id;
-        EXPECT_EQ(refusal([&] { storage.set(id, number(1)); }), Refusal("invalid id", "set(..)\n")) << id;
-    }
-    EXPECT_EQ(storage.size(), 0u);
+    storage["a/b"] = number(1);
+    storage["c"] = storage["a/b"];
+    const std::shared_ptr<Variant> copy = storage["c"];
+    EXPECT_EQ(copy, storage.get("a/b"));
+    EXPECT_EQ(storage["c"].get(), copy.get());
+    EXPECT_EQ((*storage["c"]).value<int>() + storage["c"]->value<int>(), 2);
+    EXPECT_TRUE(storage["c"] != nullptr && storage["c"] == copy);
+    EXPECT_EQ(refusal([&] { storage["a"] = storage["missing"]; }).function, "set");
+    storage["x"] = storage["a"];
+    EXPECT_EQ(refusal([&] { storage["x/y"] = storage["x"]; }).function, "set"); // it would hold itself
+    EXPECT_THAT(keys(storage), ElementsAre("a", "c", "x"));
 }
 
-TEST(DataStorage, RefusesPathsThroughValuesThatAreNoGroups)
+TEST(DataStorage, RefusesInvalidIdsAndPathsThroughValuesThatAreNoGroups)
 {
     Storage storage;
     storage.set("a/b", number(1));
-    const std::string message = std::string("not a valid storage type: b\ntype: ") + typeid(int).name() +
+    const std::string through = std::string("not a valid storage type: b\ntype: ") + typeid(int).name() +
                                 "\nexpected type: " + typeid(Storage).name();
-    EXPECT_EQ(refusal([&] { storage.get("a/b/c"); }), Refusal(message, "get(..)\n"));
-    EXPECT_EQ(refusal([&] { storage["a/b/c"]; }), Refusal(message, "operator[](..)\n"));
-    EXPECT_EQ(refusal([&] { storage.set("a/b/c/d", number(1)); }), Refusal(message, "set(..)\n"));
+    for (const auto& [id, message] : {std::pair("", std::string("invalid id")),
+                                      {"/", "invalid id"},
+                                      {"/a", "invalid id"},
+                                      {"a/", "invalid id"},
+                                      {"a//b", "invalid id"},
+                                      {"a/b/c", through},
+                                      {"a/b/c/d", through}}) {
+        const std::string key = id;
+        EXPECT_EQ(refusal([&] { storage.get(key); }), (Refusal{message, "get"})) << id;
+        EXPECT_EQ(refusal([&] { storage[key]; }), (Refusal{message, "operator[]"})) << id;
+        EXPECT_EQ(refusal([&] { std::as_const(storage)[key]; }), (Refusal{message, "operator[]"})) << id;
+        EXPECT_EQ(refusal([&] { storage.set(key, number(1)); }), (Refusal{message, "set"})) << id;
+    }
     EXPECT_THROW(storage.set("a/c", nullptr), Exception);
-    EXPECT_EQ(storage.get("a")->value<Storage>().size(), 1u);
+    EXPECT_THAT(keys(storage.get("a")->value<Storage>()), ElementsAre("b"));
 }
 
 TEST(DataStorage, RefusesToHoldItself)
@@ -155,7 +121,7 @@ TEST(DataStorage, RefusesToHoldItself)
     EXPECT_EQ(storage.get("outer/x")->value<int>(), 1);
 }
 
-TEST(DataStorage, CopiesHaveTheirOwnGroupsAndShareTheOtherValues)
+TEST(DataStorage, CopiesHaveTheirOwnGroupsAndMovesLeaveNothing)
 {
     Storage storage;
     storage.set("group/x", number(1));
@@ -167,42 +133,50 @@ TEST(DataStorage, CopiesHaveTheirOwnGroupsAndShareTheOtherValues)
     copy.set("group/z", number(3));
     EXPECT_EQ(copy.get("twin/z")->value<int>(), 3) << "one group in two places stays one";
     EXPECT_EQ(storage.get("group/z"), nullptr);
-    EXPECT_NE(copy, storage);
 
     const std::unique_ptr<Storage> clone(storage.clone());
-    storage.clear();
-    EXPECT_EQ(clone->get("group/x")->value<int>(), 1);
+    Storage taken(std::move(storage));
+    EXPECT_EQ(taken, *clone);
+    EXPECT_EQ(storage.size(), 0u);
+    EXPECT_EQ(storage.find("y"), storage.end());
+    storage.set("a/b", number(2));
+    EXPECT_EQ(storage.get("a/b")->value<int>(), 2);
     storage = *clone;
     storage = *&storage;
     EXPECT_EQ(storage, *clone);
 }
 
-TEST(DataStorage, IsEmptyAndUsableAfterAMove)
+TEST(DataStorage, EqualsATreeOfTheSameIdsAndValues)
 {
-    Storage storage;
-    storage.set("x", number(1));
-    const Storage taken(std::move(storage));
-    EXPECT_EQ(taken.size(), 1u);
-    EXPECT_EQ(storage.size(), 0u);
-    EXPECT_EQ(storage.find("x"), storage.end());
-    storage.set("a/b", number(2));
-    EXPECT_EQ(storage.get("a/b")->value<int>(), 2);
+    const auto tree = [](const std::vector<std::pair<std::string, int>>& entries) {
+        Storage storage;
+        for (const auto& [id, value] : entries)
+            storage.set(id, number(value));
+        return storage;
+    };
+    const Storage one = tree({{"a/b", 1}, {"c", 2}});
+    EXPECT_EQ(one, tree({{"c", 2}, {"a/b", 1}}));
+    for (const Storage& other : {tree({}), tree({{"a/b", 1}}), tree({{"a/b", 1}, {"c", 2}, {"d", 3}}),
+                                 tree({{"a/b", 1}, {"a/c", 1}, {"c", 2}}), tree({{"a/b", 1}, {"d", 2}}),
+                                 tree({{"a/b", 3}, {"c", 2}}), tree({{"a", 1}, {"c", 2}})}) {
+        EXPECT_NE(one, other);
+        EXPECT_NE(other, one);
+    }
 }
 
 TEST(DataStorage, HoldsTreesOfAnyDepth)
 {
-    const std::string path = deepPath(100000);
+    std::string path = "a";
+    for (int i = 1; i < 100000; ++i)
+        path += "/a";
     Storage storage;
     storage.set(path, number(7));
     EXPECT_EQ(storage.get(path)->value<int>(), 7);
     Storage copy(storage);
-    EXPECT_EQ(copy[path]->value<int>(), 7);
-    EXPECT_TRUE(copy == storage);
-    EXPECT_TRUE(copy.satisfiesQuery(storage));
-    EXPECT_TRUE(copy.satisfiesQuery({{"a", storage.get("a")}}));
+    EXPECT_TRUE(copy == storage && copy.satisfiesQuery(storage) &&
+                copy.satisfiesQuery({{"a", storage.get("a")}}));
     copy.set(path, number(8));
-    EXPECT_FALSE(copy == storage);
-    EXPECT_FALSE(copy.satisfiesQuery(storage));
+    EXPECT_FALSE(copy == storage || copy.satisfiesQuery(storage));
     storage.set("a", number(1)); // drops the whole branch
     auto holder = Variant::create(std::move(copy));
     holder.reset();
@@ -226,17 +200,16 @@ TEST(DataStorage, WalksGroupsInManyPlacesOnce)
 
 TEST(DataStorage, SatisfiesQueriesForSomeOfItsEntries)
 {
-    Storage storage;
+    Storage storage, query;
     storage.set("site/camera/gain", number(3));
     storage.set("site/name", Variant::create("roof"));
-    EXPECT_TRUE(storage.satisfiesQuery(Storage()));
+    EXPECT_TRUE(storage.satisfiesQuery(query));
     EXPECT_TRUE(storage.satisfiesQuery({{"site/camera/gain", number(3)}, {"site/name", nullptr}}));
     EXPECT_FALSE(storage.satisfiesQuery({{"site/camera/gain", number(4)}}));
     EXPECT_FALSE(storage.satisfiesQuery({{"site/camera/gain", Variant::create(3u)}})) << "another type";
     for (const char* id : {"", "site//name", "site/name/x", "town"})
         EXPECT_FALSE(storage.satisfiesQuery({{id, nullptr}})) << id;
 
-    Storage query;
     query.set("site/camera/gain", number(3));
     EXPECT_TRUE(storage.satisfiesQuery(query));
     EXPECT_TRUE(storage.satisfiesQuery({{"site", query.get("site")}}));
