@@ -103,16 +103,16 @@ public:
         friend class DataStorage;
 
         Entry(DataStorage& storage, const std::string& id, const std::shared_ptr<Variant>& value)
-            : std::shared_ptr<Variant>(value), m_pStorage(&storage), m_strId(id)
+            : std::shared_ptr<Variant>(value), m_oStorage(storage), m_strId(id)
         {}
 
         Entry assign(const std::shared_ptr<Variant>& value)
         {
-            m_pStorage->set(m_strId, value);
-            return {*m_pStorage, m_strId, value};
+            m_oStorage.set(m_strId, value);
+            return {m_oStorage, m_strId, value};
         }
 
-        DataStorage* m_pStorage;
+        DataStorage& m_oStorage;
         std::string m_strId;
     };
 
