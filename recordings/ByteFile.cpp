@@ -27,6 +27,15 @@ ByteFile openBytes(const std::string& path)
     return file;
 }
 
+std::ifstream openStream(const std::string& path)
+{
+    const ByteFile asked = openBytes(path);
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream)
+        VELMO_THROW(path + ": cannot be read");
+    return stream;
+}
+
 std::uint64_t sizeOf(std::FILE* file)
 {
     if (fseeko(file, 0, SEEK_END) != 0)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -18,6 +19,9 @@ using ByteFile = std::unique_ptr<std::FILE, CloseFile>;
 /// Opens a file for reading. Folders, devices and pipes are refused, without waiting for a pipe's other end.
 /// @throws Exception  that names the file
 ByteFile openBytes(const std::string& path);
+
+/// The same as a stream, for decoders that read one.
+std::ifstream openStream(const std::string& path);
 
 /// The number of bytes in the file; it is read from its beginning next.
 std::uint64_t sizeOf(std::FILE* file);

@@ -11,7 +11,8 @@ namespace {
 template <std::size_t bytes>
 void turn(cv::Mat& image)
 {
-    for (unsigned char* value = image.data; value != image.data + bytes * image.total(); value += bytes)
+    const unsigned char* const end = image.data + image.total() * image.elemSize();
+    for (unsigned char* value = image.data; value != end; value += bytes)
         std::reverse(value, value + bytes);
 }
 

@@ -24,6 +24,7 @@ public:
 
     bool degrees() const { return m_bDegrees; }
     const std::string& unit() const { return m_strUnit; }
+    const std::vector<std::string>& files() const { return m_vecFiles; }
 
     void rewind() { open(0); }
 
@@ -105,6 +106,7 @@ public:
 
     std::optional<std::size_t> count() const override { return m_nCount; }
     std::string name() const override { return m_strName; }
+    std::vector<std::string> files() const override { return m_oImages.files(); }
     std::string unit() const override { return m_oImages.degrees() ? m_oScale.unit : m_oImages.unit(); }
 
 private:

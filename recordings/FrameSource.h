@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velmo::recordings {
 
@@ -25,6 +26,9 @@ public:
 
     /// A name for headings: the folder or file.
     virtual std::string name() const = 0;
+
+    /// The files that are read.
+    virtual std::vector<std::string> files() const { return {}; }
 
     /// What a value means, in the words of whoever wrote the recording ("centikelvin"); empty if it does not
     /// say. Known before the first frame.

@@ -35,6 +35,7 @@ public:
 
     std::optional<std::size_t> count() const override { return m_pSource->count(); }
     std::string name() const override { return m_pSource->name(); }
+    std::vector<std::string> files() const override { return m_pSource->files(); }
     std::string unit() const override { return m_pSource->unit(); }
     std::string remark() const override { return m_pSource->remark(); }
 

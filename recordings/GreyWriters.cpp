@@ -82,8 +82,9 @@ void writePgm(OutputFile file, const cv::Mat& frame, const std::string& unit)
 {
     const std::string header = "P5\n" + (unit.empty() ? "" : "# " + unitLine(unit) + "\n") +
                                std::to_string(frame.cols) + " " + std::to_string(frame.rows) + "\n65535\n";
-    file.write(header.data(), header.size());
-    file.write(frame, true);
+    file.write(header);
+    constexpr bool highByteFirst = true;
+    file.write(frame, highByteFirst);
     file.finish();
 }
 

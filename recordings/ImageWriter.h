@@ -4,7 +4,8 @@
 
 namespace velmo::recordings {
 
-/// Writes images of one size and type into one file, one by one; whoever opens it says which type.
+/// Takes images of one type, one by one, into a file or a folder; whoever opens it says which type. In one
+/// file they are of one size.
 class ImageWriter
 {
 public:
@@ -13,7 +14,7 @@ public:
     /// @throws Exception  that names the file, if it cannot take the image
     virtual void write(const cv::Mat& image) = 0;
 
-    /// The file is complete, or an error says why not; nothing can be written behind this.
+    /// All is written, or an error says why not; nothing can be written behind this.
     virtual void finish() = 0;
 };
 

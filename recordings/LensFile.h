@@ -1,13 +1,12 @@
 #pragma once
 
-#include <opencv2/core.hpp>
+#include "recordings/OutputFile.h"
 
-#include <string>
+#include <opencv2/core.hpp>
 
 namespace velmo::recordings {
 
 /// Writes a distortion map of six 16-bit channels as a PAM file.
-/// @throws Exception  that names the path
-void writeLensMap(const std::string& path, const cv::Mat& map);
+void writeLensMap(OutputFile file, const cv::Mat& map);
 
 } // namespace velmo::recordings

@@ -22,6 +22,7 @@ public:
     static OutputFile standardOutput();
 
     void write(const void* bytes, std::size_t count);
+    void write(const std::string& text) { write(text.data(), text.size()); }
 
     /// Writes the values of an image row by row.
     void write(const cv::Mat& image, bool bigEndian = false);

@@ -1,7 +1,5 @@
 #include "recordings/PaletteFile.h"
 
-#include "recordings/RawSink.h"
-
 #include "core/Exception.h"
 #include "core/codecs/StorageDecoder.h"
 #include "vision/imgproc/ColorPaletteManager.h"
@@ -9,8 +7,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <typeinfo>
 
 namespace velmo::recordings {
@@ -20,11 +16,11 @@ using vision::ColorPaletteManager;
 using Storage = exp::DataStorage<std::string>;
 using Decoder = exp::StorageDecoder<Storage>;
 
+constexpr std::size_t nMostPalettes = 10000;
+
 Storage decode(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file || !std::filesystem::is_regular_file(path))
-        VELMO_THROW(path + ": cannot be read");
+    std::ifstream file = openStream(path);
     try {
         return Decoder(Decoder::s32Xml).decode(file).first;
     } catch (const std::exception& error) {
@@ -90,6 +86,9 @@ std::string loadPaletteFile(const std::string& path)
     const Storage palettes = decode(path);
     if (palettes.size() == 0)
         VELMO_THROW(path + ": there is no palette in it");
+    if (palettes.size() > nMostPalettes)
+        VELMO_THROW(path + ": holds " + std::to_string(palettes.size()) + " palettes, at most " +
+                    std::to_string(nMostPalettes) + " are taken");
     for (const auto& [name, colours] : palettes)
         paletteOf(*colours, name, path); // all of them before the first one is added
     if (ColorPaletteManager::getAvailableColorPalettes().empty())
@@ -99,14 +98,15 @@ std::string loadPaletteFile(const std::string& path)
     return palettes.begin()->first;
 }
 
-void writePaletteFile(const std::string& path, const std::string& name, const Palette& palette)
+void writePaletteFile(OutputFile file, const std::string& name, const Palette& palette)
 {
     requireName(name);
     std::string text =
         "<group name=\"palettes\">\n    <item name=\"" + attribute(name) + "\" type=\"uint8[]\">";
     for (std::size_t point = 0; point < palette.size() / 3; ++point)
         text += (point % 12 == 0 ? "\n        " : " ") + colourText(palette, point);
-    writeFile(path, text + "\n    </item>\n</group>\n");
+    file.write(text + "\n    </item>\n</group>\n");
+    file.finish();
 }
 
 } // namespace velmo::recordings

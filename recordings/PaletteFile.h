@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recordings/OutputFile.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -16,9 +18,8 @@ std::string colourText(const Palette& palette, std::size_t point);
 /// @throws Exception  if it cannot be read or holds no palette
 std::string loadPaletteFile(const std::string& path);
 
-/// Writes a file that `loadPaletteFile` reads: one palette under this name. Whatever is at `path` stays
-/// until the new file is complete.
-/// @throws Exception  for a name that no palette can have in a file, or if the file cannot be written
-void writePaletteFile(const std::string& path, const std::string& name, const Palette& palette);
+/// Writes a file that `loadPaletteFile` reads: one palette under this name.
+/// @throws Exception  for a name that no palette can have in a file
+void writePaletteFile(OutputFile file, const std::string& name, const Palette& palette);
 
 } // namespace velmo::recordings

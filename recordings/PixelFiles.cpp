@@ -1,6 +1,6 @@
 #include "recordings/PixelFiles.h"
 
-#include "recordings/RawSink.h"
+#include "recordings/GreyWriters.h"
 
 #include "core/Exception.h"
 #include "core/codecs/ImageDecoderPxM.h"
@@ -11,20 +11,6 @@ namespace {
 using exp::Exception;
 using exp::vision::BadPixel;
 using exp::vision::BadPixelTools;
-
-/// A binary PGM of 16 bits; the picture libraries write none without rows, which is how no record looks.
-template <class T>
-std::string pgm(const cv::Mat_<T>& image)
-{
-    std::string bytes = "P5\n" + std::to_string(image.cols) + " " + std::to_string(image.rows) + "\n65535\n";
-    for (int r = 0; r < image.rows; ++r)
-        for (int c = 0; c < image.cols; ++c) {
-            const auto value = static_cast<unsigned short>(image(r, c));
-            bytes += static_cast<char>(value >> 8);
-            bytes += static_cast<char>(value & 0xff);
-        }
-    return bytes;
-}
 
 } // namespace
 
@@ -47,9 +33,11 @@ cv::Mat_<int> readPixelMap(const std::string& path)
     return map;
 }
 
-void writePixelMap(const std::string& path, const cv::Mat_<int>& map)
+void writePixelMap(OutputFile file, const cv::Mat_<int>& map)
 {
-    writeFile(path, pgm(map));
+    cv::Mat_<unsigned short> flags;
+    map.convertTo(flags, CV_16U);
+    writePgm(std::move(file), flags, "");
 }
 
 std::vector<BadPixel> readRecords(const std::string& path)
@@ -61,9 +49,11 @@ std::vector<BadPixel> readRecords(const std::string& path)
     }
 }
 
-void writeRecords(const std::string& path, const std::vector<BadPixel>& records)
+void writeRecords(OutputFile file, const std::vector<BadPixel>& records)
 {
-    writeFile(path, pgm(cv::Mat_<short>(BadPixelTools::convertBadPixelToPxmFormat(records))));
+    // Signed values are kept as their 16-bit patterns.
+    const cv::Mat_<short> values = BadPixelTools::convertBadPixelToPxmFormat(records);
+    writePgm(std::move(file), cv::Mat(values.size(), CV_16U, values.data, values.step), "");
 }
 
 } // namespace velmo::recordings

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recordings/OutputFile.h"
+
 #include "vision/imgproc/BadPixel.h"
 
 #include <opencv2/core.hpp>
@@ -13,11 +15,11 @@ namespace velmo::recordings {
 /// channel.
 /// @throws Exception  that names the path
 cv::Mat_<int> readPixelMap(const std::string& path);
-void writePixelMap(const std::string& path, const cv::Mat_<int>& map);
+void writePixelMap(OutputFile file, const cv::Mat_<int>& map);
 
 /// Records as a map image.
 /// @throws Exception  that names the path
 std::vector<exp::vision::BadPixel> readRecords(const std::string& path);
-void writeRecords(const std::string& path, const std::vector<exp::vision::BadPixel>& records);
+void writeRecords(OutputFile file, const std::vector<exp::vision::BadPixel>& records);
 
 } // namespace velmo::recordings

@@ -26,6 +26,7 @@ public:
 
     std::optional<std::size_t> count() const override { return m_oStream.count(); }
     std::string name() const override { return m_strName; }
+    std::vector<std::string> files() const override { return m_oStream.files(); }
     std::string remark() const override { return m_oStream.remark(); }
 
 private:

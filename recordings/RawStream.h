@@ -24,6 +24,8 @@ public:
     /// Known only if all of them are files: a pipe has no size.
     std::optional<std::size_t> count() const { return m_nCount; }
 
+    const std::vector<std::string>& files() const { return m_vecFiles; }
+
     /// Says that the last frame was cut off, if it was.
     const std::string& remark() const { return m_strRemark; }
 

@@ -9,7 +9,7 @@ constexpr std::size_t nMostWaiting = 3;
 
 } // namespace
 
-ThreadedSink::ThreadedSink(std::unique_ptr<PictureSink> sink)
+ThreadedSink::ThreadedSink(std::unique_ptr<ImageWriter> sink)
     : m_pSink(std::move(sink)), m_oThread([this] { run(); })
 {}
 

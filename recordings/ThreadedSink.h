@@ -1,10 +1,11 @@
 #pragma once
 
-#include "recordings/PictureSink.h"
+#include "recordings/ImageWriter.h"
 
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -15,10 +16,10 @@ namespace velmo::recordings {
 /// for the last to be packed. Pictures keep their order; no more than a few wait.
 ///
 /// An error of the other thread comes out of the next `write` or of `finish`, and ends both.
-class ThreadedSink : public PictureSink
+class ThreadedSink : public ImageWriter
 {
 public:
-    explicit ThreadedSink(std::unique_ptr<PictureSink> sink);
+    explicit ThreadedSink(std::unique_ptr<ImageWriter> sink);
     ~ThreadedSink() override;
     ThreadedSink(const ThreadedSink&) = delete;
     ThreadedSink& operator=(const ThreadedSink&) = delete;
@@ -32,7 +33,7 @@ private:
     bool take(cv::Mat& picture);
     void join();
 
-    std::unique_ptr<PictureSink> m_pSink;
+    std::unique_ptr<ImageWriter> m_pSink;
     std::mutex m_oMutex;
     std::condition_variable m_oChanged;
     std::deque<cv::Mat> m_oWaiting;

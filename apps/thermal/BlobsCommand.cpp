@@ -77,9 +77,9 @@ private:
 
 /// What is chosen for blobs: without another palette the frame is grey, so that the marks are what is
 /// coloured.
-Settings blobSettings(const BlobsOptions& options)
+Settings blobSettings(const BlobsOptions& options, Outputs& outputs)
 {
-    Settings settings = options.settings.settings();
+    Settings settings = options.settings.settings(outputs);
     if (!BlobRule::from(settings))
         throw UsageError("blobs needs --above VALUE or --below VALUE");
     if (settings.text("colours/range") == "lock")
@@ -92,10 +92,11 @@ Settings blobSettings(const BlobsOptions& options)
 
 void showBlobs(const BlobsOptions& options)
 {
-    const Settings settings = blobSettings(options);
-    Camera camera = openCamera(settings);
-    const auto source = options.input.open();
-    const auto sink = options.output.open(*source);
+    Outputs outputs;
+    const Settings settings = blobSettings(options, outputs);
+    Camera camera = openCamera(settings, outputs);
+    const auto source = options.input.open(outputs);
+    const auto sink = options.output.open(outputs, *source);
     BlobTable table(settings.flag("picture/celsius"));
     std::size_t index = 0;
     forEachFrame(*source, options.input.quiet, [&](const Frame& raw) {
@@ -106,6 +107,7 @@ void showBlobs(const BlobsOptions& options)
         ++index;
     });
     sink->finish();
+    outputs.commit();
     table.print(options.format);
 }
 

@@ -8,10 +8,11 @@ namespace thermal {
 using namespace velmo::camera;
 using namespace velmo::recordings;
 
-Calibration readFilesOf(Settings& settings)
+Calibration readFilesOf(Settings& settings, Outputs& outputs)
 {
     if (const std::string file = settings.text("colours/palette-file"); !file.empty()) {
         const std::string first = loadPaletteFile(file);
+        outputs.protect({file});
         if (settings.text("colours/palette") == "auto")
             settings.set("colours/palette", first);
     }
@@ -19,13 +20,14 @@ Calibration readFilesOf(Settings& settings)
     if (const std::string file = settings.text("pixels/records"); !file.empty()) {
         calibration.origin = file;
         calibration.badPixels = readRecords(file);
+        outputs.protect({file});
     }
     return calibration;
 }
 
-Camera openCamera(Settings settings)
+Camera openCamera(Settings settings, Outputs& outputs)
 {
-    const Calibration calibration = readFilesOf(settings);
+    const Calibration calibration = readFilesOf(settings, outputs);
     return Camera(settings, calibration);
 }
 

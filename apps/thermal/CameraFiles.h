@@ -3,16 +3,18 @@
 #include "camera/Calibration.h"
 #include "camera/Camera.h"
 #include "camera/Settings.h"
+#include "recordings/Outputs.h"
 
 namespace thermal {
 
-/// Reads the files that settings name: loads the palettes, of which the first is taken if none is named, and
-/// returns what was measured of the camera.
+/// Reads the files that settings name, and protects them from outputs: loads the palettes, of which the first
+/// is taken if none is named, and returns what was measured of the camera.
 /// @throws Exception  that names the file
-velmo::camera::Calibration readFilesOf(velmo::camera::Settings& settings);
+velmo::camera::Calibration readFilesOf(velmo::camera::Settings& settings,
+                                       velmo::recordings::Outputs& outputs);
 
 /// The camera that the settings describe.
 /// @throws Exception  for the settings, and for the files that they name
-velmo::camera::Camera openCamera(velmo::camera::Settings settings);
+velmo::camera::Camera openCamera(velmo::camera::Settings settings, velmo::recordings::Outputs& outputs);
 
 } // namespace thermal

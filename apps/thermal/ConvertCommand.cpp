@@ -6,7 +6,6 @@
 #include "recordings/FileList.h"
 #include "recordings/Frames.h"
 #include "recordings/PictureSink.h"
-#include "recordings/RawSink.h"
 #include "recordings/RawStream.h"
 #include "vision/imgproc/ColorConvert.h"
 
@@ -70,6 +69,7 @@ public:
     virtual bool next(cv::Mat& image) = 0;
     virtual std::optional<std::size_t> count() const = 0;
     virtual std::string name() const = 0;
+    virtual std::vector<std::string> files() const = 0;
     virtual std::string remark() const { return ""; }
     virtual Picture picture(const cv::Mat& image) const = 0;
 };
@@ -93,6 +93,7 @@ public:
 
     std::optional<std::size_t> count() const override { return m_oStream.count(); }
     std::string name() const override { return m_strName; }
+    std::vector<std::string> files() const override { return m_oStream.files(); }
     std::string remark() const override { return m_oStream.remark(); }
 
     Picture picture(const cv::Mat& image) const override
@@ -126,6 +127,7 @@ public:
 
     std::optional<std::size_t> count() const override { return m_vecFiles.size(); }
     std::string name() const override { return m_strName; }
+    std::vector<std::string> files() const override { return m_vecFiles; }
     Picture picture(const cv::Mat& image) const override { return image; }
 
 private:
@@ -183,18 +185,22 @@ void convert(const ConvertOptions& options)
     if (options.from == options.to)
         throw UsageError("--to " + options.to + ": that is what the input is");
     const auto source = openColours(options);
+    Outputs outputs;
+    outputs.protect(source->files());
     if (options.to == "png") {
-        const auto sink = openSink(options.out, source->count(), options.fps);
+        const auto sink = openSink(outputs, options.out, source->count(), options.fps);
         forEachImage<cv::Mat>(*source, options.quiet,
                               [&](const cv::Mat& image) { sink->write(source->picture(image)); });
         sink->finish();
+        outputs.commit();
         return;
     }
-    RawSink sink(options.out);
+    OutputFile file = outputs.file(options.out);
     forEachImage<cv::Mat>(*source, options.quiet, [&](const cv::Mat& image) {
-        sink.write(encoded(ycbcrOf(*source, image, options.from), options.to));
+        file.write(encoded(ycbcrOf(*source, image, options.from), options.to));
     });
-    sink.finish();
+    file.finish();
+    outputs.commit();
 }
 
 } // namespace

@@ -147,14 +147,17 @@ Table tableOf(const Tour& tour, double paintTime)
 class Gallery
 {
 public:
-    explicit Gallery(const std::string& folder) : m_oFolder(folder) {}
+    Gallery(Outputs& outputs, std::string folder) : m_oOutputs(outputs), m_strFolder(std::move(folder))
+    {
+        outputs.folder(m_strFolder);
+    }
 
     /// A picture of its own.
     void show(const std::string& name, const Picture& picture)
     {
         char number[8];
         std::snprintf(number, sizeof number, "%02d-", m_s32Next++);
-        m_oFolder.write(number + name.substr(0, name.find(' ')) + ".png", picture);
+        write(number + name.substr(0, name.find(' ')), picture);
     }
 
     /// The same, and beside `left` on the sheet.
@@ -169,22 +172,28 @@ public:
         // Five bits per channel look the same here and make noise a quarter of the file size.
         const cv::Scalar fiveBits = cv::Scalar::all(0xF8);
         const Picture sheet = m_oSheet.draw() & fiveBits;
-        m_oFolder.write("contact-sheet.png", sheet);
+        write("contact-sheet", sheet);
         Picture small;
         cv::resize(sheet, small, {}, 0.75, 0.75, cv::INTER_AREA);
-        m_oFolder.write("contact-sheet-small.png", small & fiveBits);
-        m_oFolder.finish();
+        write("contact-sheet-small", small & fiveBits);
     }
 
 private:
-    PictureFolder m_oFolder;
+    void write(const std::string& name, const Picture& picture)
+    {
+        writePicture(m_oOutputs, m_strFolder + "/" + name + ".png", picture);
+    }
+
+    Outputs& m_oOutputs;
+    std::string m_strFolder;
     ContactSheet m_oSheet{"each stage beside the raw frame; 18 to 25 °C", 2};
     int m_s32Next = 0;
 };
 
 void demo(const DemoOptions& options)
 {
-    Gallery gallery(options.out); // first: a folder that cannot be written is no reason to wait
+    Outputs outputs;
+    Gallery gallery(outputs, options.out); // first: a folder that cannot be written is no reason to wait
     Tour tour;
     tour.run(options.quiet);
 
@@ -198,6 +207,7 @@ void demo(const DemoOptions& options)
     Colouring grey(findPalette("Grayscale"));
     gallery.compare("palettise Ironbow", grey.paint(tour.raw(), roomRange), raw);
     gallery.finish();
+    outputs.commit();
 
     const Frame& clean = tour.exhibits()[tour.exhibits().size() - 2].last;
     tableOf(tour, paintMicroseconds(colouring, clean)).print(std::cout, options.format);

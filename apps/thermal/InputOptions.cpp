@@ -51,7 +51,7 @@ CLI::Option& InputOptions::addTo(CLI::App& command)
     return option;
 }
 
-std::unique_ptr<velmo::recordings::FrameSource> InputOptions::open() const
+std::unique_ptr<velmo::recordings::FrameSource> InputOptions::open(velmo::recordings::Outputs& outputs) const
 {
     if (raw.empty())
         for (const std::string& input : inputs)
@@ -62,7 +62,9 @@ std::unique_ptr<velmo::recordings::FrameSource> InputOptions::open() const
         options.raw = parseRawFormat(raw);
     if (!rows.empty())
         options.rows = parseRows(rows);
-    return velmo::recordings::openFrames(inputs, options);
+    auto source = velmo::recordings::openFrames(inputs, options);
+    outputs.protect(source->files());
+    return source;
 }
 
 void forEachFrame(velmo::recordings::FrameSource& source, bool quiet,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "recordings/Frames.h"
+#include "recordings/Outputs.h"
 
 #include <functional>
 #include <memory>
@@ -25,11 +26,12 @@ struct InputOptions
     /// @returns the option of the inputs, so that a command can do without them
     CLI::Option& addTo(CLI::App& command);
 
+    /// Opens the recording, and protects it from the command's outputs.
     /// @throws Exception  as recordings::openFrames
-    std::unique_ptr<velmo::recordings::FrameSource> open() const;
+    std::unique_ptr<velmo::recordings::FrameSource> open(velmo::recordings::Outputs& outputs) const;
 };
 
-/// Hands every frame of the source to `use`, with a progress bar unless `quiet`; an interrupt ends it.
+/// Hands every frame of the source to `use`, with a progress bar unless `quiet`.
 /// @throws UsageError  if there is no frame at all
 void forEachFrame(velmo::recordings::FrameSource& source, bool quiet,
                   const std::function<void(velmo::recordings::Frame&)>& use);

@@ -1,33 +1,44 @@
 #include "apps/thermal/Interrupt.h"
 
+#include "apps/thermal/Progress.h"
+#include "apps/thermal/Terminal.h"
+#include "recordings/Outputs.h"
+
 #include <csignal>
+#include <string>
+#include <thread>
+
+#include <unistd.h>
 
 namespace thermal {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+constexpr int s32ExitCode = 130; ///< 128 + SIGINT, what shells expect
 
-extern "C" void noteInterrupt(int)
+void waitForInterrupt(const sigset_t& signals)
 {
-    interrupted = 1;
+    int received = 0;
+    sigwait(&signals, &received);
+    // The main thread may be anywhere: nothing of it is waited for, and from here on it changes no file.
+    velmo::recordings::Outputs::abandonAll();
+    // Past the streams: the main thread may hold them.
+    const std::string line = (isatty(STDERR_FILENO) == 1 ? clearLine : "") + complaint("interrupted");
+    static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
+    _exit(s32ExitCode);
 }
 
 } // namespace
 
-void listenForInterrupts()
+void endOnInterrupts()
 {
-    struct sigaction action = {};
-    action.sa_handler = noteInterrupt;
-    // No SA_RESTART: a read that waits for the next frame has to return.
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-}
-
-void checkInterrupt()
-{
-    if (interrupted)
-        throw Interrupted();
+    sigset_t signals = {};
+    for (const int each : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, each);
+    // Blocked here and in all threads to come, they reach the one that waits for them.
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread(waitForInterrupt, signals).detach();
+    // A file that gets too large for the user's limit is a failed write, like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 } // namespace thermal

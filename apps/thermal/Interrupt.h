@@ -1,22 +1,9 @@
 #pragma once
 
-#include <stdexcept>
-
 namespace thermal {
 
-/// Thrown by checkInterrupt, so that an interrupted command takes back what it has half written.
-class Interrupted : public std::runtime_error
-{
-public:
-    static constexpr int s32ExitCode = 130; ///< 128 + SIGINT, what shells expect
-
-    Interrupted() : std::runtime_error("interrupted") {}
-};
-
-/// From now on SIGINT and SIGTERM are noted instead of ending the program at once. A second one ends it.
-void listenForInterrupts();
-
-/// Throws Interrupted if there was one; called between frames.
-void checkInterrupt();
+/// From now on SIGINT, SIGTERM and SIGHUP end the program within moments with code 130, whatever its threads
+/// are doing: what is not complete is taken back. To be called once, before there is another thread.
+void endOnInterrupts();
 
 } // namespace thermal

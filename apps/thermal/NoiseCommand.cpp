@@ -129,11 +129,11 @@ void requireFrames(const NoiseFigures& figures, const NoiseOptions& options)
         throw UsageError("--skip: " + std::to_string(options.skip) + " frames are all there are");
 }
 
-void measure(const NoiseOptions& options)
+void measure(const NoiseOptions& options, Outputs& outputs)
 {
     NoiseMeter meter;
     std::size_t seen = 0;
-    const auto source = options.input.open();
+    const auto source = options.input.open(outputs);
     forEachFrame(*source, options.input.quiet, [&](const Frame& frame) {
         if (seen++ >= options.skip)
             meter.add(frame);
@@ -142,9 +142,9 @@ void measure(const NoiseOptions& options)
     measured(meter.figures()).print(std::cout, options.format);
 }
 
-void compare(const NoiseOptions& options, Settings settings)
+void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
 {
-    const Calibration calibration = readFilesOf(settings);
+    const Calibration calibration = readFilesOf(settings, outputs);
     Chain chain(settings, calibration);
     if (chain.size() == 0) {
         settings.set("noise/denoise", true);
@@ -156,7 +156,7 @@ void compare(const NoiseOptions& options, Settings settings)
     Frame lastBefore;
     Frame lastAfter;
     std::size_t seen = 0;
-    const auto source = options.input.open();
+    const auto source = options.input.open(outputs);
     forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         lastBefore = frame.clone();
         chain.apply(frame);
@@ -170,20 +170,22 @@ void compare(const NoiseOptions& options, Settings settings)
     });
     requireFrames(before.figures(), options);
     if (!options.out.empty())
-        writePicture(options.out, comparison(settings, lastBefore, lastAfter));
+        writePicture(outputs, options.out, comparison(settings, lastBefore, lastAfter));
+    outputs.commit();
     compared(before.figures(), after.figures(), fidelity.figures()).print(std::cout, options.format);
 }
 
 void noise(const NoiseOptions& options)
 {
-    const Settings settings = options.settings.settings();
+    Outputs outputs;
+    const Settings settings = options.settings.settings(outputs);
     if (options.compare)
-        return compare(options, settings);
+        return compare(options, settings, outputs);
     if (Chain(settings).size() > 0 || !settings.text("pixels/records").empty())
         throw UsageError("filters change what is measured: add --compare");
     if (!options.out.empty())
         throw UsageError("--out draws before and after: add --compare");
-    measure(options);
+    measure(options, outputs);
 }
 
 } // namespace

@@ -14,6 +14,11 @@ void OutputOptions::addTo(CLI::App& command)
     addFps(command, fps);
 }
 
+void addForce(CLI::App& command, bool& force)
+{
+    command.add_flag("--force", force, "Replace files that join --out and are there already; never an input");
+}
+
 void addFps(CLI::App& command, double& fps)
 {
     command.add_option("--fps", fps, "Pictures per second of a film")
@@ -22,10 +27,10 @@ void addFps(CLI::App& command, double& fps)
         ->type_name("N");
 }
 
-std::unique_ptr<velmo::recordings::PictureSink>
-OutputOptions::open(const velmo::recordings::FrameSource& source) const
+std::unique_ptr<velmo::recordings::ImageWriter>
+OutputOptions::open(velmo::recordings::Outputs& outputs, const velmo::recordings::FrameSource& source) const
 {
-    return velmo::recordings::openSink(out, source.count(), fps);
+    return velmo::recordings::openSink(outputs, out, source.count(), fps);
 }
 
 } // namespace thermal

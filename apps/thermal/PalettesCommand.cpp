@@ -7,11 +7,14 @@
 #include "recordings/PaletteFormats.h"
 #include "recordings/PictureSink.h"
 
+#include "vision/imgproc/ColorPaletteManager.h"
+
 #include <CLI/App.hpp>
 
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace thermal {
 
@@ -19,6 +22,8 @@ using namespace velmo::camera;
 using namespace velmo::recordings;
 
 namespace {
+
+using velmo::vision::ColorPaletteManager;
 
 struct PalettesOptions
 {
@@ -45,22 +50,39 @@ Picture swatch(const Palette& palette)
     return Colouring(palette).paint(ramp, {0, s32Width});
 }
 
+/// All palettes that there are: those of the file, if one is named, join the built-in ones.
+std::vector<std::string> palettesOf(const std::string& file, Outputs& outputs)
+{
+    if (!file.empty()) {
+        loadPaletteFile(file);
+        outputs.protect({file});
+    }
+    return paletteNames();
+}
+
+Picture sheetOf(const std::vector<std::string>& names)
+{
+    ContactSheet sheet("palettes, coldest to hottest", 2);
+    for (const std::string& name : names)
+        sheet.add(name, swatch(ColorPaletteManager::getPaletteColors(name)));
+    return sheet.draw();
+}
+
 void listPalettes(const PalettesOptions& options)
 {
-    if (!options.paletteFile.empty())
-        loadPaletteFile(options.paletteFile);
+    Outputs outputs;
+    const std::vector<std::string> names = palettesOf(options.paletteFile, outputs);
     Table table(
         {{"palette", "palette"}, {"points", "points"}, {"coldest", "coldest"}, {"hottest", "hottest"}});
-    ContactSheet sheet("palettes, coldest to hottest", 2);
-    for (const std::string& name : paletteNames()) {
-        const Palette palette = findPalette(name);
+    for (const std::string& name : names) {
+        const Palette palette = ColorPaletteManager::getPaletteColors(name);
         const std::size_t points = palette.size() / 3;
         table.add(
             {name, static_cast<double>(points), colourText(palette, 0), colourText(palette, points - 1)});
-        sheet.add(name, swatch(palette));
     }
     if (!options.out.empty())
-        writePicture(options.out, sheet.draw());
+        writePicture(outputs, options.out, sheetOf(names));
+    outputs.commit();
     table.print(std::cout, options.format);
 }
 
@@ -77,9 +99,11 @@ void addExport(CLI::App& palettes)
     addPaletteFile(command, options->paletteFile);
     command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
     command.callback([options] {
-        if (!options->paletteFile.empty())
-            loadPaletteFile(options->paletteFile);
-        writePaletteFile(options->out, options->name, findPalette(options->name));
+        Outputs outputs;
+        palettesOf(options->paletteFile, outputs);
+        const Palette palette = findPalette(options->name);
+        writePaletteFile(outputs.file(options->out), options->name, palette);
+        outputs.commit();
     });
 }
 
@@ -94,8 +118,13 @@ void addImport(CLI::App& palettes)
         ->required();
     command.add_option("--name", options->name, "The palette's name in the new file")->required();
     command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
-    command.callback(
-        [options] { writePaletteFile(options->out, options->name, importPalette(options->input)); });
+    command.callback([options] {
+        Outputs outputs;
+        outputs.protect({options->input});
+        const Palette palette = importPalette(options->input);
+        writePaletteFile(outputs.file(options->out), options->name, palette);
+        outputs.commit();
+    });
 }
 
 } // namespace

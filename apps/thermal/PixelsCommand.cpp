@@ -1,13 +1,15 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
+#include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/Table.h"
+#include "apps/thermal/Terminal.h"
 #include "camera/pixels/PixelDetection.h"
 #include "camera/pixels/PixelOverlay.h"
 #include "camera/settings/Parse.h"
-#include "recordings/PictureSink.h"
+#include "recordings/Outputs.h"
 #include "recordings/PixelFiles.h"
-#include "recordings/RawSink.h"
+#include "recordings/PngFile.h"
 
 #include <CLI/App.hpp>
 
@@ -15,6 +17,7 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +44,7 @@ struct DetectOptions
     bool monotony = false;
     std::vector<std::string> netd; ///< FRAMES1 T1 FRAMES2 T2
     std::string netdTolerances = "0.5:1:1";
+    bool force = false;
     TableFormat format;
 };
 
@@ -54,33 +58,41 @@ std::vector<double> numbersOf(const std::string& text, const std::string& option
     return parseForm(text, option, form);
 }
 
-StillSeries readStill(const DetectOptions& options, const std::string& frames)
-{
-    InputOptions input;
-    input.inputs = {frames};
-    input.raw = options.input.raw;
-    StillSeries series;
-    const auto source = input.open();
-    forEachFrame(*source, options.input.quiet, [&](const Frame& frame) { series.add(frame); });
-    return series;
-}
-
-/// What a NETD measurement takes from the command line; read before the frames are.
+/// What a NETD measurement takes from the command line, and the two series.
 struct NetdRequest
 {
-    explicit NetdRequest(const DetectOptions& options)
+    NetdRequest(const DetectOptions& options, Outputs& outputs)
         : firstTemperature(parseNumber(options.netd[1], "--netd temperature", -1000, 10000)),
-          secondTemperature(parseNumber(options.netd[3], "--netd temperature", -1000, 10000))
+          secondTemperature(parseNumber(options.netd[3], "--netd temperature", -1000, 10000)),
+          first(openSeries(options, options.netd[0], outputs)),
+          second(openSeries(options, options.netd[2], outputs))
     {
         const auto factors =
             numbersOf(options.netdTolerances, "--netd-tolerance", {"RESPONSIVITY", "NOISE", "NETD"});
         tolerances = {factors[0], factors[1], factors[2]};
     }
 
+    static std::unique_ptr<FrameSource> openSeries(const DetectOptions& options, const std::string& frames,
+                                                   Outputs& outputs)
+    {
+        InputOptions input = options.input;
+        input.inputs = {frames};
+        return input.open(outputs);
+    }
+
     double firstTemperature;
     double secondTemperature;
+    std::unique_ptr<FrameSource> first;
+    std::unique_ptr<FrameSource> second;
     NetdTolerances tolerances;
 };
+
+StillSeries readStill(FrameSource& source, bool quiet)
+{
+    StillSeries series;
+    forEachFrame(source, quiet, [&](const Frame& frame) { series.add(frame); });
+    return series;
+}
 
 /// The frame behind the overlay, and the map so far.
 struct Found
@@ -89,11 +101,10 @@ struct Found
     PixelMap map;
 };
 
-void detectByNetd(const DetectOptions& options, Found& found)
+Table detectByNetd(const NetdRequest& request, bool quiet, Found& found)
 {
-    const NetdRequest request(options);
-    const StillSeries first = readStill(options, options.netd[0]);
-    const StillSeries second = readStill(options, options.netd[2]);
+    const StillSeries first = readStill(*request.first, quiet);
+    const StillSeries second = readStill(*request.second, quiet);
     if (found.map.empty()) {
         found.map = PixelMap(first.size(), 0);
         first.mean().convertTo(found.frame, CV_16U);
@@ -103,9 +114,7 @@ void detectByNetd(const DetectOptions& options, Found& found)
     Table table(
         {{"mean responsivity", "responsivity", 3}, {"mean noise", "noise", 3}, {"mean NETD", "netd", 4}});
     table.add({results.dMeanResponsivity, results.dMeanNoise, results.dMeanNetd});
-    table.print(std::cout, options.format);
-    if (!options.format.json && !options.format.csv)
-        std::cout << '\n';
+    return table;
 }
 
 /// Rows and columns last: they count what the others found.
@@ -115,7 +124,7 @@ void detectLines(const std::vector<double>& limits, PixelMap& map)
                                            static_cast<unsigned>(limits[1]));
 }
 
-void printCounts(const PixelMap& map, const TableFormat& format)
+Table countsOf(const PixelMap& map)
 {
     Table table({{"reason", "reason"}, {"flag", "flag"}, {"pixels", "pixels"}, {"percent", "percent", 3}});
     const auto add = [&](const std::string& name, double flag, const PixelMap& flagged) {
@@ -125,7 +134,7 @@ void printCounts(const PixelMap& map, const TableFormat& format)
     for (const PixelReason& reason : pixelReasons())
         add(reason.name, reason.flag, PixelMap(map & static_cast<int>(reason.flag)));
     add("any", std::nan(""), map);
-    table.print(std::cout, format);
+    return table;
 }
 
 void checkRequest(const DetectOptions& options)
@@ -141,14 +150,19 @@ void checkRequest(const DetectOptions& options)
         throw UsageError("pixels detect: INPUT is for --spread and --monotony");
 }
 
-Found detectByFrames(const DetectOptions& options)
+Found detectByFrames(FrameSource& source, const DetectOptions& options)
 {
     PixelDetection detection(static_cast<std::size_t>(options.minCount), options.monotony, options.offset);
-    const auto source = options.input.open();
-    forEachFrame(*source, options.input.quiet, [&](const Frame& frame) { detection.add(frame); });
+    forEachFrame(source, options.input.quiet, [&](const Frame& frame) { detection.add(frame); });
     if (options.monotony && detection.frames() < 2)
-        throw UsageError(source->name() + ": --monotony needs at least two frames");
+        throw UsageError(source.name() + ": --monotony needs at least two frames");
     return {detection.first(), detection.map()};
+}
+
+/// The file that joins the map.
+std::string besideMap(const DetectOptions& options, const char* ending)
+{
+    return std::filesystem::path(options.out).replace_extension(ending).string();
 }
 
 void detect(const DetectOptions& options)
@@ -158,20 +172,33 @@ void detect(const DetectOptions& options)
     if (!options.rowsColumns.empty())
         lineLimits = numbersOf(options.rowsColumns, "--rows-columns", {"COLUMN", "ROW"});
 
-    Found found;
+    Outputs outputs(options.force);
+    std::unique_ptr<FrameSource> frames;
     if (!options.input.inputs.empty())
-        found = detectByFrames(options);
+        frames = options.input.open(outputs);
+    std::optional<NetdRequest> netd;
     if (!options.netd.empty())
-        detectByNetd(options, found);
+        netd.emplace(options, outputs);
+    OutputFile map = outputs.file(options.out);
+    OutputFile list = outputs.companion(besideMap(options, ".csv"));
+    OutputFile picture = outputs.companion(besideMap(options, ".png"));
+
+    Found found;
+    Tables tables;
+    if (frames)
+        found = detectByFrames(*frames, options);
+    if (netd)
+        tables.emplace_back("netd", detectByNetd(*netd, options.input.quiet, found));
     if (!lineLimits.empty())
         detectLines(lineLimits, found.map);
+    tables.emplace_back("pixels", countsOf(found.map));
 
-    const std::filesystem::path out = options.out;
-    writePixelMap(out.string(), found.map);
-    writeFile(std::filesystem::path(out).replace_extension(".csv").string(), pixelList(found.map));
-    writePicture(std::filesystem::path(out).replace_extension(".png").string(),
-                 drawBadPixels(found.frame, found.map));
-    printCounts(found.map, options.format);
+    writePixelMap(std::move(map), found.map);
+    list.write(pixelList(found.map));
+    list.finish();
+    writePng(std::move(picture), drawBadPixels(found.frame, found.map));
+    outputs.commit();
+    printTables(std::cout, tables, options.format);
 }
 
 void addDetect(CLI::App& pixels)
@@ -217,6 +244,7 @@ void addDetect(CLI::App& pixels)
                     "How far from the means is good, relative to them")
         ->capture_default_str()
         ->type_name("RESPONSIVITY:NOISE:NETD");
+    addForce(command, options->force);
     options->format.addTo(command);
     command.callback([options] { detect(*options); });
 }
@@ -231,10 +259,13 @@ struct RecordsOptions
 
 void makeRecords(const RecordsOptions& options)
 {
+    Outputs outputs;
+    outputs.protect({options.map});
     const std::vector<BadPixel> records =
         BadPixelTools::calculateReplacePixels(readPixelMap(options.map), options.radius);
-    writeRecords(options.out, records);
-    std::cout << records.size() << " records in " << options.out << '\n';
+    writeRecords(outputs.file(options.out), records);
+    outputs.commit();
+    std::cout << records.size() << " records in " << forTerminal(options.out) << '\n';
 }
 
 void addRecords(CLI::App& pixels)

@@ -1,7 +1,7 @@
 #include "apps/thermal/Program.h"
 
 #include "apps/thermal/Commands.h"
-#include "apps/thermal/Interrupt.h"
+#include "apps/thermal/Terminal.h"
 
 #include <opencv2/core.hpp>
 
@@ -9,20 +9,16 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 
-#include <algorithm>
 #include <iostream>
 #include <string>
 
 namespace thermal {
 namespace {
 
-constexpr int s32BadUsage = 2;
-
-int complain(std::string message)
+int complain(const std::string& message)
 {
-    std::replace(message.begin(), message.end(), '\n', ' ');
-    message.erase(message.find_last_not_of(' ') + 1);
-    std::cerr << "thermal: " << message << std::endl;
+    constexpr int s32BadUsage = 2;
+    std::cerr << complaint(message) << std::flush;
     return s32BadUsage;
 }
 
@@ -37,9 +33,6 @@ int runCommand(CLI::App& program, int argc, const char* const* argv)
     } catch (const CLI::ParseError& error) {
         // Code 0 is how --help and --version ask to be printed.
         return error.get_exit_code() == 0 ? program.exit(error) : complain(error.what());
-    } catch (const Interrupted& interrupted) {
-        complain(interrupted.what());
-        return Interrupted::s32ExitCode;
     } catch (const cv::Exception& error) {
         return complain(error.err); // what() is a report of several lines
     } catch (const std::exception& error) {
@@ -53,7 +46,7 @@ int runProgram(int argc, const char* const* argv)
 {
     CLI::App program{
         "Looks at recordings of thermal cameras: cleans the frames and turns them into pictures.", "thermal"};
-    program.set_version_flag("--version", "thermal 1.0.0");
+    program.set_version_flag("--version", "thermal " THERMAL_VERSION);
     // Not more; that there is one is checked here, since a misspelt one deserves its own message.
     program.require_subcommand(0, 1);
     program.get_formatter()->column_width(36);
@@ -68,7 +61,6 @@ int runProgram(int argc, const char* const* argv)
     addSettingsCommand(program);
     addUndistortCommand(program);
 
-    listenForInterrupts();
     return runCommand(program, argc, argv);
 }
 

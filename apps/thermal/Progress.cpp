@@ -1,5 +1,7 @@
 #include "apps/thermal/Progress.h"
 
+#include "apps/thermal/Terminal.h"
+
 #include <CLI/App.hpp>
 
 #include <algorithm>
@@ -29,7 +31,7 @@ Progress::Progress(std::string what, std::optional<std::size_t> total, bool quie
 Progress::~Progress()
 {
     if (m_bShown)
-        std::cerr << "\r\033[K" << std::flush;
+        std::cerr << clearLine << std::flush;
 }
 
 void Progress::step()
@@ -47,7 +49,7 @@ void Progress::step()
 
 void Progress::show() const
 {
-    std::cerr << "\r\033[K" << m_strWhat << " "
+    std::cerr << clearLine << forTerminal(m_strWhat) << " "
               << (m_nTotal ? progressBar(m_nDone, *m_nTotal, 30) : std::to_string(m_nDone)) << std::flush;
 }
 

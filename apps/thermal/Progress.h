@@ -35,6 +35,9 @@ private:
     std::chrono::steady_clock::time_point m_oLastShown;
 };
 
+/// Takes the bar off a terminal.
+inline const std::string clearLine = "\r\033[K";
+
 /// Adds the option that switches the bar off.
 void addQuiet(CLI::App& command, bool& quiet);
 

@@ -29,7 +29,7 @@ struct RenderOptions
 class Painter
 {
 public:
-    Painter(Camera& camera, PictureSink& sink) : m_oCamera(camera), m_oSink(sink) {}
+    Painter(Camera& camera, ImageWriter& sink) : m_oCamera(camera), m_oSink(sink) {}
 
     void add(const Frame& frame)
     {
@@ -59,18 +59,20 @@ private:
     }
 
     Camera& m_oCamera;
-    PictureSink& m_oSink;
+    ImageWriter& m_oSink;
     std::vector<Frame> m_vecWaiting;
 };
 
 void render(const RenderOptions& options)
 {
-    Camera camera = openCamera(options.settings.settings());
-    const auto source = options.input.open();
-    const auto sink = options.output.open(*source);
+    Outputs outputs;
+    Camera camera = openCamera(options.settings.settings(outputs), outputs);
+    const auto source = options.input.open(outputs);
+    const auto sink = options.output.open(outputs, *source);
     Painter painter(camera, *sink);
     forEachFrame(*source, options.input.quiet, [&](const Frame& raw) { painter.add(camera.clean(raw)); });
     painter.finish();
+    outputs.commit();
     if (const auto& air = camera.colouring().air())
         std::printf("dew point of the air: %.1f °C\n", double{air->dewPoint()});
 }

@@ -22,8 +22,9 @@ void addSettingsCommand(CLI::App& program)
     options->settings.addTo(command, {"pixels", "noise", "frame", "colours", "picture", "blobs"});
     command.add_flag("--reference", options->reference, "Print the page docs/settings.md instead");
     command.callback([options] {
+        velmo::recordings::Outputs none;
         std::cout << (options->reference ? velmo::camera::settingsReference()
-                                         : options->settings.settings().ini());
+                                         : options->settings.settings(none).ini());
     });
 }
 

@@ -2,11 +2,11 @@
 
 #include "apps/thermal/Error.h"
 #include "camera/settings/Keys.h"
+#include "recordings/ByteFile.h"
 
 #include <CLI/App.hpp>
 
 #include <algorithm>
-#include <fstream>
 
 namespace thermal {
 
@@ -16,9 +16,7 @@ namespace {
 
 Settings read(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw UsageError(path + ": cannot be read");
+    std::ifstream file = velmo::recordings::openStream(path);
     try {
         return Settings::read(file);
     } catch (const std::exception& error) {
@@ -66,9 +64,13 @@ void SettingsOptions::addTo(CLI::App& command, const std::vector<std::string>& s
     }
 }
 
-Settings SettingsOptions::settings() const
+Settings SettingsOptions::settings(velmo::recordings::Outputs& outputs) const
 {
-    Settings settings = m_strFile.empty() ? Settings() : read(m_strFile);
+    Settings settings;
+    if (!m_strFile.empty()) {
+        settings = read(m_strFile);
+        outputs.protect({m_strFile});
+    }
     for (const auto& [path, typed] : m_mapTyped) {
         if (typed.m_bFlag)
             settings.set(path, true);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/Settings.h"
+#include "recordings/Outputs.h"
 
 #include <map>
 #include <string>
@@ -19,9 +20,9 @@ public:
     /// Adds --settings, and an option for each setting of these sections.
     void addTo(CLI::App& command, const std::vector<std::string>& sections);
 
-    /// What the file of --settings says, with what was typed above it.
+    /// What the file of --settings says, with what was typed above it. The file is protected from outputs.
     /// @throws Exception  that names the option, or the file and the setting
-    velmo::camera::Settings settings() const;
+    velmo::camera::Settings settings(velmo::recordings::Outputs& outputs) const;
 
 private:
     struct Typed

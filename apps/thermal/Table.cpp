@@ -1,5 +1,7 @@
 #include "apps/thermal/Table.h"
 
+#include "apps/thermal/Terminal.h"
+
 #include <CLI/App.hpp>
 
 #include <algorithm>
@@ -109,7 +111,7 @@ void Table::print(std::ostream& out, const TableFormat& format) const
 std::string Table::forPeople(std::size_t column, const Cell& cell) const
 {
     if (const auto* text = std::get_if<std::string>(&cell))
-        return *text;
+        return forTerminal(*text);
     const double number = std::get<double>(cell);
     if (!std::isfinite(number))
         return "-";
@@ -162,6 +164,20 @@ void Table::printCsv(std::ostream& out) const
             out << (c == 0 ? "" : ",") << forCsv(row[c]);
         out << '\n';
     }
+}
+
+void printTables(std::ostream& out, const Tables& tables, const TableFormat& format)
+{
+    const bool object = format.json && tables.size() > 1;
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        if (object)
+            out << (i == 0 ? "{" : ",") << jsonText(tables[i].first) << ":\n";
+        else if (i > 0)
+            out << '\n';
+        tables[i].second.print(out, format);
+    }
+    if (object)
+        out << "}\n";
 }
 
 } // namespace thermal

@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -48,5 +49,11 @@ private:
     std::vector<Column> m_vecColumns;
     std::vector<std::vector<Cell>> m_vecRows;
 };
+
+/// Several tables of one command, each with its name for JSON.
+using Tables = std::vector<std::pair<std::string, Table>>;
+
+/// One below the other; as JSON they are one document: a single table's rows, or an object of the tables.
+void printTables(std::ostream& out, const Tables& tables, const TableFormat& format);
 
 } // namespace thermal

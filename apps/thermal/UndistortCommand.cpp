@@ -38,7 +38,10 @@ void make(const UndistortOptions& options)
     if (options.size.empty())
         throw UsageError("--make: give the size of the frames with --size WxH");
     const LensModel lens = LensModel::parse(options.make, "--make");
-    writeLensMap(options.out, makeLensMap(lens, parseSize(options.size, "--size")));
+    Outputs outputs;
+    OutputFile file = outputs.file(options.out);
+    writeLensMap(std::move(file), makeLensMap(lens, parseSize(options.size, "--size")));
+    outputs.commit();
 }
 
 DistortionCorrection loadMap(const std::string& path, cv::Size frame)
@@ -60,8 +63,10 @@ void undistort(const UndistortOptions& options)
         throw UsageError("undistort needs INPUT, or --make for a new map");
     if (options.map.empty())
         throw UsageError("undistort needs --map FILE, or --make for a new map");
-    const auto source = options.input.open();
-    const auto sink = openFrameSink(options.out, source->count());
+    Outputs outputs;
+    outputs.protect({options.map});
+    const auto source = options.input.open(outputs);
+    const auto sink = openFrameSink(outputs, options.out, source->count());
     std::optional<DistortionCorrection> map;
     forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         if (!map)
@@ -69,6 +74,7 @@ void undistort(const UndistortOptions& options)
         sink->write(undistorted(frame, *map));
     });
     sink->finish();
+    outputs.commit();
 }
 
 } // namespace

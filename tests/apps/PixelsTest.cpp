@@ -119,7 +119,7 @@ TEST_F(Pixels, AreNoneInACleanFrame)
 TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
 {
     writeFrames("f", 1, 10000, [](Frame& frame, int) { frame(0, 0) = 40000; });
-    velmo::recordings::writePixelMap(path("bad.pgm"), PixelMap(3, 3, 64));
+    velmo::recordings::writePixelMap({path("bad.pgm"), "bad.pgm"}, PixelMap(3, 3, 64));
     const std::vector<std::pair<std::string, std::string>> wrong = {
         {"pixels", "subcommand"},
         {"pixels detect f0.pgm --out map.pgm", "say how"},

@@ -18,71 +18,60 @@
 namespace {
 
 using testing::ElementsAre;
+using velmo::camera::Frame;
 using velmo::camera::Picture;
 using velmo::exp::Exception;
+using namespace velmo::recordings;
 
-TEST(Sink, LeavesNothingBehindUnlessFinished)
+TEST(Sink, WritesPicturesToWhatThePathNames)
 {
     const TemporaryFolder folder;
     const Picture picture(16, 16, cv::Vec3b(1, 2, 3));
+    Outputs outputs;
     for (const char* name : {"one.png", "film.avi", "many"}) {
-        velmo::recordings::openSink(folder.path() / name, std::nullopt, 9)->write(picture);
-        EXPECT_THAT(folder.entries(), ElementsAre()) << name;
-    }
-    for (const char* name : {"one.png", "film.avi", "many"}) {
-        const auto sink = velmo::recordings::openSink(folder.path() / name, std::nullopt, 9);
+        const auto sink = openSink(outputs, folder.path() / name, std::nullopt, 9);
         sink->write(picture);
         sink->finish();
     }
+    outputs.commit();
     EXPECT_THAT(folder.entries(), ElementsAre("film.avi", "many", "one.png"));
+    EXPECT_EQ(cv::norm(cv::imread(folder.path() / "many/frame_0000.png"), picture, cv::NORM_INF), 0);
 }
 
-TEST(Sink, KeepsWhatWasThereUntilItIsFinished)
+TEST(Sink, KnowsWhichFramesOfAFolderItWouldReplace)
 {
     const TemporaryFolder folder;
-    const auto write = [&](const char* name, int value, bool finish) {
-        const auto sink = velmo::recordings::openSink(folder.path() / name, std::nullopt, 9);
-        sink->write(Picture(4, 4, cv::Vec3b::all(static_cast<unsigned char>(value))));
-        if (finish)
-            sink->finish();
-    };
-    const auto stored = [&](const char* name) {
-        return cv::imread(folder.path() / name).at<cv::Vec3b>(0, 0)[0];
-    };
-    write("one.png", 1, true);
-    write("one.png", 2, false);
-    EXPECT_EQ(stored("one.png"), 1);
-    write("one.png", 3, true);
-    EXPECT_EQ(stored("one.png"), 3);
-
-    write("many", 1, true);
-    cv::imwrite(folder.path() / "many/other.png", cv::Mat(1, 1, CV_8U));
-    write("many", 2, true);
-    EXPECT_EQ(stored("many/frame_0000.png"), 2);
-    EXPECT_TRUE(std::filesystem::exists(folder.path() / "many/other.png"));
+    std::filesystem::create_directory(folder.path() / "run");
+    const std::string input = folder.path() / "run/frame_0003.png";
+    cv::imwrite(input, cv::Mat(1, 1, CV_8U));
+    Outputs outputs;
+    outputs.protect({input});
+    EXPECT_NO_THROW(openSink(outputs, folder.path() / "run", 3, 9));
+    EXPECT_THROW(openSink(outputs, folder.path() / "run", 4, 9), Exception);
 }
 
 TEST(Sink, RefusesPlacesThatCannotTakeIt)
 {
     const TemporaryFolder folder;
+    Outputs outputs;
     std::filesystem::create_directory(folder.path() / "folder.png");
     std::filesystem::create_directory(folder.path() / "folder");
     cv::imwrite(folder.path() / "file.png", cv::Mat(1, 1, CV_8U));
     std::filesystem::rename(folder.path() / "file.png", folder.path() / "file");
     for (const char* name : {"file", "a.mov", "nowhere/a.png", "nowhere/a", "file/a.png"})
-        EXPECT_THROW(velmo::recordings::openSink(folder.path() / name, std::nullopt, 9), Exception) << name;
-    EXPECT_THROW(velmo::recordings::openSink("/dev/null", std::nullopt, 9), Exception);
-    EXPECT_THROW(velmo::recordings::openSink(folder.path() / "a.png", 2, 9), Exception);
-    EXPECT_THROW(velmo::recordings::writePicture(folder.path() / "folder.png", Picture(1, 1)), Exception);
+        EXPECT_THROW(openSink(outputs, folder.path() / name, std::nullopt, 9), Exception) << name;
+    EXPECT_THROW(openSink(outputs, "/dev/null", std::nullopt, 9), Exception);
+    EXPECT_THROW(openSink(outputs, folder.path() / "a.png", 2, 9), Exception);
+    EXPECT_THROW(writePicture(outputs, folder.path() / "folder.png", Picture(1, 1)), Exception);
 
-    const auto film = velmo::recordings::openSink(folder.path() / "a.avi", std::nullopt, 9);
+    const auto film = openSink(outputs, folder.path() / "a.avi", std::nullopt, 9);
     film->write(Picture(16, 16, cv::Vec3b()));
     film->write(Picture(16, 17, cv::Vec3b()));
     EXPECT_THROW(film->finish(), Exception); // films are packed on a thread of their own
 }
 
 /// Notes what comes; fails at the picture of a value.
-class NotingSink : public velmo::recordings::PictureSink
+class NotingSink : public ImageWriter
 {
 public:
     NotingSink(std::vector<int>& values, int failAt) : m_vecValues(values), m_s32FailAt(failAt) {}
@@ -107,7 +96,7 @@ TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)
     const auto run = [](int failAt, int stopAt) {
         std::vector<int> values;
         {
-            velmo::recordings::ThreadedSink sink(std::make_unique<NotingSink>(values, failAt));
+            ThreadedSink sink(std::make_unique<NotingSink>(values, failAt));
             cv::Mat picture(4, 4, CV_8UC3); // one for all: the sink takes copies
             for (int i = 0; i < 50; ++i) {
                 if (i == stopAt)
@@ -131,26 +120,29 @@ TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)
 TEST(FrameSink, KeepsFramesByTheNameOfItsTarget)
 {
     const TemporaryFolder folder;
-    velmo::camera::Frame frame(3, 5);
+    Frame frame(3, 5);
     cv::randu(frame, 0, 65536);
-    velmo::recordings::FrameFormat format;
+    FrameFormat format;
     format.unit = "kelvin/64";
-    for (const char* name : {"a.tiff", "a.npy", "a.mkv", "a.png", "a.pgm", "a"}) {
-        const auto sink = velmo::recordings::openFrameSink(folder.path() / name, 1, format);
+    const char* const names[] = {"a.tiff", "a.npy", "a.mkv", "a.png", "a.pgm", "a"};
+    Outputs outputs;
+    for (const char* name : names) {
+        const auto sink = openFrameSink(outputs, folder.path() / name, 1, format);
         sink->write(frame);
         sink->finish();
-        const auto source = velmo::recordings::openFrames({folder.path() / name}, {});
-        velmo::camera::Frame back;
+    }
+    outputs.commit();
+    for (const char* name : names) {
+        const auto source = openFrames({folder.path() / name}, {});
+        Frame back;
         ASSERT_TRUE(source->next(back)) << name;
         EXPECT_EQ(cv::norm(back, frame, cv::NORM_INF), 0) << name;
         EXPECT_EQ(source->unit(), name == std::string("a.npy") ? "" : "kelvin/64") << name;
     }
-    format.pgm = true;
-    velmo::recordings::openFrameSink(folder.path() / "b", 1, format)->finish();
     for (const char* name : {"a.avi", "a.jpg", "folder/a.npy"})
-        EXPECT_THROW(velmo::recordings::openFrameSink(folder.path() / name, 1), Exception) << name;
+        EXPECT_THROW(openFrameSink(outputs, folder.path() / name, 1), Exception) << name;
     format.degrees = true;
-    EXPECT_THROW(velmo::recordings::openFrameSink(folder.path() / "a.mkv", 1, format), Exception);
+    EXPECT_THROW(openFrameSink(outputs, folder.path() / "a.mkv", 1, format), Exception);
 }
 
 } // namespace
