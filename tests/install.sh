@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Installs a build into a scratch folder and builds the example programs against it, once as a CMake
-# package and once as a pkg-config module; both must run.
-# usage: install.sh BUILD_FOLDER EXAMPLES_FOLDER COMPILER
+# package and once as a pkg-config module; both must run. Then as a folder inside another project.
+# usage: install.sh BUILD_FOLDER PROJECT_FOLDER COMPILER
 set -euo pipefail
-build=$1 examples=$2 compiler=$3
+build=$1 root=$2 compiler=$3 examples=$2/docs/examples
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
@@ -25,3 +25,14 @@ build_by_pkg_config() { # EXAMPLE MODULE
 }
 build_by_pkg_config consumer vision_imgproc-1.0
 build_by_pkg_config camera vision_camera-1.0
+
+# As a folder of another project: the libraries, and nothing that only we need.
+cat >"$scratch/CMakeLists.txt" <<TXT
+cmake_minimum_required(VERSION 3.20)
+project(other LANGUAGES CXX)
+add_subdirectory("$root" blocks)
+TXT
+cmake -S "$scratch" -B "$scratch/inside" -G Ninja --log-level=WARNING -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
+targets=$(ninja -C "$scratch/inside" -t targets all)
+grep -q 'libvision_camera_1_0.so:' <<<"$targets"
+! grep -E '^[^:]*(tests|bench|thermal|fuzz)[^:/]*:' <<<"$targets"
