@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fails on an include that runs against the arrows: apps -> recordings, camera -> vision -> core.
+# Fails on an include that runs against the arrows: apps, bindings -> recordings, camera -> vision -> core.
 # usage: arrows.sh ROOT
 set -euo pipefail
 cd "$1"
@@ -15,8 +15,9 @@ forbid() { # FOLDER WHAT [BUT]: includes below the folder that match, but for so
 for folder in core vision camera recordings apps; do
     [ -n "$(find "$folder" -name '*.h')" ] || { echo "no headers below $folder"; exit 1; }
 done
-forbid core 'vision/|camera/|recordings/|apps/'
-forbid vision 'camera/|recordings/|apps/'
-forbid camera 'recordings/|apps/|CLI/|fstream|filesystem|opencv2/(imgcodecs|videoio|highgui)'
-forbid recordings 'apps/|CLI/|camera/' '"camera/(Frame|Picture|temperature/[A-Za-z]*)\.h"'
+forbid core 'vision/|camera/|recordings/|apps/|bindings/'
+forbid vision 'camera/|recordings/|apps/|bindings/'
+forbid camera 'recordings/|apps/|bindings/|CLI/|fstream|filesystem|opencv2/(imgcodecs|videoio|highgui)'
+forbid recordings 'apps/|bindings/|CLI/|camera/' '"camera/(Frame|Picture|temperature/[A-Za-z]*)\.h"'
+forbid bindings 'apps/|CLI/'
 exit $status

@@ -1,0 +1,7 @@
+"""Thermal cameras in Python: the building blocks, the whole camera, and recordings, on numpy arrays."""
+
+from ._arrays import BAD_PIXEL, PIXEL_CORR_INFO, Palette, Picture
+from ._velmo import *  # noqa: F401,F403
+from ._velmo import __all__ as _names
+
+__all__ = ["BAD_PIXEL", "PIXEL_CORR_INFO", "Palette", "Picture", *_names]
