@@ -2,6 +2,7 @@
 
 #include "core/Exception.h"
 #include "core/codecs/StorageDecoder.h"
+#include "core/codecs/StorageText.h"
 #include "vision/imgproc/ColorPaletteTables.h"
 
 #include <filesystem>
@@ -37,24 +38,13 @@ bool isKey(const std::string& name)
     return item.isValid() && !item.hasNext();
 }
 
-std::string contentOf(std::istream& file)
-{
-    // Against devices that never end; palettes are a few kilobytes.
-    constexpr std::size_t limit = std::size_t{128} << 20;
-    std::string content;
-    std::string part(1 << 16, '\0');
-    do {
-        file.read(part.data(), static_cast<std::streamsize>(part.size()));
-        content.append(part, 0, static_cast<std::size_t>(file.gcount()));
-        if (content.size() > limit)
-            VELMO_THROW("Palette file of more than " + std::to_string(limit) + " bytes!");
-    } while (file);
-    return content;
-}
-
 void registerPalettes(std::ifstream& file)
 {
-    std::istringstream text(contentOf(file));
+    // Against devices that never end: more than a storage file can hold.
+    constexpr std::size_t limit = exp::StorageLimits::u64Xml + exp::StorageLimits::u64Values + (1 << 20);
+    std::string content;
+    exp::readText(file, limit, content);
+    std::istringstream text(std::move(content));
     file.close();
     const auto decoded = exp::StorageDecoder<Storage>(exp::StorageDecoder<Storage>::s32Xml).decode(text);
     for (const auto& [name, value] : decoded.first) {

@@ -61,7 +61,7 @@ public:
     /// Makes every top-level entry of an XML storage file available and supported, whatever its type and
     /// size; getPaletteColors refuses what is no byte vector. A file that cannot be opened, a named pipe
     /// among them, is passed over in silence. Any other error is printed on standard output and ends the
-    /// loading of this file. A file of more than 128 MiB is such an error.
+    /// loading of this file. A file of more than 81 MiB is such an error.
     static void loadFile(const std::string& path);
 
     /// A copy of the colour points of an available palette; registers the built-in ones if none is.

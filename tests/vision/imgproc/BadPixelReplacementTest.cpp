@@ -1,15 +1,21 @@
-#include "core/Exception.h"
+#include "tests/Support.h"
 #include "vision/imgproc/BadPixel.h"
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
-#include <random>
-#include <string>
-#include <vector>
+
+namespace velmo::exp::vision {
+
+void PrintTo(const BadPixel& record, std::ostream* out)
+{
+    *out << record.pixel.x << "," << record.pixel.y << ":";
+    for (const Pixel& pixel : record.replacePixel)
+        *out << " " << pixel.x << "," << pixel.y;
+}
+
+} // namespace velmo::exp::vision
 
 using namespace velmo::exp::vision;
 using velmo::exp::Exception;
@@ -19,6 +25,10 @@ namespace {
 using Map = cv::Mat_<int>;
 using Query = BadPixelTools::ReplacePixelQuery;
 using Offsets = std::vector<std::pair<int, int>>;
+using Records = std::vector<BadPixel>;
+
+const Refusal nothingFound{"At least for one bad pixel no replace pixel could be found!",
+                           "calculateReplacePixels"};
 
 Offsets offsetsOf(const Query& query, std::size_t slot)
 {
@@ -28,72 +38,57 @@ Offsets offsetsOf(const Query& query, std::size_t slot)
     return offsets;
 }
 
-/// The position and the four slots, each as "x,y".
-std::string text(const BadPixel& record)
+Records replaced(const Map& map, unsigned int radius)
 {
-    std::string all = std::to_string(record.pixel.x) + "," + std::to_string(record.pixel.y) + ":";
-    for (const Pixel& pixel : record.replacePixel)
-        all += " " + std::to_string(pixel.x) + "," + std::to_string(pixel.y);
-    return all;
+    return BadPixelTools::calculateReplacePixels(map, radius);
 }
 
-std::vector<std::string> text(const std::vector<BadPixel>& records)
+Refusal refused(const Map& map, unsigned int radius)
 {
-    std::vector<std::string> all;
-    all.reserve(records.size());
-    for (const BadPixel& record : records)
-        all.push_back(text(record));
-    return all;
+    return refusal([&] { replaced(map, radius); });
 }
 
-std::vector<std::string> replaced(const Map& map, unsigned int radius)
-{
-    return text(BadPixelTools::calculateReplacePixels(map, radius));
-}
-
-using Lines = std::vector<std::string>;
-
-/// Pixel by pixel through the lists of offsets; empty if one finds nothing.
-std::vector<BadPixel> byLists(const Map& map, int radius)
-{
-    const Query query = BadPixelTools::computeReplacePixelQuery(radius);
-    std::vector<BadPixel> records;
-    for (int y = 0; y < map.rows; ++y)
-        for (int x = 0; x < map.cols; ++x)
-            if (map(y, x) != 0) {
-                BadPixel record{{static_cast<short>(x), static_cast<short>(y)}, {}};
-                if (!BadPixelTools::calculateSingleReplacePixel(map, query, record))
-                    return {};
-                records.push_back(record);
-            }
-    return records;
-}
-
-/// Bad with the given probability, in runs along the lines.
-Map randomMap(std::mt19937& random, cv::Size size, double density, int run)
+/// A clean map but for some pixels.
+Map badAt(cv::Size size, const std::vector<cv::Point>& pixels)
 {
     Map map(size, 0);
+    for (const cv::Point& pixel : pixels)
+        map(pixel) = -7;
+    return map;
+}
+
+/// Holds the search by rows to the lists of offsets.
+void compare(const Map& map, int radius)
+{
+    const Query query = BadPixelTools::computeReplacePixelQuery(radius);
+    Records records;
+    bool complete = true;
+    for (int y = 0; y < map.rows && complete; ++y)
+        for (int x = 0; x < map.cols && complete; ++x)
+            if (map(y, x) != 0) {
+                records.push_back({{static_cast<short>(x), static_cast<short>(y)}, {}});
+                complete = BadPixelTools::calculateSingleReplacePixel(map, query, records.back());
+            }
+    if (complete)
+        ASSERT_EQ(replaced(map, static_cast<unsigned>(radius)), records)
+            << map.size() << " radius " << radius;
+    else
+        ASSERT_EQ(refused(map, static_cast<unsigned>(radius)), nothingFound)
+            << map.size() << " radius " << radius;
+}
+
+/// Bad with the given probability, in runs along the lines; a part of a larger map.
+Map randomMap(std::mt19937& random, cv::Size size, double density, int run)
+{
+    Map map(size + cv::Size(3, 2), 0);
     std::bernoulli_distribution bad(density / run);
     for (int y = 0; y < map.rows; ++y)
         for (int x = 0; x < map.cols; ++x)
             if (bad(random))
                 for (int n = x; n < std::min(x + run, map.cols); ++n)
                     map(y, n) = n % 2 ? 16 : -1;
-    return map;
+    return map(cv::Rect({2, 1}, size));
 }
-
-std::string messageOf(const Map& map, unsigned int radius)
-{
-    try {
-        BadPixelTools::calculateReplacePixels(map, radius);
-    } catch (const Exception& error) {
-        EXPECT_THAT(error.location(), testing::HasSubstr(": calculateReplacePixels(..)\n"));
-        return error.what();
-    }
-    return "";
-}
-
-const std::string mg_strNothingFound = "At least for one bad pixel no replace pixel could be found!";
 
 } // namespace
 
@@ -110,16 +105,15 @@ TEST(BadPixelQuery, ListsTheFourRotationsOfAQuarterDisc)
     EXPECT_EQ(offsetsOf(query, 3), (Offsets{{-1, 0}, {-1, -1}, {-2, 0}}));
     EXPECT_EQ(query[3][1].first, 1.4142135F);
 
-    // At distance 5 the smaller column comes first.
-    const Offsets five = offsetsOf(BadPixelTools::computeReplacePixelQuery(5), 0);
-    EXPECT_EQ(Offsets(five.end() - 3, five.end()), (Offsets{{3, 4}, {4, 3}, {5, 0}}));
+    for (const int radius : {32768, std::numeric_limits<int>::max()}) // offsets would leave 16 bits
+        EXPECT_THROW(BadPixelTools::computeReplacePixelQuery(radius), Exception);
 }
 
 TEST(BadPixelQuery, IsOrderedByTheSinglePrecisionDistance)
 {
-    // Beyond 2048 different sums of squares have the same distance and keep the order of insertion; only
-    // there is the large disc compared.
-    for (const int radius : {1, 7, 60, 2200}) {
+    // At distance 5 the smaller column comes first. Beyond 2048 different sums of squares have the same
+    // distance and keep the order of insertion; only there is the large disc compared.
+    for (const int radius : {1, 5, 60, 2200}) {
         const float from = radius > 2000 ? 2150.F : 0.F;
         std::multimap<float, std::pair<int, int>> disc;
         for (int a = 1; a <= radius; ++a)
@@ -129,10 +123,9 @@ TEST(BadPixelQuery, IsOrderedByTheSinglePrecisionDistance)
                     disc.emplace(d, std::pair(a, b));
             }
         const Query query = BadPixelTools::computeReplacePixelQuery(radius);
-        const auto& list = query[0];
         const auto begin =
-            std::find_if(list.begin(), list.end(), [&](const auto& e) { return e.first >= from; });
-        ASSERT_TRUE(std::equal(begin, list.end(), disc.begin(), disc.end(),
+            std::find_if(query[0].begin(), query[0].end(), [&](const auto& e) { return e.first >= from; });
+        ASSERT_TRUE(std::equal(begin, query[0].end(), disc.begin(), disc.end(),
                                [](const auto& ours, const auto& theirs) {
                                    return ours.first == theirs.first &&
                                           std::pair<int, int>(ours.second.x, ours.second.y) == theirs.second;
@@ -141,86 +134,76 @@ TEST(BadPixelQuery, IsOrderedByTheSinglePrecisionDistance)
     }
 }
 
-TEST(BadPixelQuery, IsRefusedWhereOffsetsLeave16Bits)
-{
-    EXPECT_THROW(BadPixelTools::computeReplacePixelQuery(32768), Exception);
-    EXPECT_THROW(BadPixelTools::computeReplacePixelQuery(std::numeric_limits<int>::max()), Exception);
-}
-
 TEST(BadPixelReplacement, TakesTheNearestGoodPixelOfEachQuadrant)
 {
-    Map map(5, 6, 0);
-    map(2, 3) = 64;
-    EXPECT_EQ(replaced(map, 1), Lines{"3,2: 4,2 3,3 3,1 2,2"});
+    Map map = badAt({6, 5}, {{3, 2}});
+    EXPECT_EQ(replaced(map, 1), (Records{{{3, 2}, {{4, 2}, {3, 3}, {3, 1}, {2, 2}}}}));
     // Right: of (4,3) and (5,2) the nearer. Below, left and above: what lies clockwise next.
     map(2, 4) = map(3, 3) = map(2, 2) = map(1, 3) = -7;
-    EXPECT_EQ(replaced(map, 2)[2], "3,2: 4,3 2,3 4,1 2,1");
+    EXPECT_EQ(replaced(map, 2)[2], (BadPixel{{3, 2}, {{4, 3}, {2, 3}, {4, 1}, {2, 1}}}));
 }
 
 TEST(BadPixelReplacement, BorrowsForASideWithoutAGoodPixel)
 {
-    Map map(3, 3, 0);
-    map(0, 0) = 1;
-    EXPECT_EQ(replaced(map, 1), Lines{"0,0: 1,0 0,1 1,0 0,1"});
-    map = 0;
-    map(2, 2) = 1;
-    EXPECT_EQ(replaced(map, 1), Lines{"2,2: 2,1 1,2 2,1 1,2"});
-    map = 0;
-    map(1, 0) = map(1, 1) = 1;
-    EXPECT_EQ(replaced(map, 1), (Lines{"0,1: 0,0 0,2 0,0 0,2", "1,1: 2,1 1,2 1,0 1,2"}));
+    const cv::Size three(3, 3);
+    EXPECT_EQ(replaced(badAt(three, {{0, 0}}), 1), (Records{{{0, 0}, {{1, 0}, {0, 1}, {1, 0}, {0, 1}}}}));
+    EXPECT_EQ(replaced(badAt(three, {{2, 2}}), 1), (Records{{{2, 2}, {{2, 1}, {1, 2}, {2, 1}, {1, 2}}}}));
+    EXPECT_EQ(
+        replaced(badAt(three, {{0, 1}, {1, 1}}), 1),
+        (Records{{{0, 1}, {{0, 0}, {0, 2}, {0, 0}, {0, 2}}}, {{1, 1}, {{2, 1}, {1, 2}, {1, 0}, {1, 2}}}}));
     // One good pixel in all, for each slot in turn.
-    for (const auto& [x, y] : {std::pair(2, 1), {0, 2}, {1, 0}, {0, 1}}) {
-        map = 1;
-        map(y, x) = 0;
-        const Pixel one{static_cast<short>(x), static_cast<short>(y)};
-        EXPECT_EQ(replaced(map, 3)[x + 3 * y < 4 ? 3 : 4], text(BadPixel{{1, 1}, {one, one, one, one}}));
+    for (const Pixel one : {Pixel{2, 1}, {0, 2}, {1, 0}, {0, 1}}) {
+        Map map(3, 3, 1);
+        map(one.y, one.x) = 0;
+        EXPECT_EQ(replaced(map, 3)[one.x + 3 * one.y < 4 ? 3 : 4], (BadPixel{{1, 1}, {one, one, one, one}}));
     }
 }
 
 TEST(BadPixelReplacement, FailsWithoutAGoodPixelInReach)
 {
-    const Map good(4, 4, 0), bad(4, 4, 2);
-    Map single(4, 4, 0), far(1, 9, 2);
-    single(1, 1) = 1;
+    Map far(1, 9, 2);
     far(0, 8) = 0;
-    for (const unsigned int radius : {0U, 0x80000000U, 0xffffffffU}) {
-        EXPECT_TRUE(replaced(good, radius).empty());
-        EXPECT_EQ(messageOf(single, radius), mg_strNothingFound);
-    }
-    EXPECT_EQ(messageOf(bad, 100), mg_strNothingFound);
-    EXPECT_EQ(messageOf(far, 7), mg_strNothingFound);
+    for (const unsigned int radius : {0U, 0x80000000U, 0xffffffffU})
+        EXPECT_EQ(refused(badAt({4, 4}, {{1, 1}}), radius), nothingFound);
+    EXPECT_EQ(refused(Map(4, 4, 2), 100), nothingFound);
+    EXPECT_EQ(refused(far, 7), nothingFound);
     EXPECT_EQ(replaced(far, 8).size(), 8U);
-    EXPECT_TRUE(replaced(Map(), 5).empty());
-}
 
-TEST(BadPixelReplacement, LeavesARecordThatFindsNothingAsItWas)
-{
-    BadPixel record{{1, 1}, {{9, 8}, {7, 6}, {5, 4}, {3, 2}}};
+    // The record stays as it was. Far outside a map no 16-bit offset leads into it by wrapping over.
     const Query query = BadPixelTools::computeReplacePixelQuery(2);
-    EXPECT_FALSE(BadPixelTools::calculateSingleReplacePixel(Map(3, 3, 1), query, record));
-    EXPECT_EQ(text(record), "1,1: 9,8 7,6 5,4 3,2");
-    // Far outside a map no 16-bit offset leads into it by wrapping over.
-    record.pixel = {32767, 32767};
-    EXPECT_FALSE(BadPixelTools::calculateSingleReplacePixel(Map(3, 3, 0), query, record));
+    for (const auto& [map, position] :
+         {std::pair(Map(3, 3, 1), Pixel{1, 1}), {Map(3, 3, 0), Pixel{32767, 32767}}}) {
+        BadPixel record{position, {{9, 8}, {7, 6}, {5, 4}, {3, 2}}};
+        const BadPixel before = record;
+        EXPECT_FALSE(BadPixelTools::calculateSingleReplacePixel(map, query, record));
+        EXPECT_EQ(record, before);
+    }
 }
 
-TEST(BadPixelReplacement, FindsLineByLineWhatTheListsFind)
+TEST(BadPixelReplacement, HasNothingToFindInACleanMap)
+{
+    Map wide(1, 40000, 0);
+    for (const unsigned int radius : {0U, 8000U, 32768U, 0xffffffffU}) {
+        EXPECT_TRUE(replaced(wide, radius).empty());
+        EXPECT_TRUE(BadPixelTools::recalculateReplacePixels({}, wide, radius).empty());
+    }
+    EXPECT_TRUE(replaced(Map(), 5).empty());
+    wide(0, 3) = 1; // no list of offsets within 30000 is built for it
+    EXPECT_EQ(replaced(wide, 30000), (Records{{{3, 0}, {{4, 0}, {2, 0}, {4, 0}, {2, 0}}}}));
+}
+
+TEST(BadPixelReplacement, FindsRowByRowWhatTheListsFind)
 {
     std::mt19937 random(11);
     for (const cv::Size size : {cv::Size(1, 1), {40, 1}, {1, 40}, {2, 3}, {17, 9}, {64, 48}})
         for (const int run : {1, 5, 30})
             for (const double density : {0.02, 0.3, 0.8, 0.98})
-                for (const int radius : {1, 2, 5, 20, 81}) {
-                    // A part of a larger map: rows are padded.
-                    const Map map = randomMap(random, {size.width + 3, size.height + 2}, density,
-                                              run)(cv::Rect({2, 1}, size));
-                    const Lines expected = text(byLists(map, radius));
-                    if (expected.empty() && cv::countNonZero(map) > 0)
-                        ASSERT_EQ(messageOf(map, static_cast<unsigned>(radius)), mg_strNothingFound);
-                    else
-                        ASSERT_EQ(replaced(map, static_cast<unsigned>(radius)), expected)
-                            << size << " run " << run << " density " << density << " radius " << radius;
-                }
+                for (const int radius : {1, 2, 5, 20, 81})
+                    compare(randomMap(random, size, density, run), radius);
+    const Map map = randomMap(random, {40, 30}, 0.9, 9);
+    const Records expected = replaced(map, 50);
+    for (const unsigned int radius : {1000U, 32767U, 32768U, 0x7fffffffU}) // beyond the diagonal
+        EXPECT_EQ(replaced(map, radius), expected) << radius;
 }
 
 TEST(BadPixelReplacement, FindsInMapsBeyond16BitsWhatTheListsFind)
@@ -235,57 +218,25 @@ TEST(BadPixelReplacement, FindsInMapsBeyond16BitsWhatTheListsFind)
                     const int along = seam + static_cast<int>(random() % 40) - 20;
                     const int x = size.width > size.height ? along : static_cast<int>(random() % size.width);
                     const int y = size.width > size.height ? static_cast<int>(random() % size.height) : along;
-                    if (x >= 0 && x < size.width && y >= 0 && y < size.height)
+                    if (cv::Rect({0, 0}, size).contains({x, y}))
                         map(y, x) = 1;
                 }
-            const Lines expected = text(byLists(map, radius));
-            if (expected.empty())
-                EXPECT_EQ(messageOf(map, static_cast<unsigned>(radius)), mg_strNothingFound);
-            else
-                EXPECT_EQ(replaced(map, static_cast<unsigned>(radius)), expected) << size << ", " << radius;
+            compare(map, radius);
         }
-}
-
-TEST(BadPixelReplacement, HasNothingToFindInACleanMap)
-{
-    Map wide(1, 40000, 0);
-    for (const unsigned int radius : {0U, 8000U, 32768U, 0xffffffffU}) {
-        EXPECT_TRUE(replaced(wide, radius).empty());
-        EXPECT_TRUE(BadPixelTools::recalculateReplacePixels({}, wide, radius).empty());
-    }
-    wide(0, 3) = 1; // no list of offsets within 30000 is built for it
-    EXPECT_EQ(replaced(wide, 30000), Lines{"3,0: 4,0 2,0 4,0 2,0"});
-}
-
-TEST(BadPixelReplacement, FindsTheSameWithARadiusBeyondTheDiagonal)
-{
-    std::mt19937 random(5);
-    const Map map = randomMap(random, {40, 30}, 0.9, 9);
-    const Lines expected = text(byLists(map, 50));
-    ASSERT_FALSE(expected.empty());
-    for (const unsigned int radius : {50U, 1000U, 32767U, 32768U, 0x7fffffffU})
-        EXPECT_EQ(replaced(map, radius), expected) << radius;
-}
-
-TEST(BadPixelReplacement, CountsPositionsIn16Bits)
-{
-    Map map(1, 40000, 0);
-    map(0, 32767) = 1; // its neighbour at the right would be at -32768
-    EXPECT_EQ(replaced(map, 1), Lines{"32767,0: 32766,0 32766,0 32766,0 32766,0"});
-    map(0, 32768) = 1;
-    EXPECT_EQ(messageOf(map, 1), mg_strNothingFound);
-    EXPECT_EQ(replaced(Map(map.colRange(0, 32768)), 40000),
-              Lines{"32767,0: 32766,0 32766,0 32766,0 32766,0"});
-    EXPECT_THROW(BadPixelTools::calculateReplacePixels(map, 32768), Exception);
+    const Map map = badAt({40000, 1}, {{32767, 0}}); // its neighbour at the right would be at -32768
+    const Pixel left{32766, 0};
+    EXPECT_EQ(replaced(map, 1), (Records{{{32767, 0}, {left, left, left, left}}}));
+    EXPECT_EQ(replaced(Map(map.colRange(0, 32768)), 40000), replaced(map, 1));
+    EXPECT_THROW(replaced(map, 32768), Exception);
 }
 
 TEST(BadPixelReplacement, CrossesALargeDefect)
 {
     Map map(150, 200, 1);
     map.rowRange(0, 2) = 0;
-    const auto records = BadPixelTools::calculateReplacePixels(map, 2000);
+    const Records records = replaced(map, 2000);
     ASSERT_EQ(records.size(), 148U * 200U);
-    EXPECT_EQ(text(records.back()), "199,149: 199,1 198,1 199,1 198,1");
+    EXPECT_EQ(records.back(), (BadPixel{{199, 149}, {{199, 1}, {198, 1}, {199, 1}, {198, 1}}}));
 }
 
 TEST(BadPixelRecalculation, MarksTheRecordsAndSearchesTheWholeMap)
@@ -293,20 +244,25 @@ TEST(BadPixelRecalculation, MarksTheRecordsAndSearchesTheWholeMap)
     Map map(3, 4, 0);
     map(2, 3) = 2;
     map(0, 1) = 16;
-    const auto records = BadPixelTools::recalculateReplacePixels({{{1, 1}, {}}, {{1, 0}, {}}}, map, 2);
-    EXPECT_EQ(map(1, 1), 64);
-    EXPECT_EQ(map(0, 1), 64); // in place of the flag, not beside it
-    EXPECT_EQ(map(2, 3), 2);
-    EXPECT_EQ(text(records), (Lines{"1,0: 2,0 0,1 2,0 0,0", "1,1: 2,1 1,2 2,0 0,1", "3,2: 3,1 2,2 3,1 2,2"}));
+    const Records records = BadPixelTools::recalculateReplacePixels({{{1, 1}, {}}, {{1, 0}, {}}}, map, 2);
+    EXPECT_TRUE(same(
+        map, (Map(3, 4) << 0, 64, 0, 0, 0, 64, 0, 0, 0, 0, 0, 2))); // in place of the flag, not beside it
+    EXPECT_EQ(records, (Records{{{1, 0}, {{2, 0}, {0, 1}, {2, 0}, {0, 0}}},
+                                {{1, 1}, {{2, 1}, {1, 2}, {2, 0}, {0, 1}}},
+                                {{3, 2}, {{3, 1}, {2, 2}, {3, 1}, {2, 2}}}}));
 }
 
-TEST(BadPixelRecalculation, RefusesAPositionOutsideBeforeItMarks)
+TEST(BadPixelRecalculation, RefusesBeforeItMarks)
 {
-    for (const Pixel outside : {Pixel{4, 0}, {0, 3}, {-1, 0}, {0, -1}}) {
-        Map map(3, 4, 0);
-        EXPECT_THROW(BadPixelTools::recalculateReplacePixels({{{1, 1}, {}}, {outside, {}}}, map, 2),
+    for (const auto& [width, outside, radius] : {std::tuple(4, Pixel{4, 0}, 2U),
+                                                 {4, Pixel{0, 3}, 2U},
+                                                 {4, Pixel{-1, 0}, 2U},
+                                                 {4, Pixel{0, -1}, 2U},
+                                                 {40000, Pixel{1, 1}, 32768U}}) {
+        Map map(3, width, 0);
+        EXPECT_THROW(BadPixelTools::recalculateReplacePixels({{{1, 1}, {}}, {outside, {}}}, map, radius),
                      Exception);
-        EXPECT_EQ(cv::countNonZero(map), 0);
+        EXPECT_EQ(cv::countNonZero(map), 0) << width;
     }
     Map map(3, 4, 0);
     EXPECT_THROW(BadPixelTools::recalculateReplacePixels({{{1, 1}, {}}}, map, 0), Exception);

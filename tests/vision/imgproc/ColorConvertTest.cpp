@@ -1,15 +1,12 @@
 #include "vision/imgproc/ColorConvert.h"
 
-#include "core/Exception.h"
-#include "vision/kernels/ColorConvertKernel.h"
+#include "tests/Support.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 
-#include <algorithm>
 #include <memory>
-#include <vector>
+#include <numeric>
 
 using namespace velmo::vision;
 using testing::ElementsAre;
@@ -22,10 +19,10 @@ using Bytes = std::vector<Byte>;
 using Image = ColorConvert::Image;
 using Converter = void (*)(const cv::Mat&, Image&);
 
-/// One row of packed pairs.
-cv::Mat packed(const Bytes& bytes)
+/// One row of pixels of that many bytes.
+cv::Mat row(const Bytes& bytes, int channels)
 {
-    return cv::Mat(bytes, true).reshape(2, 1);
+    return cv::Mat(bytes, true).reshape(channels, 1);
 }
 
 Bytes bytesOf(const cv::Mat& image)
@@ -34,72 +31,71 @@ Bytes bytesOf(const cv::Mat& image)
     return Bytes(whole.begin<Byte>(), whole.end<Byte>());
 }
 
-Bytes converted(Converter convert, const cv::Mat& src)
+Bytes converted(Converter convert, const Bytes& bytes, int channels = 2)
 {
     Image dst;
-    convert(src, dst);
-    EXPECT_EQ(dst.size(), src.size());
+    convert(row(bytes, channels), dst);
     return bytesOf(dst);
 }
 
-cv::Mat randomImage(int rows, int cols, int channels, unsigned seed = 1)
+const struct
 {
-    cv::Mat image(rows, cols, CV_8UC(channels));
-    cv::RNG(seed).fill(image, cv::RNG::UNIFORM, 0, 256);
-    return image;
-}
+    const char* name;
+    Converter convert;
+    int channels;
+    bool pairs;
+} imageConverters[] = {
+    {"YuyvToBgr", ColorConvert::convertYUYVToBGR, 2, false},
+    {"UyvyToBgr", ColorConvert::convertUYVYToBGR, 2, true},
+    {"UyvyToRgb", ColorConvert::convertUYVYToRGB, 2, true},
+    {"Uy1vy0ToBgr", ColorConvert::convertUY1VY0ToBGR, 2, true},
+    {"Uy1vy0ToRgb", ColorConvert::convertUY1VY0ToRGB, 2, true},
+    {"YcbcrToBgr", ColorConvert::convertYCbCrtoBRG, 3, false},
+};
 
-TEST(ColorConvert, UyvyIsCutNotRounded)
+} // namespace
+
+TEST(ColorConvert, UyvyIsCutNotRoundedAndLimitedAtBothEnds)
 {
     // 219 x 1.164 = 254.916; (160 - 16) x 1.164 = 167.616.
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToBGR, packed({128, 16, 128, 235, 128, 160, 128, 0})),
+    EXPECT_THAT(converted(ColorConvert::convertUYVYToBGR, {128, 16, 128, 235, 128, 160, 128, 0}),
                 ElementsAre(0, 0, 0, 254, 254, 254, 167, 167, 167, 0, 0, 0));
     // d0 = 32, d2 = -28 on luma 84 x 1.164 = 97.776: red +51.072, green -26.016 + 10.948, blue -56.504.
-    const cv::Mat coloured = packed({160, 100, 100, 100});
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToBGR, coloured), ElementsAre(41, 82, 148, 41, 82, 148));
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, coloured), ElementsAre(148, 82, 41, 148, 82, 41));
-}
-
-TEST(ColorConvert, UyvyIsLimitedAtBothEnds)
-{
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, packed({255, 235, 128, 235})),
+    EXPECT_THAT(converted(ColorConvert::convertUYVYToBGR, {160, 100, 100, 100}),
+                ElementsAre(41, 82, 148, 41, 82, 148));
+    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {160, 100, 100, 100}),
+                ElementsAre(148, 82, 41, 148, 82, 41));
+    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {255, 235, 128, 235}),
                 ElementsAre(255, 151, 254, 255, 151, 254)); // green 254.916 - 0.813 x 127 = 151.665
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, packed({0, 16, 128, 16})),
+    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {0, 16, 128, 16}),
                 ElementsAre(0, 104, 0, 0, 104, 0)); // green 0.813 x 128 = 104.064
 }
 
 TEST(ColorConvert, Uy1vy0HasItsSecondLumaFirstAndIsRounded)
 {
     // 218 x 1.1644 = 253.84, which the layout above cuts to 253; 100 x 1.1644 = 116.44.
-    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToRGB, packed({128, 234, 128, 116})),
+    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToRGB, {128, 234, 128, 116}),
                 ElementsAre(116, 116, 116, 254, 254, 254));
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, packed({128, 234, 128, 234})),
+    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {128, 234, 128, 234}),
                 ElementsAre(253, 253, 253, 253, 253, 253));
     // Blue has two factors: 28 x 2.018 = 56.504 of the first pixel, 28 x 2.0172 = 56.4816 of the second.
-    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToBGR, packed({128, 16, 156, 16})),
+    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToBGR, {128, 16, 156, 16}),
                 ElementsAre(57, 0, 0, 56, 0, 0));
-    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToRGB, packed({128, 16, 156, 16})),
+    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToRGB, {128, 16, 156, 16}),
                 ElementsAre(0, 0, 57, 0, 0, 56));
-}
 
-TEST(ColorConvert, AnyTypeButBgrIsRedFirst)
-{
-    const cv::Mat src = packed({200, 120, 90, 60});
-    Image bgr, rgb, other;
-    convertUY1VY0toX(src, bgr, BGR);
-    convertUY1VY0toX(src, rgb, RGB);
-    convertUY1VY0toX(src, other, static_cast<ColorType>(7));
-    EXPECT_EQ(bytesOf(rgb), bytesOf(other));
-    ColorConvert::swapRB(other);
-    EXPECT_EQ(bytesOf(bgr), bytesOf(other));
-    EXPECT_NE(bytesOf(bgr), bytesOf(rgb));
+    for (const auto& [type, first] :
+         {std::pair(BGR, 57), {RGB, 0}, {ColorType(7), 0}}) { // any other is red first
+        Image dst;
+        convertUY1VY0toX(row({128, 16, 156, 16}, 2), dst, type);
+        EXPECT_EQ(dst(0, 0)[0], first) << type;
+    }
 }
 
 TEST(ColorConvert, YcbcrBecomesBlueGreenRed)
 {
     // Y' = 84 x 1.1644 = 97.8096; red + 1.596 x 32 = 148.88; green - 26.016 + 10.97 = 82.76; blue - 56.504.
-    const cv::Mat src = (cv::Mat_<Byte>(1, 9) << 100, 100, 160, 16, 128, 128, 255, 255, 255);
-    EXPECT_THAT(converted(ColorConvert::convertYCbCrtoBRG, src.reshape(3, 1)),
+    EXPECT_THAT(converted(ColorConvert::convertYCbCrtoBRG, {100, 100, 160, 16, 128, 128, 255, 255, 255}, 3),
                 ElementsAre(41, 83, 149, 0, 0, 0, 255, 125, 255)); // 278.29 - 103.25 - 49.76 = 125.28
 }
 
@@ -113,9 +109,6 @@ TEST(ColorConvert, ColoursBecomeYcbcr)
     std::swap(src[6], src[8]);
     ColorConvert::convertRGBToYCbCr(src.data(), src.data(), 3); // in place
     EXPECT_EQ(src, dst);
-    ColorConvert::convertRGBToYCbCr(nullptr, nullptr, 0);
-    EXPECT_THROW(ColorConvert::convertRGBToYCbCr(nullptr, dst.data(), 1), Exception);
-    EXPECT_THROW(ColorConvert::convertBGR888ToYCbCr(src.data(), nullptr, 1), Exception);
 }
 
 TEST(ColorConvert, TablesHoldTheProductsOfTheEncoder)
@@ -124,15 +117,10 @@ TEST(ColorConvert, TablesHoldTheProductsOfTheEncoder)
     ColorConvert::PrecalculateRgb888ToYCbCrValues(&table);
     const std::unique_ptr<float, void (*)(float*)> owner(
         table, ColorConvert::DeletePrecalculatedRgb888ToYCbCrValues);
-    EXPECT_EQ(table[0], 0.0f);
-    EXPECT_FLOAT_EQ(table[100], 29.9f);
-    EXPECT_FLOAT_EQ(table[256 + 100], 58.7f);
-    EXPECT_FLOAT_EQ(table[512 + 100], 11.4f);
-    EXPECT_FLOAT_EQ(table[3 * 256 + 100], 16.874f);
-    EXPECT_FLOAT_EQ(table[4 * 256 + 100], 33.126f);
-    EXPECT_EQ(table[5 * 256 + 255], 127.5f);
-    EXPECT_FLOAT_EQ(table[6 * 256 + 100], 41.869f);
-    EXPECT_FLOAT_EQ(table[7 * 256 + 255], 20.73456f);
+    const float factors[] = {0.299f, 0.587f, 0.114f, 0.16874f, 0.33126f, 0.5f, 0.41869f, 0.081312f};
+    for (int k = 0; k < 8; ++k)
+        for (int i = 0; i < 256; ++i)
+            ASSERT_EQ(table[256 * k + i], static_cast<float>(i) * factors[k]) << k << ", " << i;
     EXPECT_THROW(ColorConvert::PrecalculateRgb888ToYCbCrValues(nullptr), Exception);
 }
 
@@ -141,146 +129,97 @@ TEST(ColorConvert, Yuv2TakesOneChromaOfEachPixelAndReadsBackwards)
     Bytes src = {10, 11, 12, 20, 21, 22, 30, 31, 32}, dst(6, 77);
     ColorConvert::convertYCbCrtoYUV2(src.data(), dst.data(), 3);
     EXPECT_THAT(dst, ElementsAre(22, 20, 11, 10, 77, 77));
+    dst[0] = 77;
     ColorConvert::convertYCbCrtoYUV2(src.data(), dst.data(), 1);
-    ColorConvert::convertYCbCrtoYUV2(nullptr, nullptr, 1);
-    EXPECT_EQ(dst[0], 22);
-    EXPECT_THROW(ColorConvert::convertYCbCrtoYUV2(src.data(), nullptr, 2), Exception);
+    EXPECT_EQ(dst[0], 77);
+}
+
+TEST(ColorConvert, BuffersMayOverlapButNotBeNull)
+{
+    const auto yuv2 = [](void* src, void* dst, unsigned long pixels) {
+        ColorConvert::convertYCbCrtoYUV2(static_cast<Byte*>(src), static_cast<Byte*>(dst), pixels);
+    };
+    using Buffers = void (*)(void*, void*, unsigned long);
+    for (const Buffers convert : {Buffers(ColorConvert::convertBGR888ToYCbCr),
+                                  Buffers(ColorConvert::convertRGBToYCbCr), Buffers(yuv2)}) {
+        Bytes all(900), expected(300);
+        std::iota(all.begin(), all.end(), Byte(3));
+        convert(all.data() + 300, expected.data(), 100);
+        const std::size_t written = convert == Buffers(yuv2) ? 200 : 300;
+        for (const std::ptrdiff_t shift : {-300, -299, -3, -1, 0, 1, 3, 150, 299, 300}) {
+            Bytes buffer = all;
+            convert(buffer.data() + 300, buffer.data() + 300 + shift, 100);
+            ASSERT_TRUE(
+                std::equal(expected.begin(), expected.begin() + written, buffer.begin() + 300 + shift))
+                << shift;
+        }
+        convert(nullptr, nullptr, 0);
+        EXPECT_THROW(convert(nullptr, all.data(), 2), Exception);
+        EXPECT_THROW(convert(all.data(), nullptr, 2), Exception);
+    }
+    yuv2(nullptr, nullptr, 1); // not a pair
 }
 
 TEST(ColorConvert, YuyvChromaLagsByHalfAPair)
 {
-    const cv::Mat src = packed({100, 120, 101, 140, 50, 90, 51, 200});
-    const cv::Mat lumaCrCb = (cv::Mat_<Byte>(1, 12) << 100, 0, 120, 101, 140, 120, 50, 140, 90, 51, 200, 90);
     cv::Mat expected;
-    cv::cvtColor(lumaCrCb.reshape(3, 1), expected, cv::COLOR_YCrCb2BGR);
-    EXPECT_EQ(converted(ColorConvert::convertYUYVToBGR, src), bytesOf(expected));
-}
+    cv::cvtColor(row({100, 0, 120, 101, 140, 120, 50, 140, 90, 51, 200, 90}, 3), expected,
+                 cv::COLOR_YCrCb2BGR);
+    EXPECT_EQ(converted(ColorConvert::convertYUYVToBGR, {100, 120, 101, 140, 50, 90, 51, 200}),
+              bytesOf(expected));
 
-TEST(ColorConvert, YuyvInBlocksIsYuyvAtOnce)
-{
-    // Rows of odd length begin in the middle of a pair; long ones are blocks of their own.
-    for (const cv::Size size : {cv::Size(640, 40), cv::Size(333, 77), cv::Size(5000, 3), cv::Size(1, 9),
-                                cv::Size(2, 5000), cv::Size(4095, 5), cv::Size(17, 1)}) {
-        const cv::Mat src = randomImage(size.height, size.width, 2);
-        cv::Mat lumaCrCb(size, CV_8UC3), expected;
-        lagYuyv.plain(src.data, lumaCrCb.data, 0, src.total());
+    // In blocks it is what it is at once. Rows of odd length begin in the middle of a pair; long ones are
+    // several.
+    for (const cv::Size size :
+         {cv::Size(640, 40), {333, 77}, {5000, 3}, {9001, 1}, {1, 9}, {2, 5000}, {4095, 5}, {17, 1}}) {
+        cv::Mat src(size, CV_8UC2), lumaCrCb(size, CV_8UC3);
+        cv::randu(src, 0, 256);
+        Byte chroma[2] = {0, 0};
+        for (std::size_t i = 0; i < src.total(); ++i) {
+            chroma[i % 2] = src.data[2 * i + 1];
+            const Byte pixel[] = {src.data[2 * i], chroma[1], chroma[0]};
+            std::copy_n(pixel, 3, lumaCrCb.data + 3 * i);
+        }
+        Image dst;
+        ColorConvert::convertYUYVToBGR(src, dst);
         cv::cvtColor(lumaCrCb, expected, cv::COLOR_YCrCb2BGR);
-        EXPECT_EQ(converted(ColorConvert::convertYUYVToBGR, src), bytesOf(expected)) << size;
+        EXPECT_TRUE(same(dst, expected)) << size;
     }
 }
 
 TEST(ColorConvert, SwapsTheOuterBytesOfEveryThree)
 {
-    cv::Mat image = (cv::Mat_<Byte>(2, 6) << 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12);
-    image = image.reshape(3);
-    ColorConvert::swapRB(image);
-    EXPECT_THAT(bytesOf(image), ElementsAre(3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10));
-    cv::Mat pairs = (cv::Mat_<Byte>(1, 6) << 1, 2, 3, 4, 5, 6);
-    pairs = pairs.reshape(2);
-    ColorConvert::swapRB(pairs); // of three times two bytes
-    EXPECT_THAT(bytesOf(pairs), ElementsAre(3, 2, 1, 6, 5, 4));
-
-    cv::Mat none;
+    for (const int channels :
+         {3, 2, 1}) { // groups reach from pixel to pixel and from row to row, not into padding
+        cv::Mat large(4, 24 / channels, CV_8UC(channels), cv::Scalar::all(99));
+        cv::Mat image = large(cv::Rect(0, 1, 12 / channels, 2));
+        row({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24}, channels)
+            .reshape(0, 2)
+            .copyTo(image);
+        ColorConvert::swapRB(image);
+        EXPECT_THAT(bytesOf(image), ElementsAre(3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10, 15, 14, 13, 18, 17, 16,
+                                                21, 20, 19, 24, 23, 22));
+        image.setTo(cv::Scalar::all(99));
+        EXPECT_TRUE(same(large, cv::Mat(large.size(), large.type(), cv::Scalar::all(99))));
+    }
+    cv::Mat none, two(1, 1, CV_8UC2, cv::Scalar(1, 2));
     ColorConvert::swapRB(none);
-    cv::Mat two(1, 1, CV_8UC2, cv::Scalar(1, 2));
-    try {
-        ColorConvert::swapRB(two);
-        FAIL() << "two bytes were taken for a pixel";
-    } catch (const Exception& error) {
-        EXPECT_STREQ(error.what(), "Image buffer size does not fit to a 24BIT color image!");
-        EXPECT_THAT(error.location(), testing::HasSubstr("swapRB(..)"));
-    }
-    EXPECT_EQ(two.at<cv::Vec2b>(0), cv::Vec2b(1, 2));
+    EXPECT_EQ(refusal([&] { ColorConvert::swapRB(two); }),
+              (Refusal{"Image buffer size does not fit to a 24BIT color image!", "swapRB"}));
+    EXPECT_THAT(bytesOf(two), ElementsAre(1, 2));
 }
 
-TEST(ColorConvert, SwapLeavesPaddingAlone)
+TEST(ColorConvert, RefusesOtherPixelsBeforeTheOutputChanges)
 {
-    for (const int channels : {3, 1}) { // single bytes: groups of three reach from row to row
-        cv::Mat large = randomImage(8, 19, channels);
-        const cv::Mat before = large.clone();
-        const cv::Rect middle(4, 1, 10, 6);
-        cv::Mat view = large(middle), expected = view.clone();
-        swapRb.plain(expected.data, expected.data, expected.total() * expected.elemSize() / 3);
-        ColorConvert::swapRB(view);
-        EXPECT_EQ(bytesOf(large(middle)), bytesOf(expected));
-        before(middle).copyTo(large(middle));
-        EXPECT_EQ(bytesOf(large), bytesOf(before));
+    for (const auto& converter : imageConverters) {
+        Image dst(1, 2, cv::Vec3b(1, 2, 3));
+        const int sizes[] = {2, 2, 2};
+        EXPECT_THROW(converter.convert(cv::Mat(2, 4, CV_8UC(converter.channels + 1)), dst), Exception);
+        EXPECT_THROW(converter.convert(cv::Mat(3, sizes, CV_8UC(converter.channels)), dst), Exception);
+        const cv::Mat odd(3, 5, CV_8UC(converter.channels), cv::Scalar::all(0));
+        EXPECT_EQ(refusal([&] { converter.convert(odd, dst); }) != Refusal{}, converter.pairs)
+            << converter.name;
+        const Bytes untouched{1, 2, 3, 1, 2, 3};
+        EXPECT_EQ(bytesOf(dst) == untouched, converter.pairs) << converter.name;
     }
 }
-
-struct ImageConverter
-{
-    const char* name;
-    Converter convert;
-    int channels;
-    bool bPairs;
-};
-
-const ImageConverter imageConverters[] = {
-    {"YuyvToBgr", ColorConvert::convertYUYVToBGR, 2, false},
-    {"UyvyToBgr", ColorConvert::convertUYVYToBGR, 2, true},
-    {"UyvyToRgb", ColorConvert::convertUYVYToRGB, 2, true},
-    {"Uy1vy0ToBgr", ColorConvert::convertUY1VY0ToBGR, 2, true},
-    {"Uy1vy0ToRgb", ColorConvert::convertUY1VY0ToRGB, 2, true},
-    {"YcbcrToBgr", ColorConvert::convertYCbCrtoBRG, 3, false},
-};
-
-class EveryImageConverter : public testing::TestWithParam<ImageConverter>
-{
-protected:
-    Bytes of(const cv::Mat& src) const { return converted(GetParam().convert, src); }
-};
-
-TEST_P(EveryImageConverter, RefusesOtherPixelsBeforeTheOutputChanges)
-{
-    Image dst(1, 2, cv::Vec3b(1, 2, 3));
-    EXPECT_THROW(GetParam().convert(randomImage(2, 4, GetParam().channels + 1), dst), Exception);
-    const int sizes[] = {2, 2, 2};
-    EXPECT_THROW(GetParam().convert(cv::Mat(3, sizes, CV_8UC(GetParam().channels)), dst), Exception);
-    const cv::Mat odd = randomImage(3, 5, GetParam().channels);
-    if (GetParam().bPairs) {
-        EXPECT_THROW(GetParam().convert(odd, dst), Exception);
-    }
-    EXPECT_THAT(bytesOf(dst), ElementsAre(1, 2, 3, 1, 2, 3));
-    GetParam().convert(cv::Mat(), dst);
-    EXPECT_TRUE(dst.empty());
-}
-
-TEST_P(EveryImageConverter, TakesPaddedRowsAndWritesIntoViews)
-{
-    for (const cv::Size size : {cv::Size(20, 3), cv::Size(5, 4), cv::Size(33, 2), cv::Size(1, 2)}) {
-        const cv::Rect middle({3, 1}, size);
-        const cv::Mat source = randomImage(size.height + 2, size.width + 5, GetParam().channels);
-        const Bytes expected = of(source(middle).clone());
-        EXPECT_EQ(of(source(middle)), expected) << size;
-
-        Image large(size.height + 2, size.width + 5, cv::Vec3b(7, 7, 7));
-        Image view = large(middle);
-        GetParam().convert(source(middle), view);
-        EXPECT_EQ(bytesOf(large(middle)), expected) << size;
-        GetParam().convert(source(middle).clone(), view);
-        EXPECT_EQ(bytesOf(large(middle)), expected) << size;
-        view = cv::Vec3b(7, 7, 7);
-        EXPECT_EQ(cv::norm(large, Image(large.size(), cv::Vec3b(7, 7, 7)), cv::NORM_INF), 0) << size;
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(ColorConvert, EveryImageConverter, testing::ValuesIn(imageConverters),
-                         [](const auto& converter) { return converter.param.name; });
-
-TEST(ColorConvert, SourceAndDestinationMayShareTheirPixels)
-{
-    Image image = randomImage(9, 40, 3);
-    const Bytes expected = converted(ColorConvert::convertYCbCrtoBRG, image.clone());
-    Image shifted = image.clone();
-    ColorConvert::convertYCbCrtoBRG(image, image);
-    EXPECT_EQ(bytesOf(image), expected);
-
-    const cv::Rect from(0, 0, 30, 8), to(5, 1, 30, 8);
-    const Bytes moved = converted(ColorConvert::convertYCbCrtoBRG, shifted(from).clone());
-    Image view = shifted(to);
-    ColorConvert::convertYCbCrtoBRG(shifted(from), view);
-    EXPECT_EQ(bytesOf(view), moved);
-}
-
-} // namespace

@@ -4,8 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <utility>
-#include <vector>
 
 using namespace velmo::exp::vision;
 
@@ -32,98 +30,91 @@ TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
     EXPECT_EQ(component.getBoundingBox(), cv::Rect(0, 0, 0, 0));
     EXPECT_TRUE(component.getConvexHull().empty());
     EXPECT_THROW(component.getPCA(), cv::Exception);
-    const std::map<int, ConnectedComponent> implicitly{{7, 7}};
+    const std::map<int, ConnectedComponent> implicitly{{7, 7}, {-1, -1}};
     EXPECT_EQ(implicitly.at(7).getLabel(), 7U);
+    EXPECT_EQ(implicitly.at(-1).getLabel(), 4294967295U);
 }
 
-TEST(ConnectedComponent, CountsThePixelsOfItsBoxInclusively)
+TEST(ConnectedComponent, MeasuresItsBoxInclusivelyAndItsElongationAlongTheImageAxes)
 {
+    const struct
+    {
+        Points points;
+        cv::Rect box;
+        cv::Point2d centre;
+        double elongation;
+    } cases[] = {
+        {{{2, 2}, {0, 0}, {2, 0}, {0, 2}}, {0, 0, 3, 3}, {1, 1}, 1.0},
+        {{{0, 0}, {1, 1}, {2, 2}}, {0, 0, 3, 3}, {1, 1}, 1.0}, // a diagonal bar
+        {{{0, 0}, {2, 6}}, {0, 0, 3, 7}, {1, 3}, 1.0 / 9.0},
+        {{{-3, 9}, {4, -2}}, {-3, -2, 8, 12}, {0.5, 3.5}, 16.0 / 36.0}, // from (0, 4)
+        {{{0, 0}, {3, 0}}, {0, 0, 4, 1}, {1.5, 0}, 0.0},
+        // The mean of x lies half way between two pixels, ties to even; the centre of y is on row 1, 3 rows
+        // from the last point. That is 4 pixels from the left one of the two, 3 from the right one.
+        {{{-2, 0}, {0, 0}, {0, 0}, {4, 4}}, {-2, 0, 7, 5}, {0.5, 1}, 9.0 / 16.0},
+        {{{-1, 0}, {1, 0}, {1, 0}, {5, 4}}, {-1, 0, 7, 5}, {1.5, 1}, 1.0},
+        {{{0, 0}, {2, 0}, {2, 0}, {6, 4}}, {0, 0, 7, 5}, {2.5, 1}, 9.0 / 16.0},
+        // 46341 squared is the first to turn negative: it does not count. 92682 squared wraps to 18532.
+        {{{0, 0}, {92680, 2}}, {0, 0, 92681, 3}, {46340, 1}, 1.0 / 2147395600.0},
+        {{{0, 0}, {92682, 2}}, {0, 0, 92683, 3}, {46341, 1}, 0.0},
+        {{{0, 0}, {185364, 2}}, {0, 0, 185365, 3}, {92682, 1}, 1.0 / 18532.0},
+        // 2^31 becomes 0, and 2^31 - 1 becomes 1.
+        {{{lowest, 0}, {highest, 4}}, {lowest, 0, 0, 5}, {-0.5, 2}, 1.0 / 4.0}};
+    for (const auto& [points, box, centre, elongation] : cases) {
+        EXPECT_EQ(blob(points).getBoundingBox(), box) << testing::PrintToString(points);
+        EXPECT_EQ(blob(points).getCenterOfGravity(), centre) << testing::PrintToString(points);
+        EXPECT_EQ(blob(points).getElongation(), elongation) << testing::PrintToString(points);
+    }
     EXPECT_EQ(blob({{5, 7}}).getBoundingBox(), cv::Rect(5, 7, 1, 1));
-    EXPECT_EQ(blob({{2, 2}, {0, 0}, {2, 0}, {0, 2}}).getBoundingBox(), cv::Rect(0, 0, 3, 3));
-    EXPECT_EQ(blob({{-3, 9}, {4, -2}}).getBoundingBox(), cv::Rect(-3, -2, 8, 12));
-}
-
-TEST(ConnectedComponent, MeasuresElongationAlongTheImageAxes)
-{
-    EXPECT_EQ(blob({{5, 7}}).getCenterOfGravity(), cv::Point2d(5, 7));
     EXPECT_TRUE(std::isnan(blob({{5, 7}}).getElongation()));
-    EXPECT_EQ(blob({{0, 0}, {2, 0}, {0, 2}, {2, 2}}).getElongation(), 1.0);
-    EXPECT_EQ(blob({{0, 0}, {1, 1}, {2, 2}}).getElongation(), 1.0); // a diagonal bar
-    EXPECT_EQ(blob({{0, 0}, {2, 6}}).getElongation(), 1.0 / 9.0);
-}
-
-TEST(ConnectedComponent, RoundsTheCentreWithTiesToEven)
-{
-    EXPECT_EQ(blob({{0, 0}, {3, 0}}).getCenterOfGravity(), cv::Point2d(1.5, 0));
-    EXPECT_EQ(blob({{0, 0}, {3, 0}}).getElongation(), 0.0);
-    // The mean of x lies half way between two pixels, the centre of y on row 1: 3 rows to the last point. The
-    // point on the right is 4 pixels from the left one of the two, 3 from the right one.
-    const std::pair<int, double> ties[] = {{-2, 9.0 / 16.0}, {-1, 1.0}, {0, 9.0 / 16.0}, {1, 1.0}};
-    for (const auto& [x, elongation] : ties)
-        EXPECT_EQ(blob({{x, 0}, {x + 2, 0}, {x + 2, 0}, {x + 6, 4}}).getElongation(), elongation) << x;
-}
-
-TEST(ConnectedComponent, WrapsDistancesAndTheirSquaresAt32Bits)
-{
-    // 46341 squared is the first to turn negative: it does not count. 92682 squared wraps to 18532.
-    EXPECT_EQ(blob({{0, 0}, {92680, 2}}).getElongation(), 1.0 / 2147395600.0);
-    EXPECT_EQ(blob({{0, 0}, {92682, 2}}).getElongation(), 0.0);
-    EXPECT_EQ(blob({{0, 0}, {185364, 2}}).getElongation(), 1.0 / 18532.0);
-    // 2^31 becomes 0, and 2^31 - 1 becomes 1.
-    const ConnectedComponent widest = blob({{lowest, 0}, {highest, 4}});
-    EXPECT_EQ(widest.getCenterOfGravity(), cv::Point2d(-0.5, 2));
-    EXPECT_EQ(widest.getElongation(), 1.0 / 4.0);
-    EXPECT_EQ(widest.getBoundingBox(), cv::Rect(lowest, 0, 0, 5));
     EXPECT_EQ(blob({{0, highest}, {1, 0}}).getBoundingBox(), cv::Rect(0, 0, 2, lowest));
 }
 
-TEST(ConnectedComponent, AppendsTheOthersPointsWhenItJoins)
+TEST(ConnectedComponent, AppendsPointsItsOwnAmongThem)
 {
     ConnectedComponent component({{1, 1}, {2, 2}}, 7);
     const ConnectedComponent other({{3, 3}, {1, 1}, {5, 5}}, 9);
     component.join(other);
+    component.join(3);
     EXPECT_EQ(component.getPoints(), (Points{{1, 1}, {2, 2}, {3, 3}, {1, 1}, {5, 5}}));
     EXPECT_EQ(component.getNrOfPoints(), 5U);
     EXPECT_EQ(component.getLabel(), 7U);
     EXPECT_EQ(other.getNrOfPoints(), 3U);
-    component.join(ConnectedComponent(3));
-    EXPECT_EQ(component.getNrOfPoints(), 5U);
-}
 
-TEST(ConnectedComponent, JoinsItself)
-{
-    ConnectedComponent component(-1);
-    component.join(component);
-    EXPECT_EQ(component.getNrOfPoints(), 0U);
-    component.addPoint({1, 2});
-    component.addPoint({3, 4});
-    component.addPoint({5, 6});
-    component.join(component);
-    EXPECT_EQ(component.getPoints(), (Points{{1, 2}, {3, 4}, {5, 6}, {1, 2}, {3, 4}, {5, 6}}));
-    EXPECT_EQ(component.getNrOfPoints(), 6U);
-    EXPECT_EQ(component.getLabel(), 4294967295U);
-    component.setLabel(12);
-    EXPECT_EQ(component.getLabel(), 12U);
+    ConnectedComponent self(4);
+    self.join(self);
+    EXPECT_EQ(self.getNrOfPoints(), 0U);
+    for (const cv::Point& point : Points{{1, 2}, {3, 4}, {5, 6}})
+        self.addPoint(point);
+    self.join(self);
+    EXPECT_EQ(self.getPoints(), (Points{{1, 2}, {3, 4}, {5, 6}, {1, 2}, {3, 4}, {5, 6}}));
+    EXPECT_EQ(self.getNrOfPoints(), 6U);
+    self.setLabel(12);
+    EXPECT_EQ(self.getLabel(), 12U);
 }
 
 TEST(ConnectedComponent, CountsItsPointsAfterCopiesAndMoves)
 {
     ConnectedComponent component({{1, 1}, {2, 2}}, 7);
-    ConnectedComponent copy(component);
+    ConnectedComponent copy(component), assigned;
+    assigned = component;
     copy.addPoint({3, 3});
     ConnectedComponent moved(std::move(component));
-    EXPECT_EQ(moved.getNrOfPoints(), 2U);
-    EXPECT_EQ(moved.getLabel(), 7U);
-    EXPECT_EQ(component.getNrOfPoints(), 0U); // NOLINT: what a moved-from component is like
+    for (const ConnectedComponent* heir : {&moved, &assigned}) {
+        EXPECT_EQ(heir->getNrOfPoints(), 2U);
+        EXPECT_EQ(heir->getLabel(), 7U);
+        EXPECT_EQ(heir->getCenterOfGravity(), cv::Point2d(1.5, 1.5));
+    }
+    EXPECT_EQ(component.getNrOfPoints(), 0U);
     EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(0, 0));
     component = std::move(copy);
     EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(2, 2));
-    EXPECT_EQ(copy.getNrOfPoints(), 0U); // NOLINT
+    EXPECT_EQ(copy.getNrOfPoints(), 0U);
 }
 
 TEST(ConnectedComponent, HasTheCornersAsItsHullCounterclockwise)
 {
-    Points hull = blob({{0, 0}, {1, 1}, {4, 0}, {2, 0}, {4, 3}, {0, 3}, {2, 2}}).getConvexHull();
+    const Points hull = blob({{0, 0}, {1, 1}, {4, 0}, {2, 0}, {4, 3}, {0, 3}, {2, 2}}).getConvexHull();
     ASSERT_EQ(hull.size(), 4U);
     int area = 0; // twice the area, positive if counterclockwise with y upward
     for (std::size_t n = 0; n < 4; ++n)

@@ -1,16 +1,10 @@
 #include "vision/imgproc/DistortionCorrection.h"
 
-#include "core/Exception.h"
+#include "tests/Support.h"
 #include "tests/TemporaryFolder.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <fstream>
-#include <string>
-#include <type_traits>
-#include <vector>
 
 using namespace velmo::vision;
 using velmo::exp::Exception;
@@ -21,6 +15,7 @@ static_assert(sizeof(PixelCorrInfo) == 10 && std::is_trivially_copyable_v<PixelC
 
 /// dy, dx and the weights of one pixel.
 using Entry = std::vector<int>;
+using Records = std::vector<PixelCorrInfo>;
 
 /// A map file, gone with the test.
 class MapFile
@@ -38,20 +33,16 @@ public:
             }
     }
 
-    std::vector<PixelCorrInfo> load(int height = 0, int width = 0) const
+    Records load(int height = 0, int width = 0) const
     {
         return DistortionCorrection::loadPixelCorrInfoFromPxm(path, height, width);
     }
 
     std::string error(int height = 0, int width = 0) const
     {
-        try {
-            load(height, width);
-        } catch (const Exception& error) {
-            EXPECT_THAT(error.location(), testing::HasSubstr("loadPixelCorrInfoFromPxm(..)"));
-            return error.what();
-        }
-        return "none";
+        const Refusal refused = refusal([&] { load(height, width); });
+        EXPECT_TRUE(refused == Refusal{} || refused.function == "loadPixelCorrInfoFromPxm") << refused;
+        return refused.message;
     }
 
 private:
@@ -66,13 +57,7 @@ std::vector<Entry> still(std::size_t pixels)
     return std::vector<Entry>(pixels, Entry{0, 0, 1, 0, 0, 0});
 }
 
-std::vector<int> offsets(const std::vector<PixelCorrInfo>& records)
-{
-    std::vector<int> all;
-    for (const PixelCorrInfo& record : records)
-        all.push_back(record.m_s16Offset);
-    return all;
-}
+} // namespace
 
 TEST(DistortionCorrection, ReadsRecordsRowByRow)
 {
@@ -84,38 +69,27 @@ TEST(DistortionCorrection, ReadsRecordsRowByRow)
                         {-1, 1, 10, 11, 12, 13},
                         {-1, 0, 0, 0, 0, 0},
                         {0, 0, 14, 15, 16, 17}});
-    const std::vector<PixelCorrInfo> records = file.load(2, 3);
-    EXPECT_EQ(offsets(records), (std::vector<int>{0, 2, -1, -2, -3, 0}));
-    EXPECT_THAT(records[0].m_au16Weights, testing::ElementsAre(1, 2, 3, 4));
-    EXPECT_THAT(records[1].m_au16Weights, testing::ElementsAre(65535, 6, 7, 8));
-    EXPECT_THAT(records[5].m_au16Weights, testing::ElementsAre(14, 15, 16, 17));
-
-    EXPECT_EQ(offsets(DistortionCorrection(file.path, 0, 0).getPixelCorrInfo()), offsets(records));
-    EXPECT_EQ(records[1], PixelCorrInfo(2, 65535, 6, 7, 8));
-    EXPECT_NE(records[1], PixelCorrInfo(2, 65535, 6, 7, 9));
-    EXPECT_EQ(PixelCorrInfo(), PixelCorrInfo(0, 0, 0, 0, 0));
-    EXPECT_EQ(offsets(DistortionCorrection(records).getPixelCorrInfo()), offsets(records));
-    EXPECT_EQ(offsets(MapFile(1, 1, still(1)).load()), (std::vector<int>{0}));
-    EXPECT_TRUE(DistortionCorrection(std::vector<PixelCorrInfo>{}).getPixelCorrInfo().empty());
+    const Records records{{0, 1, 2, 3, 4},      {2, 65535, 6, 7, 8}, {-1, 9, 9, 9, 9},
+                          {-2, 10, 11, 12, 13}, {-3, 0, 0, 0, 0},    {0, 14, 15, 16, 17}};
+    EXPECT_EQ(file.load(2, 3), records);
+    EXPECT_EQ(DistortionCorrection(file.path, 0, 0).getPixelCorrInfo(), records);
+    EXPECT_EQ(DistortionCorrection(records).getPixelCorrInfo(), records);
+    EXPECT_EQ(MapFile(1, 1, {{0, 0, 0, 0, 0, 0}}).load(), Records(1));
+    for (const PixelCorrInfo& other : {PixelCorrInfo(1, 1, 2, 3, 4), PixelCorrInfo(0, 1, 2, 3, 5)})
+        EXPECT_NE(records[0], other);
 }
 
 TEST(DistortionCorrection, RefusesFilesThatAreNoMaps)
 {
-    const auto load = [](const std::string& path) {
-        try {
-            DistortionCorrection(path, 0, 0);
-        } catch (const Exception& error) {
-            return std::string(error.what());
-        }
-        return std::string("none");
-    };
-    EXPECT_EQ(load(TemporaryFolder().path() / "none.pam"), "Can not open Distortion Correction file!");
+    const std::string closed = "Can not open Distortion Correction file!";
     const MapFile file(1, 1, {});
     EXPECT_THROW(file.load(), Exception); // truncated
     std::ofstream(file.path) << "no image at all";
-    EXPECT_EQ(load(file.path), "Can not open Distortion Correction file!");
+    EXPECT_EQ(file.error(), closed);
+    EXPECT_EQ(refusal([] { DistortionCorrection("/no/such/file", 0, 0); }).message, closed);
     for (const int depth : {1, 5, 7})
-        EXPECT_NE(load(MapFile(1, 1, {Entry(static_cast<std::size_t>(depth), 0)}, depth).path), "none");
+        EXPECT_EQ(MapFile(1, 1, {Entry(static_cast<std::size_t>(depth), 0)}, depth).error(),
+                  "Need a distortion map of 6 channels of 16 bits, got " + std::to_string(depth) + "!");
 }
 
 TEST(DistortionCorrection, ChecksTheHeightBeforeTheWidth)
@@ -123,13 +97,10 @@ TEST(DistortionCorrection, ChecksTheHeightBeforeTheWidth)
     const MapFile file(3, 2, still(6));
     const std::string height = "Distortion data height does not fit to the expected image heigth!";
     const std::string width = "Distortion data width does not fit to the expected image width!";
-    EXPECT_EQ(file.error(1, 1), height);
-    EXPECT_EQ(file.error(3, 3), height);
-    EXPECT_EQ(file.error(2, 2), width);
-    EXPECT_EQ(file.error(0, 4), width);
-    EXPECT_EQ(file.error(-2, 0), height);
-    EXPECT_EQ(file.load(2, 0).size(), 6u);
-    EXPECT_EQ(file.load(0, 3).size(), 6u);
+    for (const auto& [rows, cols, message] :
+         {std::tuple(1, 1, height), {3, 3, height}, {-2, 0, height}, {2, 2, width}, {0, 4, width}})
+        EXPECT_EQ(file.error(rows, cols), message) << rows << " x " << cols;
+    EXPECT_EQ(file.load(2, 0).size() + file.load(0, 3).size(), 12u);
 }
 
 TEST(DistortionCorrection, NamesThePixelWhoseSourceIsOutside)
@@ -155,5 +126,3 @@ TEST(DistortionCorrection, OffsetsWrapAtSixteenBits)
     entries[1] = {-1, 0, 1, 0, 0, 0};
     EXPECT_EQ(MapFile(65537, 1, entries).load()[1].m_s16Offset, -1);
 }
-
-} // namespace

@@ -1,8 +1,6 @@
 #include "vision/imgproc/SpatialNoiseRemover.h"
 
-#include <gtest/gtest.h>
-
-#include <type_traits>
+#include "tests/Support.h"
 
 using namespace velmo::exp::vision;
 
@@ -11,11 +9,6 @@ namespace {
 using Frame = cv::Mat_<short>;
 
 static_assert(std::has_virtual_destructor_v<SpatialNoiseRemover>);
-
-bool equal(const Frame& a, const Frame& b)
-{
-    return a.size() == b.size() && cv::countNonZero(a != b) == 0;
-}
 
 Frame smoothed(int gain, const Frame& in)
 {
@@ -35,55 +28,31 @@ TEST(SpatialNoiseRemover, PullsAHotPixelToTheMeanAndSpreadsIt)
     // pixel once as well, since the frame repeats pixels of 1000 only.
     const Frame in = (Frame(3, 3) << 1000, 1000, 1000, 1000, 1090, 1000, 1000, 1000, 1000);
     const Frame expected = (Frame(3, 3) << 1004, 1004, 1004, 1004, 1055, 1004, 1004, 1004, 1004);
-    EXPECT_TRUE(equal(smoothed(31, in), expected)) << smoothed(31, in);
+    EXPECT_TRUE(same(smoothed(31, in), expected)) << smoothed(31, in);
 }
 
 TEST(SpatialNoiseRemover, KeepsEdgesAndConstantFrames)
 {
     const Frame edge = (Frame(2, 4) << 0, 0, 3000, 3000, 0, 0, 3000, 3000);
-    EXPECT_TRUE(equal(smoothed(31, edge), edge));
-    for (const int value : {-32768, -1, 0, 1, 12345, 32767})
-        for (const int gain : {1, 8, 31}) {
-            const Frame flat(5, 7, static_cast<short>(value));
-            EXPECT_TRUE(equal(smoothed(gain, flat), flat)) << "value " << value << ", gain " << gain;
-        }
+    EXPECT_TRUE(same(smoothed(31, edge), edge));
+    for (const short value : {-32768, -1, 0, 1, 12345, 32767})
+        for (const int gain : {1, 8, 31})
+            EXPECT_TRUE(same(smoothed(gain, Frame(5, 7, value)), Frame(5, 7, value)))
+                << value << ", gain " << gain;
 }
 
 TEST(SpatialNoiseRemover, RefusesGainsOutsideItsRange)
 {
     const Frame in = (Frame(1, 3) << 0, 90, 0);
-    SpatialNoiseRemover filter(31);
-    EXPECT_FALSE(filter.setGain(32));
-    EXPECT_FALSE(filter.setGain(-1));
     Frame out;
+    SpatialNoiseRemover filter(30);
+    EXPECT_TRUE(filter.setGain(SpatialNoiseRemover::s32MaxGain));
+    EXPECT_FALSE(filter.setGain(32) || filter.setGain(-1));
     filter.process(in, out);
-    EXPECT_TRUE(equal(out, smoothed(31, in)));
-    EXPECT_FALSE(equal(out, in));
+    EXPECT_TRUE(same(out, smoothed(31, in)) && !same(out, in));
     EXPECT_TRUE(filter.setGain(0));
     filter.process(in, out);
-    EXPECT_TRUE(equal(out, in));
-    EXPECT_TRUE(equal(smoothed(40, in), in));
-    EXPECT_TRUE(smoothed(8, Frame()).empty());
-    EXPECT_TRUE(smoothed(8, Frame(0, 5)).empty());
-}
-
-TEST(SpatialNoiseRemover, WorksOnViewsAndInPlace)
-{
-    for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 9), cv::Size(9, 1), cv::Size(37, 11)}) {
-        Frame large(size + cv::Size(5, 2));
-        cv::randu(large, -50, 50);
-        const cv::Rect place({2, 1}, size);
-        const Frame expected = smoothed(31, large(place).clone());
-
-        Frame canvas(large.size(), 99);
-        Frame out = canvas(place);
-        SpatialNoiseRemover(31).process(large(place), out);
-        EXPECT_TRUE(equal(canvas(place), expected)) << size;
-        canvas(place).setTo(99);
-        EXPECT_EQ(cv::countNonZero(canvas != 99), 0) << "wrote outside the view, " << size;
-
-        Frame both = large.clone()(place);
-        SpatialNoiseRemover(31).process(both, both);
-        EXPECT_TRUE(equal(both, expected)) << size;
-    }
+    EXPECT_TRUE(same(out, in));
+    for (const int gain : {40, -1})
+        EXPECT_TRUE(same(smoothed(gain, in), in)) << gain;
 }

@@ -1,35 +1,46 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
-#include "tests/vision/imgproc/PixelStream.h"
+#include "tests/Support.h"
+#include "vision/imgproc/TemporalNoiseReductionRef.h"
 
-#include <gtest/gtest.h>
-
-#include <utility>
+#include <algorithm>
 
 using namespace velmo::exp::vision;
 
 namespace {
 
 using Frame = cv::Mat_<unsigned short>;
+using Filter = TemporalNoiseReduction<unsigned short>;
+using Reference = TemporalNoiseReductionRef<unsigned short>;
+using Values = std::vector<int>;
 
 /// As start-up code of a program finds it.
 const unsigned short weightOfStartUpCode = *(std::as_const(mg_aFeedbackStrength) + 15);
 
-Values stream(unsigned char gain, unsigned short factor, const Values& inputs)
+/// A stream of single pixels: the output of each input in turn.
+template <template <class> class AnyFilter, class T>
+Values outputs(AnyFilter<T>& filter, const Values& inputs)
 {
-    TemporalNoiseReduction<unsigned short> filter(gain, factor);
-    return outputsOf(filter, inputs);
+    Values results;
+    for (const int input : inputs) {
+        cv::Mat_<T> frame(1, 1, static_cast<T>(input));
+        filter.process(frame);
+        results.push_back(frame(0, 0));
+    }
+    return results;
+}
+
+template <class AnyFilter>
+Values stream(int gain, int factor, const Values& inputs)
+{
+    AnyFilter filter(static_cast<unsigned char>(gain), static_cast<unsigned short>(factor));
+    return outputs(filter, inputs);
 }
 
 } // namespace
 
-TEST(TemporalNoiseReduction, HasTheWeightCurve)
+TEST(FeedbackStrength, IsTheWeightCurveAndEndsWithNoWeight)
 {
-    const std::pair<int, int> telling[] = {{0, 32768}, {14, 32768}, {15, 31457}, {33, 16384}, {47, 9175},
-                                           {48, 9175}, {49, 8847},  {50, 7862},  {64, 6143},  {100, 3931},
-                                           {895, 439}, {896, 438},  {1008, 48},  {1023, 3}};
-    for (const auto& [k, weight] : telling)
-        EXPECT_EQ(mg_aFeedbackStrength[k], weight) << "k " << k;
     const int percent[] = {96, 93, 91, 88, 86, 83, 80, 78, 75, 72, 70, 67, 65, 62, 60, 57, 55, 53,
                            50, 48, 46, 44, 42, 40, 38, 36, 35, 33, 32, 31, 30, 29, 28, 28, 27};
     for (int k = 0; k < 1024; ++k) {
@@ -41,103 +52,143 @@ TEST(TemporalNoiseReduction, HasTheWeightCurve)
         ASSERT_EQ(mg_aFeedbackStrength[k], weight) << "k " << k;
     }
     EXPECT_EQ(weightOfStartUpCode, 31457);
+    const unsigned short *weights = mg_aFeedbackStrength, *alike = mg_aFeedbackStrengthRef;
+    EXPECT_TRUE(std::equal(weights, weights + 1024, alike));
+    EXPECT_EQ(mg_aFeedbackStrengthRef[1024], 0);
 }
 
 TEST(TemporalNoiseReduction, HoldsNoisePullsStepsAndLetsJumpsPass)
 {
     // 14 counts are held. 100 counts: 3931 * -100 / 32768 = -11.99..., rounded down to -12. 1024 pass.
-    EXPECT_EQ(stream(16, 2048, {1000, 1014, 986, 1100, 2113}), (Values{1000, 1000, 1000, 1088, 2113}));
+    EXPECT_EQ(stream<Filter>(16, 2048, {1000, 1014, 986, 1100, 2113}),
+              (Values{1000, 1000, 1000, 1088, 2113}));
     // The general path at the same index rounds the same pull half up: 12.
-    EXPECT_EQ(stream(16, 2047, {1000, 900}), (Values{1000, 912}));
+    EXPECT_EQ(stream<Filter>(16, 2047, {1000, 900}), (Values{1000, 912}));
+    // Exactly half a count: 16384 x 1 of 32768, and one less.
+    EXPECT_EQ(stream<Filter>(0, 1024, {1001, 1000}), (Values{1001, 1001}));
+    EXPECT_EQ(stream<Filter>(0, 1023, {1001, 1000}), (Values{1001, 1000}));
+    // Without gain a fixed average, without factor off.
+    EXPECT_EQ(stream<Filter>(0, 1024, {1000, 3000, 3000}), (Values{1000, 2000, 2500}));
+    EXPECT_EQ(stream<Filter>(0, 2048, {1000, 3000, 65535}), (Values{1000, 1000, 1000}));
+    EXPECT_EQ(stream<Filter>(16, 0, {1000, 1003, 0}), (Values{1000, 1003, 0}));
+    // Both ends of the range.
+    EXPECT_EQ(stream<Filter>(16, 2048, {0, 65535, 65530, 0}), (Values{0, 65535, 65535, 0}));
+    EXPECT_EQ(stream<TemporalNoiseReduction<short>>(15, 2048, {-32768, 32767, 32760, -32768}),
+              (Values{-32768, 32767, 32767, -32768}));
 }
 
-TEST(TemporalNoiseReduction, RoundsDownOnTheFastPathAndHalfUpOnTheGeneralOne)
+TEST(TemporalNoiseReduction, HasTwoPathsThatRoundDifferently)
 {
-    TemporalNoiseReduction<unsigned short> filter(16, 2048), general(16, 2048);
-    Frame first(1, 1, 1000), down(1, 1, 900), up(1, 1, 900);
-    filter.initFilter(first);
-    general.initFilter(first);
-    filter.filterWithMaxParam(down);
-    general.filterWithAnyParam(up);
-    EXPECT_EQ(down(0, 0), 911);
-    EXPECT_EQ(up(0, 0), 912);
-}
-
-TEST(TemporalNoiseReduction, IsAFixedAverageWithoutGainAndOffWithoutFactor)
-{
-    EXPECT_EQ(stream(0, 1024, {1000, 3000, 3000}), (Values{1000, 2000, 2500}));
-    EXPECT_EQ(stream(0, 2048, {1000, 3000, 65535}), (Values{1000, 1000, 1000}));
-    EXPECT_EQ(stream(16, 0, {1000, 1003, 0}), (Values{1000, 1003, 0}));
-}
-
-TEST(TemporalNoiseReduction, StaysInsideTheTableAtBothEndsOfTheRange)
-{
-    EXPECT_EQ(stream(16, 2048, {0, 65535, 65530, 0}), (Values{0, 65535, 65535, 0}));
-    TemporalNoiseReduction<short> filter(15, 2048);
-    EXPECT_EQ(outputsOf(filter, {-32768, 32767, 32760, -32768}), (Values{-32768, 32767, 32767, -32768}));
-}
-
-TEST(TemporalNoiseReduction, StartsAnewAfterASetterOrAnotherSize)
-{
-    TemporalNoiseReduction<unsigned short> filter(16, 2048);
-    EXPECT_EQ(outputsOf(filter, {1000, 1005}), (Values{1000, 1000}));
-    filter.setControlGain(16);
-    EXPECT_EQ(outputsOf(filter, {1005, 1000}), (Values{1005, 1005}));
-    Frame other(1, 2, 1000);
-    filter.process(other);
-    EXPECT_EQ(outputsOf(filter, {1010}), (Values{1010}));
+    for (const bool max : {true, false}) {
+        Filter filter(16, 2048);
+        Frame first(1, 1, 1000), next(1, 1, 900), other(3, 5, 777);
+        filter.initFilter(first);
+        max ? filter.filterWithMaxParam(next) : filter.filterWithAnyParam(next);
+        EXPECT_EQ(next(0, 0), max ? 911 : 912);
+        max ? filter.filterWithMaxParam(other)
+            : filter.filterWithAnyParam(other); // another size: the state is built
+        EXPECT_TRUE(same(other, Frame(3, 5, 777)));
+    }
 }
 
 TEST(TemporalNoiseReduction, LimitsAndWarnsInSettersOnly)
 {
-    TemporalNoiseReduction<unsigned short> filter(0, 0);
+    Filter filter(0, 0);
     testing::internal::CaptureStdout();
     filter.setControlGain(200);
     filter.setFeedbackFactor(4000);
+    filter.setControlGain(16);
+    filter.setFeedbackFactor(2048);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "TemporalNoiseReduction Attention: limiting ControlGain to 16!!\n"
               "TemporalNoiseReduction Attention: limiting m_u16FeedbackFactor to 2048!!\n");
-    EXPECT_EQ(outputsOf(filter, {1000, 1100}), (Values{1000, 1088})); // both at their maximum
+    EXPECT_EQ(outputs(filter, {1000, 1100}), (Values{1000, 1088})); // both at their maximum
 }
 
-TEST(TemporalNoiseReduction, FiltersViewsAndLeavesTheirSurroundingsAlone)
+TEST(TemporalNoiseReduction, StartsAnewWithOtherWeightsAfterASetter)
 {
-    Frame large(6, 9, 1000);
-    Frame view = large(cv::Rect(2, 1, 5, 4));
-    TemporalNoiseReduction<unsigned short> filter(16, 2048);
-    filter.process(view);
-    large.setTo(1008);
-    filter.process(view);
-    EXPECT_EQ(cv::countNonZero(large == 1000), 20);
-    EXPECT_EQ(cv::countNonZero(view == 1000), 20);
-
-    Frame none;
-    filter.process(none);
-    EXPECT_TRUE(none.empty());
+    // Half weight, whatever the difference; a quarter; the curve at gain 8: 100 becomes 50, 7862 / 32768 of
+    // 100.
+    Filter filter(0, 1024);
+    EXPECT_EQ(outputs(filter, {1000, 1100}), (Values{1000, 1050}));
+    filter.setFeedbackFactor(512);
+    EXPECT_EQ(outputs(filter, {1000, 1100}), (Values{1000, 1075}));
+    filter.setFeedbackFactor(512);
+    EXPECT_EQ(outputs(filter, {1200}), (Values{1200}));
+    filter.setFeedbackFactor(2047);
+    outputs(filter, {1000, 1100});
+    filter.setControlGain(8);
+    EXPECT_EQ(outputs(filter, {1000, 1100}), (Values{1000, 1076}));
+    filter.setControlGain(8);
+    EXPECT_EQ(outputs(filter, {1200}), (Values{1200}));
 }
 
-TEST(TemporalNoiseReduction, BuildsItsStateFromTheFrameIfAPathIsCalledFirst)
+TEST(TemporalNoiseReduction, KeepsTheWeightsOfItsConstructionInCopiesToo)
 {
-    TemporalNoiseReduction<unsigned short> filter(8, 1000);
-    Frame frame(3, 5, 777);
-    filter.filterWithAnyParam(frame);
-    EXPECT_EQ(cv::countNonZero(frame == 777), 15);
-    Frame other(5, 3, 42);
-    filter.filterWithMaxParam(other);
-    EXPECT_EQ(cv::countNonZero(other == 42), 15);
+    const unsigned short before = mg_aFeedbackStrength[10];
+    mg_aFeedbackStrength[10] = 16384;
+    Filter edited(16, 2048);
+    mg_aFeedbackStrength[10] = before;
+    Filter copy(edited), assigned(16, 2048);
+    assigned = edited;
+    for (Filter* filter : {&edited, &copy, &assigned})
+        EXPECT_EQ(outputs(*filter, {1000, 1010}), (Values{1000, 1005}));
+    EXPECT_EQ(stream<Filter>(16, 2048, {1000, 1010}), (Values{1000, 1000}));
 }
 
-TEST(TemporalNoiseReduction, CopiesDeeplyAndIsUsableAfterAMove)
+TEST(TemporalNoiseReductionRef, RoundsOnlyWhatItHandsOut)
 {
-    TemporalNoiseReduction<unsigned short> filter(16, 2048);
-    outputsOf(filter, {1000});
-    TemporalNoiseReduction<unsigned short> copy(filter);
-    EXPECT_EQ(outputsOf(filter, {1100}), (Values{1088}));
-    EXPECT_EQ(outputsOf(copy, {1005}), (Values{1000}));
+    // A quarter of the way each time: 100, 175, 231.25, 273.44, 305.08. A state of whole numbers would give
+    // 304 at the end.
+    EXPECT_EQ(stream<Reference>(0, 1536, {100, 400, 400, 400, 400}), (Values{100, 175, 231, 273, 305}));
+    // Halves go away from zero.
+    EXPECT_EQ(stream<TemporalNoiseReductionRef<short>>(0, 1024, {-1, 0}), (Values{-1, -1}));
+    EXPECT_EQ(stream<Reference>(0, 1024, {0, 1}), (Values{0, 1}));
+}
 
-    TemporalNoiseReduction<unsigned short> moved(std::move(copy));
-    EXPECT_EQ(outputsOf(moved, {1005}), (Values{1000}));
-    EXPECT_EQ(outputsOf(copy, {500, 505}), (Values{500, 500}));
-    copy = filter;
-    EXPECT_EQ(outputsOf(copy, {1090}), (Values{1088}));
+TEST(TemporalNoiseReductionRef, HoldsNoiseAndLetsWhatIsBeyondTheTablePass)
+{
+    EXPECT_EQ(stream<Reference>(16, 2048, {1000, 1014, 986, 5000}), (Values{1000, 1000, 1000, 5000}));
+    // 200 * 82 / 16 = 1025 and 200 * 81.84 / 16 = 1023: the last entry, and the one before it.
+    EXPECT_EQ(stream<Reference>(200, 2048, {0, 82, 65535, 0}), (Values{0, 82, 65535, 0}));
+    EXPECT_EQ(stream<TemporalNoiseReductionRef<short>>(255, 2048, {-32768, 32767, -32768}),
+              (Values{-32768, 32767, -32768}));
+    // 232 / 16 is 14.5: half a step away from zero to 15, which has 96 percent.
+    EXPECT_EQ(stream<Reference>(1, 2048, {1000, 1232}), (Values{1000, 1009}));
+}
+
+TEST(TemporalNoiseReductionRef, StaysDefinedWhenTheRecurrenceGrowsWithoutBound)
+{
+    Values inputs(40, 10000); // 32 times the difference, and again
+    inputs[0] = 65535;
+    const Values results = stream<Reference>(0, 65535, inputs);
+    // From 32 bits on the output is 0, also where the state is infinite or not a number.
+    EXPECT_EQ((Values(results.end() - 30, results.end())), Values(30, 0));
+}
+
+TEST(TemporalNoiseReductionRef, StartsAnewAfterASetterAndNeitherLimitsNorWarns)
+{
+    Reference filter;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(outputs(filter, {1000, 1005}), (Values{1000, 1000}));
+    filter.setControlGain(200);
+    EXPECT_EQ(outputs(filter, {1005, 1087}), (Values{1005, 1087}));
+    filter.setControlGain(0);
+    filter.setFeedbackFactor(4096); // twice the difference
+    EXPECT_EQ(outputs(filter, {1010, 1000}), (Values{1010, 1020}));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(TemporalNoiseReductionRef, StaysCloseToTheFastFilterOnANoisyStream)
+{
+    std::mt19937 random(7);
+    Reference reference(12, 1800);
+    Filter fast(12, 1800);
+    for (int n = 0; n < 30; ++n) {
+        Frame frame = randomMat<unsigned short>({20, 15}, 29980, 30020, random), copy = frame.clone();
+        reference.process(frame);
+        fast.process(copy);
+        // The fast one stops within a few counts of where it would converge; more would be another filter.
+        ASSERT_LE(cv::norm(frame, copy, cv::NORM_INF), 5) << "frame " << n;
+    }
 }
