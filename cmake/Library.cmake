@@ -56,6 +56,10 @@ set_target_properties(vision_imgproc_objects PROPERTIES SOURCES "${VELMO_OTHER_S
 add_library(vision_imgproc_loops OBJECT ${VELMO_LOOP_SOURCES})
 target_include_directories(vision_imgproc_loops PUBLIC "${PROJECT_SOURCE_DIR}")
 target_link_libraries(vision_imgproc_loops PUBLIC opencv_core opencv_imgproc PRIVATE velmo_options)
+# Vectors go from one inlined function to another: no calling convention is concerned. Their lanes wrap.
+target_compile_options(vision_imgproc_loops PRIVATE -Wno-psabi)
+set_source_files_properties("${PROJECT_SOURCE_DIR}/vision/kernels/StaticPatternRemoverKernel.cpp" PROPERTIES
+    COMPILE_OPTIONS -fwrapv)
 target_sources(vision_imgproc_objects INTERFACE "$<TARGET_OBJECTS:vision_imgproc_loops>")
 foreach(objects vision_imgproc_loops vision_imgproc_objects)
     target_compile_options(${objects} PRIVATE -Wconversion -Wno-sign-conversion)

@@ -14,6 +14,32 @@
 #define VELMO_HAS_CLONES 0
 #endif
 
+/// The same for loops written in vector types: NAME(parameters) runs NAMEOf<bytes>(arguments) with the
+/// vectors that the level has. Wider ones would be taken to pieces, and so would comparisons of the 64 bytes
+/// of x86-64-v4.
+#if VELMO_HAS_CLONES
+#define VELMO_CLONE_OF_WIDTH(level, bytes, name, parameters, arguments)                                      \
+    __attribute__((target(level))) void name parameters                                                      \
+    {                                                                                                        \
+        name##Of<bytes> arguments;                                                                           \
+    }
+#define VELMO_CLONES_BY_WIDTH(name, parameters, arguments)                                                   \
+    VELMO_CLONE_OF_WIDTH("arch=x86-64-v3", 32, name, parameters, arguments)                                  \
+    VELMO_CLONE_OF_WIDTH("arch=x86-64-v2", 16, name, parameters, arguments)                                  \
+    VELMO_CLONE_OF_WIDTH("default", 16, name, parameters, arguments)
+#else
+#if defined(__AVX2__)
+#define VELMO_VECTOR_BYTES 32
+#else
+#define VELMO_VECTOR_BYTES 16
+#endif
+#define VELMO_CLONES_BY_WIDTH(name, parameters, arguments)                                                   \
+    void name parameters                                                                                     \
+    {                                                                                                        \
+        name##Of<VELMO_VECTOR_BYTES> arguments;                                                              \
+    }
+#endif
+
 /// Before a loop whose iterations do not depend on each other: what it writes overlaps nothing that it reads.
 /// The compiler need not prove it, which it cannot for pointers out of a struct.
 #if defined(__clang__)

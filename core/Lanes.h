@@ -3,18 +3,83 @@
 
 #include "core/Clones.h"
 
-/// Small operations for loops that are to become vectors of 16-bit lanes.
+#include <cstddef>
+#include <cstring>
+
+/// Small operations for loops in 16-bit lanes: those that are to become vectors, and those written in them.
 
 namespace velmo::exp {
 
-VELMO_INLINE short lower(short a, short b)
+/// Vectors of 16-bit values; `bytes` is a power of two.
+template <int bytes>
+struct Lanes
+{
+    typedef short Shorts __attribute__((vector_size(bytes)));
+    typedef unsigned short Unsigned __attribute__((vector_size(bytes)));
+    typedef int Ints __attribute__((vector_size(2 * bytes)));
+};
+template <int bytes>
+using Shorts = typename Lanes<bytes>::Shorts;
+
+/// Of two values, or of two vectors lane by lane.
+template <class T>
+VELMO_INLINE T lower(T a, T b)
 {
     return a < b ? a : b;
 }
 
-VELMO_INLINE short higher(short a, short b)
+template <class T>
+VELMO_INLINE T higher(T a, T b)
 {
     return a < b ? b : a;
+}
+
+template <int bytes>
+VELMO_INLINE Shorts<bytes> all(int value)
+{
+    return Shorts<bytes>{} + static_cast<short>(value);
+}
+
+/// A line of values, read a vector at a time.
+template <int bytes>
+struct Line
+{
+    static constexpr int lanes = bytes / 2;
+    const short* values;
+
+    VELMO_INLINE Shorts<bytes> operator[](std::ptrdiff_t c) const
+    {
+        Shorts<bytes> vector;
+        std::memcpy(&vector, values + c, bytes);
+        return vector;
+    }
+};
+
+template <class Vector>
+VELMO_INLINE void storeShorts(short* to, Vector values)
+{
+    std::memcpy(to, &values, sizeof values);
+}
+
+/// As many 32-bit values as a vector has lanes, all of which fit 16 bits.
+template <int bytes>
+VELMO_INLINE Shorts<bytes> narrowed(const int* from)
+{
+    typename Lanes<bytes>::Ints wide;
+    std::memcpy(&wide, from, sizeof wide);
+    return __builtin_convertvector(wide, Shorts<bytes>);
+}
+
+template <class Vector>
+VELMO_INLINE void storeWidened(int* to, Vector values)
+{
+    // By way of memory: the compiler knows an instruction that widens what it loads.
+    constexpr int lanes = sizeof values / sizeof(short);
+    short narrow[lanes];
+    std::memcpy(narrow, &values, sizeof values);
+    VELMO_INDEPENDENT
+    for (int n = 0; n < lanes; ++n)
+        to[n] = narrow[n];
 }
 
 } // namespace velmo::exp

@@ -4,193 +4,234 @@
 #include "core/Lanes.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
-// A row at a time, in 16-bit lanes. What is learnt by the columns of a row depends on the input and on what
-// they knew before that row; only the pixels look at the columns left of them as they are after it. So the
-// columns of a row go first and the pixels follow, each as loops without a branch.
+// A row at a time, in vectors of 16-bit lanes. What is learnt by the columns of a row depends on the input
+// and on what they knew before that row; only the pixels look at the columns left of them as they are after
+// it. So the columns of a row go first and the pixels follow, both without a branch.
 //
 // Sums are taken relative to eight times the pixel, modulo 2^16. That is exact wherever the nine values of a
 // set lie within 4095 of each other. Elsewhere the deviation, exact or not, is 2048 or more (see
-// deviation()), beyond every threshold, so that nothing made of it is used.
+// surroundings()), beyond every threshold, so that nothing made of it is used.
 
 namespace velmo::exp::vision {
 namespace {
 
-using u16 = std::uint16_t;
+/// Lanes of the widest vectors. Lines have as many before their first value, and twice as many behind their
+/// last.
+constexpr int room = 16;
 
-/// All bits set if a < b, which must not lie more than 32767 apart. Rather than a comparison, which would be
-/// made in 32 bits.
-VELMO_INLINE short below(short a, short b)
+/// What a row is filtered with. Four values before the first one and behind the last one repeat these.
+struct PatternLines
 {
-    return static_cast<short>(static_cast<short>(a - b) >> 15);
+    short *above, *row, *below;             ///< of the frame
+    short *sums, *lows, *highs;             ///< of the three pixels of each column
+    short *fourSums, *fourLows, *fourHighs; ///< of each pixel and the three right of it
+    short *blockRests, *blockDeviations;    ///< see Surroundings
+    short *lineRests, *lineDeviations;
+    short *wholes, *fractions;             ///< of the columns' states: 1024 * whole + fraction
+    short *corrections, *updated;          ///< of the columns, before this row and after it
+    short *correctionFours, *updatedFours; ///< of each column and the three right of it, summed up
+};
+
+/// What a pixel sees in one of its two sets: the neighbours' sum less eight times the pixel; and how far the
+/// lowest and the highest of the set lie from the mean of the eight neighbours, 32767 for more.
+template <int bytes>
+struct Surroundings
+{
+    Shorts<bytes> rest, deviation;
+};
+
+// The two distances add up to highest - lowest, modulo 2^16. So if these lie more than 4095 apart, one of the
+// distances is 2048 or more, whatever became of the sum.
+template <int bytes>
+VELMO_INLINE Surroundings<bytes> surroundings(const Shorts<bytes>& x, const Shorts<bytes>& rest,
+                                              const Shorts<bytes>& lowest, const Shorts<bytes>& highest)
+{
+    using Unsigned = typename Lanes<bytes>::Unsigned;
+    const Shorts<bytes> mean = x + (rest >> 3);
+    const Unsigned larger =
+        higher(reinterpret_cast<Unsigned>(mean - lowest), reinterpret_cast<Unsigned>(highest - mean));
+    return {rest, reinterpret_cast<Shorts<bytes>>(lower(larger, Unsigned{} + 32767))};
 }
 
-VELMO_INLINE short choose(short mask, short yes, short no)
+template <int bytes>
+VELMO_INLINE Surroundings<bytes> blockOf(const PatternLines& l, std::ptrdiff_t c)
 {
-    return static_cast<short>((yes & mask) | (no & ~mask));
+    const Line<bytes> sums{l.sums}, lows{l.lows}, highs{l.highs};
+    const Shorts<bytes> x = Line<bytes>{l.row}[c];
+    return surroundings<bytes>(x, sums[c - 1] + sums[c] + sums[c + 1] - 9 * x,
+                               lower(lower(lows[c - 1], lows[c]), lows[c + 1]),
+                               higher(higher(highs[c - 1], highs[c]), highs[c + 1]));
 }
 
-/// patternCounts() in 16 bits.
-VELMO_INLINE short counts(short correction)
+template <int bytes>
+VELMO_INLINE Surroundings<bytes> lineOf(const PatternLines& l, std::ptrdiff_t c)
 {
-    const auto part = static_cast<short>(static_cast<short>(correction - 25) >> 3);
-    return static_cast<short>(static_cast<short>(correction - part) >> 3);
+    const Line<bytes> sums{l.fourSums}, lows{l.fourLows}, highs{l.fourHighs};
+    const Shorts<bytes> x = Line<bytes>{l.row}[c];
+    return surroundings<bytes>(x, sums[c - 4] + sums[c + 1] - 8 * x,
+                               lower(lower(lows[c - 4], lows[c + 1]), x),
+                               higher(higher(highs[c - 4], highs[c + 1]), x));
 }
 
-/// How far the lowest and the highest of a set lie from the mean of the eight neighbours; 32767 for more.
-/// `rest` is the neighbours' sum less eight times the pixel `x`.
-///
-/// The two distances add up to highest - lowest, modulo 2^16. So if these lie more than 4095 apart, one of
-/// the distances is 2048 or more, whatever became of the sum.
-VELMO_INLINE short deviation(short x, short rest, short lowest, short highest)
+template <int bytes>
+VELMO_INLINE void gather(const PatternLines& l, std::ptrdiff_t count)
 {
-    const auto mean = static_cast<short>(x + (rest >> 3));
-    const auto down = static_cast<u16>(mean - lowest), up = static_cast<u16>(highest - mean);
-    const u16 larger = down < up ? up : down;
-    return static_cast<short>(larger < 32767 ? larger : 32767);
-}
-
-/// Of the three pixels of each column, -1 to `count`.
-VELMO_CLONES void gatherColumns(const short* __restrict above, const short* __restrict row,
-                                const short* __restrict below, short* __restrict sums, short* __restrict lows,
-                                short* __restrict highs, int count)
-{
-    for (int c = -1; c <= count; ++c) {
-        const short a = above[c], x = row[c], b = below[c];
-        sums[c] = static_cast<short>(a + x + b);
-        lows[c] = lower(lower(a, b), x);
-        highs[c] = higher(higher(a, b), x);
+    const Line<bytes> above{l.above}, row{l.row}, below{l.below};
+    for (std::ptrdiff_t c = -row.lanes; c <= count; c += row.lanes) {
+        const Shorts<bytes> a = above[c], x = row[c], b = below[c];
+        storeShorts(l.sums + c, a + x + b);
+        storeShorts(l.lows + c, lower(lower(a, b), x));
+        storeShorts(l.highs + c, higher(higher(a, b), x));
+        const Shorts<bytes> second = row[c + 1], third = row[c + 2], fourth = row[c + 3];
+        storeShorts(l.fourSums + c, (x + second) + (third + fourth));
+        storeShorts(l.fourLows + c, lower(lower(x, second), lower(third, fourth)));
+        storeShorts(l.fourHighs + c, higher(higher(x, second), higher(third, fourth)));
     }
 }
 
-/// Of each pixel and the three right of it, -4 to `count`.
-VELMO_CLONES void gatherFours(const short* __restrict row, short* __restrict sums, short* __restrict lows,
-                              short* __restrict highs, int count)
+template <int bytes>
+VELMO_INLINE void sumFoursOf(const short* values, short* sums, std::ptrdiff_t count)
 {
-    for (int c = -4; c <= count; ++c) {
-        const short p = row[c], q = row[c + 1], r = row[c + 2], s = row[c + 3];
-        sums[c] = static_cast<short>(static_cast<short>(p + q) + static_cast<short>(r + s));
-        lows[c] = lower(lower(p, q), lower(r, s));
-        highs[c] = higher(higher(p, q), higher(r, s));
-    }
+    const Line<bytes> line{values};
+    for (std::ptrdiff_t c = -line.lanes; c <= count; c += line.lanes)
+        storeShorts(sums + c, (line[c] + line[c + 1]) + (line[c + 2] + line[c + 3]));
 }
 
-/// What each pixel sees in its 3 x 3 block: the neighbours' sum less eight times the pixel, the deviation.
-VELMO_CLONES void measureBlocks(const short* __restrict row, const short* __restrict sums,
-                                const short* __restrict lows, const short* __restrict highs,
-                                short* __restrict rests, short* __restrict deviations, int count)
+/// The columns' states after a row, and their corrections.
+template <int bytes>
+VELMO_INLINE void learnColumns(const PatternLines& l, std::ptrdiff_t count,
+                               const PatternParameters& parameters)
 {
-    for (int c = 0; c < count; ++c) {
-        const short x = row[c];
-        const auto rest = static_cast<short>(sums[c - 1] + sums[c] + sums[c + 1] - 9 * x);
-        const short low = lower(lower(lows[c - 1], lows[c]), lows[c + 1]);
-        const short high = higher(higher(highs[c - 1], highs[c]), highs[c + 1]);
-        rests[c] = rest;
-        deviations[c] = deviation(x, rest, low, high);
-    }
-}
+    using V = Shorts<bytes>;
+    const V threshold = all<bytes>(parameters.threshold), thresholdLow = all<bytes>(parameters.thresholdLow);
+    const V most = all<bytes>(8 * parameters.lineLimit), least = -most;
+    const Line<bytes> corrections{l.corrections}, wholes{l.wholes}, fractions{l.fractions};
+    for (std::ptrdiff_t c = 0; c < count; c += corrections.lanes) {
+        const auto [blockRest, block] = blockOf<bytes>(l, c);
+        const auto [lineRest, line] = lineOf<bytes>(l, c);
+        storeShorts(l.blockRests + c, blockRest);
+        storeShorts(l.blockDeviations + c, block);
+        storeShorts(l.lineRests + c, lineRest);
+        storeShorts(l.lineDeviations + c, line);
 
-/// The same for the four pixels on either side.
-VELMO_CLONES void measureLines(const short* __restrict row, const short* __restrict sums,
-                               const short* __restrict lows, const short* __restrict highs,
-                               short* __restrict rests, short* __restrict deviations, int count)
-{
-    for (int c = 0; c < count; ++c) {
-        const short x = row[c];
-        const auto rest = static_cast<short>(sums[c - 4] + sums[c + 1] - 8 * x);
-        const short low = lower(lower(lows[c - 4], lows[c + 1]), x);
-        const short high = higher(higher(highs[c - 4], highs[c + 1]), x);
-        rests[c] = rest;
-        deviations[c] = deviation(x, rest, low, high);
-    }
-}
-
-/// The column states after a row. `corrections` are those before it, `updated` become those after it.
-VELMO_CLONES void learnColumns(int* __restrict states, const short* __restrict corrections,
-                               short* __restrict updated, const short* __restrict blockRests,
-                               const short* __restrict blockDeviations, const short* __restrict lineRests,
-                               const short* __restrict lineDeviations, int count, short threshold,
-                               short thresholdLow, int limit)
-{
-    const int most = limit * 8192, least = -limit * 8192 - 1;
-    for (int c = 0; c < count; ++c) {
-        const short block = blockDeviations[c], line = lineDeviations[c];
-        const auto calm = static_cast<short>(below(block, thresholdLow) | below(line, threshold));
-        const auto most16th = static_cast<short>(line - (line >> 2) - (line >> 4));
-        const short rest = choose(below(block, most16th), blockRests[c], lineRests[c]);
-        const auto step = static_cast<short>(static_cast<short>(corrections[c] + rest) & calm);
-        int state = states[c] - step;
-        state = state < most ? state : most;
-        state = state > least ? state : least;
+        const V calm = (block < thresholdLow) | (line < threshold);
+        const V rest = block < line - (line >> 2) - (line >> 4) ? blockRest : lineRest;
+        V fraction = fractions[c] - ((corrections[c] + rest) & calm);
+        V whole = wholes[c] + (fraction >> 10);
+        // At a limit, 0 remains above and 1023 below.
+        const auto below = reinterpret_cast<typename Lanes<bytes>::Unsigned>(whole < least) >> 6;
+        fraction = (fraction & 1023 & (whole < most)) | reinterpret_cast<V>(below);
+        whole = higher(lower(whole, most), least - 1);
         // Toward zero by 4; -3 to -1 become 1 to 3 and stay there.
-        const int decayed = state < 0 ? state + 4 : state - 4;
-        state = (state >> 2) == 0 ? state : decayed;
-        states[c] = state;
-        updated[c] = static_cast<short>((state >> 10) + (state < 0 ? 1 : 0));
+        fraction += (((whole >> 15) & 8) - 4) & ((whole | fraction >> 2) != 0);
+        whole += fraction >> 10;
+        storeShorts(l.fractions + c, fraction & 1023);
+        storeShorts(l.wholes + c, whole);
+        storeShorts(l.updated + c, whole - (whole >> 15));
     }
 }
 
-/// Of each correction and the three right of it, -4 to `count`.
-VELMO_CLONES void sumFours(const short* __restrict corrections, short* __restrict sums, int count)
+/// patternCounts().
+template <class V>
+VELMO_INLINE V counts(const V& corrections)
 {
-    for (int c = -4; c <= count; ++c)
-        sums[c] =
-            static_cast<short>(corrections[c] + corrections[c + 1] + corrections[c + 2] + corrections[c + 3]);
+    return (7 * corrections + 32) >> 6;
 }
 
-/// The output of a row with the states before it.
-VELMO_CLONES void correctRow(const short* __restrict row, const short* __restrict columnCorrections,
-                             const int* __restrict states, short* __restrict out, int count)
+/// What the pixels from `c` on are compared with, less eight times themselves. Left of them are the columns'
+/// corrections after the row, right of them those before it.
+template <int bytes>
+VELMO_INLINE Shorts<bytes> estimate(const PatternLines& l, std::ptrdiff_t c, const Shorts<bytes>& close)
 {
-    for (int c = 0; c < count; ++c) {
-        const short x = row[c];
-        const auto state = static_cast<short>(states[c]);
-        const auto correction = static_cast<short>((state >> 5) - (state >> 15));
-        const auto y = static_cast<short>(x - counts(columnCorrections[c]) - counts(correction));
-        out[c] = x == 32767 ? x : y;
-    }
+    using V = Shorts<bytes>;
+    const Line<bytes> left{l.updated}, right{l.corrections}, leftFours{l.updatedFours},
+        rightFours{l.correctionFours};
+    const V centre = right[c];
+    const V ofBlock = Line<bytes>{l.blockRests}[c] - counts<V>(3 * (left[c - 1] + right[c + 1] - 2 * centre));
+    const V ofLine =
+        Line<bytes>{l.lineRests}[c] - counts<V>(leftFours[c - 4] + rightFours[c + 1] - 8 * centre);
+    const V block = Line<bytes>{l.blockDeviations}[c], line = Line<bytes>{l.lineDeviations}[c];
+    const V apart = higher(block, line) - lower(block, line), difference = ofLine - ofBlock;
+    return ofBlock + (apart < close ? difference >> 1 : difference & (line < block));
 }
 
-/// The pixel states after a row, which always fit 16 bits. `left` are the columns' corrections after it,
-/// `right` those before it.
-VELMO_CLONES void learnPixels(int* __restrict states, const short* __restrict left,
-                              const short* __restrict leftFours, const short* __restrict right,
-                              const short* __restrict rightFours, const short* __restrict blockRests,
-                              const short* __restrict blockDeviations, const short* __restrict lineRests,
-                              const short* __restrict lineDeviations, int count, short threshold, short limit)
+/// The output of the pixels from `c` on with their states before the row, and these after it. They always fit
+/// 16 bits.
+template <int bytes>
+VELMO_INLINE void learnPixels(const PatternLines& l, std::ptrdiff_t c, const PatternParameters& parameters,
+                              int* states, short* out)
 {
-    const auto most = static_cast<short>(limit * 256), least = static_cast<short>(-limit * 256 - 1);
-    const auto close = static_cast<short>(threshold >> 2);
-    for (int c = 0; c < count; ++c) {
-        const short block = blockDeviations[c], line = lineDeviations[c];
-        const short centre = right[c];
-        const auto blockCorrection = static_cast<short>(3 * (left[c - 1] + right[c + 1] - 2 * centre));
-        const auto lineCorrection = static_cast<short>(leftFours[c - 4] + rightFours[c + 1] - 8 * centre);
-        const auto blockEstimate = static_cast<short>(blockRests[c] - counts(blockCorrection));
-        const auto lineEstimate = static_cast<short>(lineRests[c] - counts(lineCorrection));
-        const auto both = static_cast<short>(static_cast<short>(blockEstimate + lineEstimate) >> 1);
-        const short calmer = lower(block, line);
-        const auto apart = static_cast<short>(higher(block, line) - calmer);
-        const short estimate =
-            choose(below(apart, close), both, choose(below(line, block), lineEstimate, blockEstimate));
+    using V = Shorts<bytes>;
+    const V threshold = all<bytes>(parameters.threshold);
+    const V most = all<bytes>(256 * parameters.frameLimit), least = -most - 1;
+    V state = narrowed<bytes>(states);
+    const V correction = (state >> 5) - (state >> 15);
+    const V x = Line<bytes>{l.row}[c];
+    const V sum = counts<V>(Line<bytes>{l.corrections}[c]) + counts(correction);
+    storeShorts(out, x - (sum & (x != 32767)));
 
-        auto state = static_cast<short>(states[c]);
-        const auto correction = static_cast<short>((state >> 5) - (state >> 15));
-        const auto step =
-            static_cast<short>(static_cast<short>(correction + estimate) & below(calmer, threshold));
-        state = lower(higher(static_cast<short>(state - step), least), most);
-        // One step toward zero.
-        states[c] = lower(static_cast<short>(state + 1), higher(static_cast<short>(state - 1), 0));
-    }
+    const V calmer = lower<V>(Line<bytes>{l.blockDeviations}[c], Line<bytes>{l.lineDeviations}[c]);
+    const V step = (correction + estimate<bytes>(l, c, threshold >> 2)) & (calmer < threshold);
+    state = lower<V>(higher<V>(state - step, least), most);
+    // One step toward zero.
+    storeWidened(states, lower<V>(state + 1, higher<V>(state - 1, V{})));
 }
 
 /// Repeats the first and the last of `count` values four times on either side.
-void pad(short* values, int count)
+void pad(short* values, std::ptrdiff_t count)
 {
     std::fill_n(values - 4, 4, values[0]);
     std::fill_n(values + count, 4, values[count - 1]);
+}
+
+/// Lines and parameters by value: no store can change them, so they stay in registers.
+template <int bytes>
+VELMO_INLINE void filterRowOf(PatternLines l, int* states, short* out, std::ptrdiff_t count,
+                              PatternParameters parameters)
+{
+    gather<bytes>(l, count);
+    learnColumns<bytes>(l, count, parameters);
+    pad(l.updated, count);
+    sumFoursOf<bytes>(l.updated, l.updatedFours, count);
+    // Left of the first column lies that column itself, which its pixel sees as it was.
+    l.updated[-1] = l.corrections[0];
+    l.updatedFours[-4] = static_cast<short>(4 * l.corrections[0]);
+
+    constexpr int lanes = bytes / 2;
+    std::ptrdiff_t c = 0;
+    for (; c + lanes <= count; c += lanes)
+        learnPixels<bytes>(l, c, parameters, states + c, out + c);
+    if (c == count)
+        return;
+    int lastStates[lanes] = {};
+    short lastOut[lanes];
+    std::copy(states + c, states + count, lastStates);
+    learnPixels<bytes>(l, c, parameters, lastStates, lastOut);
+    std::copy_n(lastStates, count - c, states + c);
+    std::copy_n(lastOut, count - c, out + c);
+}
+
+VELMO_CLONES_BY_WIDTH(filterRow,
+                      (const PatternLines& l, int* states, short* out, int count,
+                       const PatternParameters& parameters),
+                      (l, states, out, count, parameters))
+
+/// Lines in `scratch`, which grows to what they need.
+PatternLines linesOf(std::vector<short>& scratch, int count)
+{
+    constexpr std::size_t lines = sizeof(PatternLines) / sizeof(short*), boundary = 32;
+    const std::size_t stride = static_cast<std::size_t>((count + room - 1) / room + 3) * room;
+    if (scratch.size() < lines * stride + boundary)
+        scratch.resize(lines * stride + boundary);
+    const auto beyond = reinterpret_cast<std::uintptr_t>(scratch.data()) / sizeof(short) % boundary;
+    short* next = scratch.data() + boundary + room - beyond;
+    const auto line = [&] { return std::exchange(next, next + stride); };
+    return {line(), line(), line(), line(), line(), line(), line(), line(), line(), line(),
+            line(), line(), line(), line(), line(), line(), line(), line(), line()};
 }
 
 void removeStaticPatternFast(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv::Mat_<int>& columnState,
@@ -198,62 +239,32 @@ void removeStaticPatternFast(const cv::Mat_<short>& in, cv::Mat_<short>& out, cv
                              std::vector<short>& scratch)
 {
     const int count = in.cols;
-    constexpr int lineCount = 14;
-    const std::size_t stride = static_cast<std::size_t>(count) + 8;
-    if (scratch.size() < lineCount * stride)
-        scratch.resize(lineCount * stride);
-    short* next = scratch.data() + 4;
-    const auto newLine = [&] { return std::exchange(next, next + stride); };
-
-    short *above = newLine(), *row = newLine(), *below = newLine();
-    short *sums = newLine(), *lows = newLine(), *highs = newLine();
-    short *blockRests = newLine(), *blockDeviations = newLine();
-    short *lineRests = newLine(), *lineDeviations = newLine();
-    short *corrections = newLine(), *correctionFours = newLine();
-    short *updated = newLine(), *updatedFours = newLine();
-
+    PatternLines l = linesOf(scratch, count);
     int* columns = columnState[0];
-    for (int c = 0; c < count; ++c)
-        corrections[c] = static_cast<short>((columns[c] >> 10) + (columns[c] < 0 ? 1 : 0));
-    pad(corrections, count);
-    sumFours(corrections, correctionFours, count);
+    for (int c = 0; c < count; ++c) {
+        l.wholes[c] = static_cast<short>(columns[c] >> 10);
+        l.fractions[c] = static_cast<short>(columns[c] & 1023);
+        l.corrections[c] = static_cast<short>(l.wholes[c] - (l.wholes[c] >> 15));
+    }
+    pad(l.corrections, count);
+    sumFoursOf<16>(l.corrections, l.correctionFours, count);
 
     // The rows are copied before they are overwritten, so that `out` may be `in`.
     const auto load = [&](int r, short* line) {
         std::copy_n(in[r], count, line);
         pad(line, count);
     };
-    load(0, above);
-    load(0, row);
+    load(0, l.above);
+    load(0, l.row);
     for (int r = 0; r < in.rows; ++r) {
-        load(std::min(r + 1, in.rows - 1), below);
-        int* pixels = pixelState[r];
-        correctRow(row, corrections, pixels, out[r], count);
-
-        gatherColumns(above, row, below, sums, lows, highs, count);
-        measureBlocks(row, sums, lows, highs, blockRests, blockDeviations, count);
-        gatherFours(row, sums, lows, highs, count);
-        measureLines(row, sums, lows, highs, lineRests, lineDeviations, count);
-
-        learnColumns(columns, corrections, updated, blockRests, blockDeviations, lineRests, lineDeviations,
-                     count, static_cast<short>(parameters.threshold),
-                     static_cast<short>(parameters.thresholdLow), parameters.lineLimit);
-        pad(updated, count);
-        sumFours(updated, updatedFours, count);
-        // Left of the first column lies that column itself, which its pixel sees as it was.
-        updated[-1] = corrections[0];
-        updatedFours[-4] = static_cast<short>(4 * corrections[0]);
-        learnPixels(pixels, updated, updatedFours, corrections, correctionFours, blockRests, blockDeviations,
-                    lineRests, lineDeviations, count, static_cast<short>(parameters.threshold),
-                    static_cast<short>(parameters.frameLimit));
-
-        std::swap(corrections, updated);
-        std::swap(correctionFours, updatedFours);
-        short* oldest = above;
-        above = row;
-        row = below;
-        below = oldest;
+        load(std::min(r + 1, in.rows - 1), l.below);
+        filterRow(l, pixelState[r], out[r], count, parameters);
+        std::swap(l.corrections, l.updated);
+        std::swap(l.correctionFours, l.updatedFours);
+        l.below = std::exchange(l.above, std::exchange(l.row, l.below));
     }
+    for (int c = 0; c < count; ++c)
+        columns[c] = 1024 * l.wholes[c] + l.fractions[c];
 }
 
 } // namespace

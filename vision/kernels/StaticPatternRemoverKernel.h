@@ -17,7 +17,8 @@ struct PatternParameters
     int maxStart = std::numeric_limits<int>::min(); ///< the same for a maximum
 };
 
-/// What a correction (the upper bits of an accumulator) amounts to in counts: about 7/64 of it.
+/// What a correction (the upper bits of an accumulator) amounts to in counts: about 7/64 of it. The same as
+/// (7 * correction + 32) >> 6.
 inline int patternCounts(int correction)
 {
     return (correction - ((correction - 25) >> 3)) >> 3;
