@@ -162,9 +162,10 @@ Job deadBlock(cv::Size size)
     Job job(4 * map->total() + 20 * count, count);
     const unsigned int radius = 1000;
     job.ours([=] { BadPixelTools::calculateReplacePixels(*map, radius); });
-    return job.peer("distanceTransform", [map, distances = cv::Mat()]() mutable {
-        cv::distanceTransform(*map != 0, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
-    });
+    return job.atLeast(0.015, "distanceTransform")
+        .peer("distanceTransform", [map, distances = cv::Mat()]() mutable {
+            cv::distanceTransform(*map != 0, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
+        });
 }
 
 /// Frames of a series, and rows of a map of bad pixels.

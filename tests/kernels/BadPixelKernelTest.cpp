@@ -59,5 +59,18 @@ std::vector<KernelCase> badPixelKernels()
                        return Left() << bad << columns.all;
                    };
                }),
+        kernel(findBad, 300,
+               [](Random& random, int round) {
+                   auto flags = random.values<int>(static_cast<std::size_t>(round / 3), -1, 1);
+                   const int good = random.pick({1, 3, 40});
+                   for (int& flag : flags)
+                       flag = random(0, good) == 0 ? flag : 0;
+                   return [flags](auto& form) {
+                       Guarded<int> columns(flags.size());
+                       const int bad = form(flags.data(), columns.data(), static_cast<int>(flags.size()));
+                       std::fill(columns.data() + bad, columns.data() + flags.size(), 0); // may hold anything
+                       return Left() << bad << columns.all;
+                   };
+               }),
     };
 }

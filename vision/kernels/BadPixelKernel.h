@@ -70,4 +70,9 @@ using CountBad = unsigned int(const int* flags, unsigned int* perColumn, int cou
 CountBad countBadPlain;
 extern const Forms<CountBad> countBad;
 
+/// Where in a row pixels are bad: their columns into `columns`, which has room for all; returns their number.
+using FindBad = int(const int* flags, int* columns, int count);
+FindBad findBadPlain;
+extern const Forms<FindBad> findBad;
+
 } // namespace velmo::exp::vision

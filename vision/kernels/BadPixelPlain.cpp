@@ -59,4 +59,13 @@ unsigned int countBadPlain(const int* flags, unsigned int* perColumn, int count)
     return inRow;
 }
 
+int findBadPlain(const int* flags, int* columns, int count)
+{
+    int found = 0;
+    for (int n = 0; n < count; ++n)
+        if (flags[n] != 0)
+            columns[found++] = n;
+    return found;
+}
+
 } // namespace velmo::exp::vision
