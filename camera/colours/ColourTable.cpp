@@ -86,13 +86,34 @@ bool ColourTable::build(ValueRange range)
                        [&](unsigned short tenths) { return m_vecPercentColours[tenths]; });
     }
     for (const Isotherm& isotherm : m_vecIsotherms)
-        for (int value = isotherm.low; value <= isotherm.high; ++value) {
-            cv::Vec3b& colour = m_vecColours[static_cast<std::size_t>(value)];
-            colour = isotherm.over(colour);
-        }
+        paint(isotherm);
     m_vecBands.clear();
     m_oBuiltFor = range;
     return true;
+}
+
+void ColourTable::paint(const Isotherm& isotherm)
+{
+    auto colour = m_vecColours.begin() + isotherm.low;
+    const auto end = m_vecColours.begin() + isotherm.high + 1;
+    while (colour != end) { // neighbours mostly have the same
+        const cv::Vec3b under = *colour, over = isotherm.over(under);
+        for (; colour != end && *colour == under; ++colour)
+            *colour = over;
+    }
+}
+
+ValueRange ColourTable::varying() const
+{
+    if (!m_vecTenths.empty() || !m_oBuiltFor)
+        return {0, s32LastValue};
+    ValueRange range = *m_oBuiltFor;
+    for (const Isotherm& isotherm : m_vecIsotherms) {
+        const auto before = static_cast<unsigned short>(std::max(isotherm.low - 1, 0));
+        const auto behind = static_cast<unsigned short>(std::min(isotherm.high + 1, s32LastValue));
+        range = unite(range, {before, behind});
+    }
+    return range;
 }
 
 const std::vector<ColourTable::Band>& ColourTable::bands()

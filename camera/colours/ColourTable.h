@@ -48,6 +48,9 @@ public:
     /// The 65,536 colours of the last build.
     const std::vector<cv::Vec3b>& colours() const { return m_vecColours; }
 
+    /// A range outside which colours do not change any more.
+    ValueRange varying() const;
+
     /// The first and the last of the values of the range (of all, if they stand for percents) that have
     /// this colour in the last build; nothing if none has. The inverse of colours() where isUnambiguous().
     std::optional<ValueRange> valueAt(const cv::Vec3b& colour);
@@ -70,6 +73,7 @@ private:
     };
 
     void showPercents(const std::vector<float>& percents);
+    void paint(const Isotherm& isotherm);
     const std::vector<Band>& bands();
 
     Palette m_oPalette;

@@ -115,6 +115,9 @@ TEST(Isotherm, PaintsItsValuesAndNoOthers)
             ASSERT_EQ(table.colours()[static_cast<std::size_t>(value)] == red,
                       value >= each.low && value <= each.high)
                 << each.text << " " << value;
+        const ValueRange varying = table.varying();
+        EXPECT_EQ(table.colours()[0], table.colours()[varying.low]) << each.text;
+        EXPECT_EQ(table.colours()[65535], table.colours()[varying.high]) << each.text;
     }
 }
 
