@@ -56,12 +56,20 @@ std::string csvText(const std::string& text)
     return quoted + '"';
 }
 
+/// What stands for a number that is no finite one.
+std::string wordFor(double number, const char* none)
+{
+    return std::isnan(number) ? none : number < 0 ? "below" : "above";
+}
+
 std::string forJson(const Table::Cell& cell)
 {
     if (const auto* text = std::get_if<std::string>(&cell))
         return jsonText(*text);
     const double number = std::get<double>(cell);
-    return std::isfinite(number) ? shortest(number) : "null";
+    return std::isfinite(number) ? shortest(number)
+           : std::isnan(number)  ? "null"
+                                 : jsonText(wordFor(number, ""));
 }
 
 std::string forCsv(const Table::Cell& cell)
@@ -69,7 +77,7 @@ std::string forCsv(const Table::Cell& cell)
     if (const auto* text = std::get_if<std::string>(&cell))
         return csvText(*text);
     const double number = std::get<double>(cell);
-    return std::isfinite(number) ? shortest(number) : "";
+    return std::isfinite(number) ? shortest(number) : wordFor(number, "");
 }
 
 std::string padded(const std::string& text, std::size_t width, bool right)
@@ -114,7 +122,7 @@ std::string Table::forPeople(std::size_t column, const Cell& cell) const
         return forTerminal(*text);
     const double number = std::get<double>(cell);
     if (!std::isfinite(number))
-        return "-";
+        return wordFor(number, "-");
     std::ostringstream text;
     text << std::fixed << std::setprecision(m_vecColumns[column].decimals) << number;
     return text.str();

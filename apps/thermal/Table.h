@@ -35,7 +35,8 @@ public:
 
     explicit Table(std::vector<Column> columns) : m_vecColumns(std::move(columns)) {}
 
-    /// As many cells as columns. A number that is NaN is one that does not exist: "-", null, empty.
+    /// As many cells as columns. A number that is NaN is one that does not exist: "-", null, empty. An
+    /// infinite one lies outside what can be measured: "below", "above".
     void add(std::vector<Cell> row);
 
     void print(std::ostream& out, const TableFormat& format) const;

@@ -23,13 +23,20 @@ TEST(Table, IsForPeopleAndForPrograms)
     Table table({{"stage", "stage", 0}, {"µs", "us", 1}});
     table.add({std::string("a \"quoted\", long one"), 1.25});
     table.add({std::string("b"), std::nan("")});
-    EXPECT_EQ(printed(table, false, false), "stage                  µs\n"
-                                            "--------------------  ---\n"
-                                            "a \"quoted\", long one  1.2\n"
-                                            "b                       -\n");
+    table.add({std::string("c"), -INFINITY});
+    table.add({std::string("d"), INFINITY});
+    EXPECT_EQ(printed(table, false, false), "stage                    µs\n"
+                                            "--------------------  -----\n"
+                                            "a \"quoted\", long one    1.2\n"
+                                            "b                         -\n"
+                                            "c                     below\n"
+                                            "d                     above\n");
     EXPECT_EQ(printed(table, true, false), "[\n  {\"stage\": \"a \\\"quoted\\\", long one\", \"us\": 1.25},\n"
-                                           "  {\"stage\": \"b\", \"us\": null}\n]\n");
-    EXPECT_EQ(printed(table, false, true), "stage,µs\n\"a \"\"quoted\"\", long one\",1.25\nb,\n");
+                                           "  {\"stage\": \"b\", \"us\": null},\n"
+                                           "  {\"stage\": \"c\", \"us\": \"below\"},\n"
+                                           "  {\"stage\": \"d\", \"us\": \"above\"}\n]\n");
+    EXPECT_EQ(printed(table, false, true),
+              "stage,µs\n\"a \"\"quoted\"\", long one\",1.25\nb,\nc,below\nd,above\n");
 }
 
 TEST(Progress, FillsItsBar)
