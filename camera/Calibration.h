@@ -7,11 +7,12 @@
 
 namespace velmo::camera {
 
-/// What was measured of one camera, unlike settings, which are anybody's choice.
+/// What is known of one camera, unlike settings, which are anybody's choice.
 struct Calibration
 {
-    std::string origin = "calibration"; ///< where it comes from, for messages
+    std::string origin = "calibration"; ///< where the bad pixels come from, for messages
     std::vector<exp::vision::BadPixel> badPixels;
+    std::string unit = "counts"; ///< what its values mean, as Scale::parse takes it
 };
 
 } // namespace velmo::camera

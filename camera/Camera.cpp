@@ -8,12 +8,13 @@
 namespace velmo::camera {
 
 Camera::Camera(const Settings& settings, const Calibration& calibration)
-    : m_oChain(settings, calibration), m_oRange(settings), m_oColouring(settings),
-      m_oBlobRule(BlobRule::from(settings)),
+    : m_oUnit(settings, calibration.unit), m_oChain(settings, calibration),
+      m_oRange(settings, m_oUnit.thermometer), m_oColouring(settings, m_oUnit.thermometer),
+      m_oBlobRule(BlobRule::from(settings, m_oUnit.thermometer)),
       m_s32Scale(static_cast<int>(settings.numbers("picture/scale")[0]))
 {
     if (settings.flag("picture/legend"))
-        m_oLegend.emplace(settings.flag("picture/celsius"));
+        m_oLegend.emplace(m_oUnit.thermometer);
 }
 
 const Frame& Camera::clean(const Frame& raw)
@@ -35,7 +36,7 @@ const Measurement& Camera::measure(const Frame& clean)
         m_oMeasurement.mean = cv::mean(clean)[0];
     }
     if (m_oBlobRule) {
-        m_oMeasurement.blobs = findBlobs(clean, *m_oBlobRule);
+        m_oMeasurement.blobs = findBlobs(clean, *m_oBlobRule, m_oUnit.thermometer);
         m_oTracker.label(m_oMeasurement.blobs);
     }
     return m_oMeasurement;
@@ -52,7 +53,7 @@ const Picture& Camera::paint(const Frame& clean)
     const Picture& picture = m_oBlobRule || m_s32Scale > 1 ? m_oEnlarged : m_oPainted;
     if (!m_oLegend)
         return picture;
-    m_oLegend->draw(picture, m_oColouring, range, m_oLabelled);
+    m_oLegend->draw(picture, m_oColouring.table(), range, m_oLabelled);
     return m_oLabelled;
 }
 

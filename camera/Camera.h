@@ -10,6 +10,7 @@
 #include "camera/measures/BlobTracker.h"
 #include "camera/measures/Blobs.h"
 #include "camera/stages/Chain.h"
+#include "camera/temperature/ChosenUnit.h"
 
 #include "core/Exception.h"
 #include "core/Export.h"
@@ -59,6 +60,10 @@ public:
     /// `paint`.
     const Picture& show(const Frame& raw);
 
+    /// What its values mean.
+    const ChosenUnit& unit() const { return m_oUnit; }
+    const Thermometer& thermometer() const { return m_oUnit.thermometer; }
+
     const Chain& chain() const { return m_oChain; }
     const Colouring& colouring() const { return m_oColouring; }
     const BlobTracker& tracker() const { return m_oTracker; }
@@ -67,6 +72,7 @@ public:
     RangeRule& range() { return m_oRange; }
 
 private:
+    ChosenUnit m_oUnit;
     Chain m_oChain;
     RangeRule m_oRange;
     Colouring m_oColouring;

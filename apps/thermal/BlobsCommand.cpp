@@ -32,7 +32,9 @@ struct BlobsOptions
 class BlobTable
 {
 public:
-    explicit BlobTable(bool celsius) : m_bCelsius(celsius), m_oTable(columns(celsius)) {}
+    explicit BlobTable(const Thermometer& thermometer)
+        : m_oThermometer(thermometer), m_oTable(columns(thermometer))
+    {}
 
     void add(std::size_t frame, const Blob& blob)
     {
@@ -40,17 +42,17 @@ public:
                       static_cast<double>(blob.component.getNrOfPoints()), blob.centre.x, blob.centre.y,
                       static_cast<double>(blob.box.x), static_cast<double>(blob.box.y),
                       static_cast<double>(blob.box.width), static_cast<double>(blob.box.height),
-                      blob.elongation, blob.length, blob.width, blob.angle, shown(blob.low), shown(blob.mean),
-                      shown(blob.high)});
+                      blob.elongation, blob.length, blob.width, blob.angle, read(blob.low),
+                      m_oThermometer.rounded(blob.mean), read(blob.high)});
     }
 
     void print(const TableFormat& format) const { m_oTable.print(std::cout, format); }
 
 private:
-    static std::vector<Table::Column> columns(bool celsius)
+    static std::vector<Table::Column> columns(const Thermometer& thermometer)
     {
-        const std::string unit = celsius ? " °C" : "", keyUnit = celsius ? "_celsius" : "";
-        const int decimals = celsius ? 2 : 0;
+        const std::string unit = thermometer.unit(), keyUnit = thermometer.key();
+        const int decimals = thermometer.hasDegrees() ? 2 : 0;
         return {{"frame", "frame"},
                 {"label", "label"},
                 {"pixels", "pixels"},
@@ -65,13 +67,13 @@ private:
                 {"width", "width", 1},
                 {"angle", "angle", 0},
                 {"min" + unit, "min" + keyUnit, decimals},
-                {"mean" + unit, "mean" + keyUnit, celsius ? 2 : 1},
+                {"mean" + unit, "mean" + keyUnit, thermometer.hasDegrees() ? 2 : 1},
                 {"max" + unit, "max" + keyUnit, decimals}};
     }
 
-    double shown(double value) const { return m_bCelsius ? toCelsius(value) : value; }
+    double read(unsigned short value) const { return m_oThermometer.rounded(m_oThermometer.read(value)); }
 
-    bool m_bCelsius;
+    Thermometer m_oThermometer;
     Table m_oTable;
 };
 
@@ -80,12 +82,12 @@ private:
 Settings blobSettings(const BlobsOptions& options, Outputs& outputs)
 {
     Settings settings = options.settings.settings(outputs);
-    if (!BlobRule::from(settings))
+    if (settings.text("blobs/above") == "off" && settings.text("blobs/below") == "off")
         throw UsageError("blobs needs --above VALUE or --below VALUE");
     if (settings.text("colours/range") == "lock")
         throw UsageError("--range: 'lock' is not for blobs; give MIN:MAX for steady colours");
     const bool chosen = settings.text("colours/palette-file") + settings.text("colours/palette") != "auto";
-    if (!chosen && settings.text("colours/humidity") == "off")
+    if (!chosen && settings.text("colours/humidity") == "off" && settings.text("colours/insulation") == "off")
         settings.set("colours/palette", "Grayscale");
     return settings;
 }
@@ -94,10 +96,10 @@ void showBlobs(const BlobsOptions& options)
 {
     Outputs outputs;
     const Settings settings = blobSettings(options, outputs);
-    Camera camera = openCamera(settings, outputs);
-    const auto source = options.input.open(outputs);
+    const auto source = options.input.open(outputs, settings);
+    Camera camera = openCamera(settings, outputs, *source);
     const auto sink = options.output.open(outputs, *source);
-    BlobTable table(settings.flag("picture/celsius"));
+    BlobTable table(camera.thermometer());
     std::size_t index = 0;
     forEachFrame(*source, options.input.quiet, [&](const Frame& raw) {
         const Frame& frame = camera.clean(raw);
@@ -120,7 +122,8 @@ void addBlobsCommand(CLI::App& program)
         *program.add_subcommand("blobs", "Finds warm or cold things, measures and follows them");
     options->input.addTo(command);
     options->output.addTo(command);
-    options->settings.addTo(command, {"blobs", "pixels", "noise", "frame", "colours", "picture"});
+    options->settings.addTo(command,
+                            {"blobs", "temperature", "pixels", "noise", "frame", "colours", "picture"});
     options->format.addTo(command);
     command.callback([options] { showBlobs(*options); });
 }

@@ -25,9 +25,10 @@ Calibration readFilesOf(Settings& settings, Outputs& outputs)
     return calibration;
 }
 
-Camera openCamera(Settings settings, Outputs& outputs)
+Camera openCamera(Settings settings, Outputs& outputs, const FrameSource& source)
 {
-    const Calibration calibration = readFilesOf(settings, outputs);
+    Calibration calibration = readFilesOf(settings, outputs);
+    calibration.unit = source.unit();
     return Camera(settings, calibration);
 }
 

@@ -3,6 +3,7 @@
 #include "camera/Calibration.h"
 #include "camera/Camera.h"
 #include "camera/Settings.h"
+#include "recordings/FrameSource.h"
 #include "recordings/Outputs.h"
 
 namespace thermal {
@@ -13,8 +14,9 @@ namespace thermal {
 velmo::camera::Calibration readFilesOf(velmo::camera::Settings& settings,
                                        velmo::recordings::Outputs& outputs);
 
-/// The camera that the settings describe.
+/// The camera that the settings describe, for the frames of this source.
 /// @throws Exception  for the settings, and for the files that they name
-velmo::camera::Camera openCamera(velmo::camera::Settings settings, velmo::recordings::Outputs& outputs);
+velmo::camera::Camera openCamera(velmo::camera::Settings settings, velmo::recordings::Outputs& outputs,
+                                 const velmo::recordings::FrameSource& source);
 
 } // namespace thermal

@@ -59,7 +59,8 @@ Calibration calibrate(const Frame& shutter)
     detection.add(shutter);
     constexpr unsigned u32Radius = 10;
     return {"the shutter frame",
-            velmo::exp::vision::BadPixelTools::calculateReplacePixels(detection.map(), u32Radius)};
+            velmo::exp::vision::BadPixelTools::calculateReplacePixels(detection.map(), u32Radius),
+            "centikelvin"};
 }
 
 /// The camera's stream through the chain, looked at between the stages.
@@ -200,7 +201,7 @@ void demo(const DemoOptions& options)
     Colouring colouring(findPalette("Ironbow"));
     const Picture raw = colouring.paint(tour.raw(), roomRange);
     Picture labelled;
-    Legend(true).draw(raw, colouring, roomRange, labelled);
+    Legend(Thermometer(Scale::parse("centikelvin"))).draw(raw, colouring.table(), roomRange, labelled);
     gallery.show("raw", labelled);
     for (std::size_t i = 0; i < tour.exhibits().size(); ++i)
         gallery.compare(tour.chain().name(i), raw, colouring.paint(tour.exhibits()[i].last, roomRange));

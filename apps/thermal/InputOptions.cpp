@@ -1,13 +1,24 @@
 #include "apps/thermal/InputOptions.h"
 
 #include "apps/thermal/EachImage.h"
+#include "apps/thermal/Terminal.h"
+#include "camera/colours/Range.h"
 #include "camera/settings/Parse.h"
+#include "camera/temperature/ChosenUnit.h"
 
 #include <CLI/App.hpp>
+
+#include <iostream>
+#include <utility>
 
 namespace thermal {
 namespace {
 
+using velmo::camera::ChosenUnit;
+using velmo::camera::Frame;
+using velmo::camera::Settings;
+using velmo::recordings::FrameSource;
+using velmo::recordings::Outputs;
 using velmo::recordings::RawFormat;
 
 RawFormat parseRawFormat(const std::string& text)
@@ -25,6 +36,62 @@ cv::Range parseRows(const std::string& text)
     if (ends[0] >= ends[1])
         throw UsageError("--rows: '" + text + "' has no row: B is the first that is left out");
     return {static_cast<int>(ends[0]), static_cast<int>(ends[1])};
+}
+
+/// Frames whose values are in the order of what they mean in a unit.
+class MeaningfulFrames : public FrameSource
+{
+public:
+    MeaningfulFrames(std::unique_ptr<FrameSource> source, const ChosenUnit& unit)
+        : m_pSource(std::move(source)), m_oScale(unit.seen), m_oDegrees(unit.thermometer.degrees())
+    {}
+
+    bool next(Frame& frame) override
+    {
+        if (!m_pSource->next(frame))
+            return false;
+        m_oScale.reorder(frame);
+        if (!std::exchange(m_bLookedAt, true) && m_oScale.hasDegrees())
+            doubt(frame);
+        return true;
+    }
+
+    std::optional<std::size_t> count() const override { return m_pSource->count(); }
+    std::string name() const override { return m_pSource->name(); }
+    std::vector<std::string> files() const override { return m_pSource->files(); }
+    std::string unit() const override { return m_oScale.text(); }
+    std::string remark() const override { return m_pSource->remark(); }
+
+private:
+    void doubt(const Frame& frame) const
+    {
+        std::vector<unsigned> histogram;
+        const unsigned short median = velmo::camera::percentiles(frame, 50, 50, histogram).low;
+        if (const std::string doubt = m_oScale.doubt(median, m_oDegrees); !doubt.empty())
+            std::cerr << complaint("warning: " + doubt) << std::flush;
+    }
+
+    std::unique_ptr<FrameSource> m_pSource;
+    velmo::camera::Scale m_oScale;
+    velmo::camera::Degrees m_oDegrees;
+    bool m_bLookedAt = false;
+};
+
+std::unique_ptr<FrameSource> openAll(const InputOptions& input, Outputs& outputs, bool anyUnit)
+{
+    if (input.raw.empty())
+        for (const std::string& each : input.inputs)
+            if (each == "-")
+                throw UsageError("standard input is read as raw frames: give their size with --raw WxH");
+    velmo::recordings::ReadOptions options;
+    options.anyUnit = anyUnit;
+    if (!input.raw.empty())
+        options.raw = parseRawFormat(input.raw);
+    if (!input.rows.empty())
+        options.rows = parseRows(input.rows);
+    auto source = velmo::recordings::openFrames(input.inputs, options);
+    outputs.protect(source->files());
+    return source;
 }
 
 } // namespace
@@ -51,20 +118,18 @@ CLI::Option& InputOptions::addTo(CLI::App& command)
     return option;
 }
 
-std::unique_ptr<velmo::recordings::FrameSource> InputOptions::open(velmo::recordings::Outputs& outputs) const
+std::unique_ptr<FrameSource> InputOptions::open(Outputs& outputs) const
 {
-    if (raw.empty())
-        for (const std::string& input : inputs)
-            if (input == "-")
-                throw UsageError("standard input is read as raw frames: give their size with --raw WxH");
-    velmo::recordings::ReadOptions options;
-    if (!raw.empty())
-        options.raw = parseRawFormat(raw);
-    if (!rows.empty())
-        options.rows = parseRows(rows);
-    auto source = velmo::recordings::openFrames(inputs, options);
-    outputs.protect(source->files());
-    return source;
+    return openAll(*this, outputs, false);
+}
+
+std::unique_ptr<FrameSource> InputOptions::open(Outputs& outputs, const Settings& settings) const
+{
+    auto source = openAll(*this, outputs, settings.text("temperature/unit") != "auto");
+    const ChosenUnit unit(settings, source->unit());
+    if (!unit.radiometry.empty())
+        std::cerr << complaint(unit.radiometry) << std::flush;
+    return std::make_unique<MeaningfulFrames>(std::move(source), unit);
 }
 
 void forEachFrame(velmo::recordings::FrameSource& source, bool quiet,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "camera/Settings.h"
 #include "recordings/Frames.h"
 #include "recordings/Outputs.h"
 
@@ -29,6 +30,13 @@ struct InputOptions
     /// Opens the recording, and protects it from the command's outputs.
     /// @throws Exception  as recordings::openFrames
     std::unique_ptr<velmo::recordings::FrameSource> open(velmo::recordings::Outputs& outputs) const;
+
+    /// The same for frames that have a meaning: their unit is what the settings choose, their values are in
+    /// its order. Says what was taken for the way from object to camera, and, once there is a frame, if the
+    /// unit can hardly be right.
+    /// @throws Exception  also for a unit that there is not
+    std::unique_ptr<velmo::recordings::FrameSource> open(velmo::recordings::Outputs& outputs,
+                                                         const velmo::camera::Settings& settings) const;
 };
 
 /// Hands every frame of the source to `use`, with a progress bar unless `quiet`.

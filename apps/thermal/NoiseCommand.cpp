@@ -43,6 +43,7 @@ struct Row
     const char* name;
     const char* key;
     double NoiseFigures::*figure;
+    bool isValue = false; ///< otherwise a difference, which has no zero point
 };
 
 constexpr Row rows[] = {
@@ -53,31 +54,67 @@ constexpr Row rows[] = {
     {"row stripes in time", "rows_in_time", &NoiseFigures::rowsInTime},
     {"fixed pattern per pixel", "pattern", &NoiseFigures::pattern},
     {"drift of the level", "drift", &NoiseFigures::drift},
-    {"least value", "min", &NoiseFigures::low},
-    {"greatest value", "max", &NoiseFigures::high},
+    {"least value", "min", &NoiseFigures::low, true},
+    {"greatest value", "max", &NoiseFigures::high, true},
 };
 
-Table measured(const NoiseFigures& figures)
+/// Figures in what people read.
+class Reading
 {
-    Table table({{"measure (counts)", "measure"}, {"key", "key"}, {"value", "value", 2}});
+public:
+    explicit Reading(Thermometer thermometer) : m_oThermometer(std::move(thermometer)) {}
+
+    /// Noise is turned into degrees by what a count is around the middle of a frame.
+    void lookAt(const Frame& frame)
+    {
+        std::vector<unsigned> histogram;
+        m_u16Around = percentiles(frame, 50, 50, histogram).low;
+    }
+
+    double of(const Row& row, const NoiseFigures& figures) const
+    {
+        const double counts = figures.*row.figure;
+        return m_oThermometer.rounded(row.isValue
+                                          ? m_oThermometer.read(cv::saturate_cast<unsigned short>(counts))
+                                          : m_oThermometer.readDifference(counts, m_u16Around));
+    }
+
+    std::string heading() const
+    {
+        return "measure (" + (m_oThermometer.hasDegrees() ? m_oThermometer.unit().substr(1) : "counts") + ")";
+    }
+
+    std::string key(const Row& row) const { return row.key + m_oThermometer.key(); }
+    bool inDegrees() const { return m_oThermometer.hasDegrees(); }
+    int decimals() const { return m_oThermometer.hasDegrees() ? 3 : 2; }
+
+private:
+    Thermometer m_oThermometer;
+    unsigned short m_u16Around = 0;
+};
+
+Table measured(const NoiseFigures& figures, const Reading& reading)
+{
+    Table table({{reading.heading(), "measure"}, {"key", "key"}, {"value", "value", reading.decimals()}});
     for (const Row& row : rows)
-        table.add({std::string(row.name), std::string(row.key), figures.*row.figure});
+        table.add({std::string(row.name), reading.key(row), reading.of(row, figures)});
     table.add({std::string("frames"), std::string("frames"), static_cast<double>(figures.frames)});
     return table;
 }
 
-Table compared(const NoiseFigures& before, const NoiseFigures& after, const FidelityFigures& fidelity)
+Table compared(const NoiseFigures& before, const NoiseFigures& after, const FidelityFigures& fidelity,
+               const Reading& reading)
 {
     constexpr double dNone = std::numeric_limits<double>::quiet_NaN();
-    Table table({{"measure (counts)", "measure"},
+    Table table({{reading.heading(), "measure"},
                  {"key", "key"},
-                 {"before", "before", 2},
-                 {"after", "after", 2},
+                 {"before", "before", reading.decimals()},
+                 {"after", "after", reading.decimals()},
                  {"after/before", "ratio", 2}});
     for (const Row& row : rows) {
-        const double old = before.*row.figure;
-        const double now = after.*row.figure;
-        table.add({std::string(row.name), std::string(row.key), old, now, old > 0 ? now / old : dNone});
+        const double old = reading.of(row, before), now = reading.of(row, after);
+        const bool bRatio = old > 0 && !(row.isValue && reading.inDegrees()); // none of two temperatures
+        table.add({std::string(row.name), reading.key(row), old, now, bRatio ? now / old : dNone});
     }
     table.add(
         {std::string("slope of edges (share)"), std::string("edges"), 1.0, fidelity.edges, fidelity.edges});
@@ -111,10 +148,11 @@ Picture removedPicture(const Frame& before, const Frame& after)
                          static_cast<unsigned short>(s32Middle + reach)});
 }
 
-Picture comparison(const Settings& settings, const Frame& before, const Frame& after)
+Picture comparison(const Settings& settings, const Thermometer& thermometer, const Frame& before,
+                   const Frame& after)
 {
-    Colouring colouring(settings);
-    const ValueRange range = RangeRule(settings).of(before);
+    Colouring colouring(settings, thermometer);
+    const ValueRange range = RangeRule(settings, thermometer).of(before);
     ContactSheet sheet("", after.size() == before.size() ? 3 : 2);
     sheet.add("before", legible(colouring.paint(before, range)));
     sheet.add("after", legible(colouring.paint(after, range)));
@@ -129,17 +167,20 @@ void requireFrames(const NoiseFigures& figures, const NoiseOptions& options)
         throw UsageError("--skip: " + std::to_string(options.skip) + " frames are all there are");
 }
 
-void measure(const NoiseOptions& options, Outputs& outputs)
+void measure(const NoiseOptions& options, const Settings& settings, Outputs& outputs)
 {
     NoiseMeter meter;
     std::size_t seen = 0;
-    const auto source = options.input.open(outputs);
+    const auto source = options.input.open(outputs, settings);
+    Reading reading(ChosenUnit(settings, source->unit()).thermometer);
     forEachFrame(*source, options.input.quiet, [&](const Frame& frame) {
-        if (seen++ >= options.skip)
-            meter.add(frame);
+        if (seen++ < options.skip)
+            return;
+        meter.add(frame);
+        reading.lookAt(frame);
     });
     requireFrames(meter.figures(), options);
-    measured(meter.figures()).print(std::cout, options.format);
+    measured(meter.figures(), reading).print(std::cout, options.format);
 }
 
 void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
@@ -156,7 +197,9 @@ void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
     Frame lastBefore;
     Frame lastAfter;
     std::size_t seen = 0;
-    const auto source = options.input.open(outputs);
+    const auto source = options.input.open(outputs, settings);
+    const Thermometer thermometer = ChosenUnit(settings, source->unit()).thermometer;
+    Reading reading(thermometer);
     forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         lastBefore = frame.clone();
         chain.apply(frame);
@@ -164,15 +207,16 @@ void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
         if (seen++ < options.skip)
             return;
         before.add(lastBefore);
+        reading.lookAt(lastBefore);
         after.add(frame);
         if (frame.size() == lastBefore.size())
             fidelity.add(lastBefore, frame);
     });
     requireFrames(before.figures(), options);
     if (!options.out.empty())
-        writePicture(outputs, options.out, comparison(settings, lastBefore, lastAfter));
+        writePicture(outputs, options.out, comparison(settings, thermometer, lastBefore, lastAfter));
     outputs.commit();
-    compared(before.figures(), after.figures(), fidelity.figures()).print(std::cout, options.format);
+    compared(before.figures(), after.figures(), fidelity.figures(), reading).print(std::cout, options.format);
 }
 
 void noise(const NoiseOptions& options)
@@ -185,7 +229,7 @@ void noise(const NoiseOptions& options)
         throw UsageError("filters change what is measured: add --compare");
     if (!options.out.empty())
         throw UsageError("--out draws before and after: add --compare");
-    measure(options, outputs);
+    measure(options, settings, outputs);
 }
 
 } // namespace
@@ -197,7 +241,7 @@ void addNoiseCommand(CLI::App& program)
     options->input.addTo(command);
     command.add_flag("--compare", options->compare,
                      "Measure before and after the filters; those of --denoise if none are given");
-    options->settings.addTo(command, {"pixels", "noise", "frame", "colours"});
+    options->settings.addTo(command, {"temperature", "pixels", "noise", "frame", "colours"});
     command
         .add_option("--out", options->out,
                     "With --compare: draw the last frame before and after into this .png")

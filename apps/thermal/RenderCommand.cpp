@@ -66,15 +66,18 @@ private:
 void render(const RenderOptions& options)
 {
     Outputs outputs;
-    Camera camera = openCamera(options.settings.settings(outputs), outputs);
-    const auto source = options.input.open(outputs);
+    const Settings settings = options.settings.settings(outputs);
+    const auto source = options.input.open(outputs, settings);
+    Camera camera = openCamera(settings, outputs, *source);
     const auto sink = options.output.open(outputs, *source);
     Painter painter(camera, *sink);
     forEachFrame(*source, options.input.quiet, [&](const Frame& raw) { painter.add(camera.clean(raw)); });
     painter.finish();
     outputs.commit();
+    const Degrees degrees = camera.thermometer().degrees();
     if (const auto& air = camera.colouring().air())
-        std::printf("dew point of the air: %.1f °C\n", double{air->dewPoint()});
+        std::printf("dew point of the air: %s\n",
+                    camera.thermometer().text(degrees.fromCelsius(double{air->dewPoint()})).c_str());
 }
 
 } // namespace
@@ -85,7 +88,7 @@ void addRenderCommand(CLI::App& program)
     CLI::App& command = *program.add_subcommand("render", "Turns frames into pictures");
     options->input.addTo(command);
     options->output.addTo(command);
-    options->settings.addTo(command, {"pixels", "noise", "frame", "colours", "picture"});
+    options->settings.addTo(command, {"temperature", "pixels", "noise", "frame", "colours", "picture"});
     command.callback([options] { render(*options); });
 }
 

@@ -19,7 +19,8 @@ void addSettingsCommand(CLI::App& program)
     auto options = std::make_shared<Options>();
     CLI::App& command = *program.add_subcommand(
         "settings", "Prints a file of all settings, with what they do: thermal settings > camera.ini");
-    options->settings.addTo(command, {"pixels", "noise", "frame", "colours", "picture", "blobs"});
+    options->settings.addTo(command,
+                            {"temperature", "pixels", "noise", "frame", "colours", "picture", "blobs"});
     command.add_flag("--reference", options->reference, "Print the page docs/settings.md instead");
     command.callback([options] {
         velmo::recordings::Outputs none;

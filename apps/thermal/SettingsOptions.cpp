@@ -47,6 +47,8 @@ void SettingsOptions::addTo(CLI::App& command, const std::vector<std::string>& s
         .add_option("--settings", m_strFile,
                     "A file of settings, as 'thermal settings' writes one; options stand above it")
         ->type_name("FILE");
+    if (std::find(sections.begin(), sections.end(), "temperature") != sections.end())
+        command.add_flag("--celsius", m_bCelsius, "The same as --unit centikelvin");
     for (const Key& key : keys()) {
         if (std::find(sections.begin(), sections.end(), key.path.substr(0, key.path.find('/'))) ==
             sections.end())
@@ -76,6 +78,12 @@ Settings SettingsOptions::settings(velmo::recordings::Outputs& outputs) const
             settings.set(path, true);
         if (!typed.m_vecTexts.empty())
             settings.set(path, joined(typed.m_vecTexts, ","), typed.m_strOption);
+    }
+    if (m_bCelsius) {
+        const auto unit = m_mapTyped.find("temperature/unit");
+        if (!unit->second.m_vecTexts.empty() && unit->second.m_vecTexts[0] != "centikelvin")
+            throw UsageError("--celsius: the unit is '" + unit->second.m_vecTexts[0] + "' already");
+        settings.set("temperature/unit", std::string("centikelvin"));
     }
     return settings;
 }

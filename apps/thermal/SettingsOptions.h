@@ -33,6 +33,7 @@ private:
     };
 
     std::string m_strFile;
+    bool m_bCelsius = false;
     std::map<std::string, Typed> m_mapTyped; ///< by the path of the setting
 };
 

@@ -20,11 +20,6 @@ void requireTemperatures(const Scale& scale, const char* what)
         VELMO_THROW(std::string(what) + " needs a unit other than counts");
 }
 
-bool operator==(ValueRange left, ValueRange right)
-{
-    return left.low == right.low && left.high == right.high;
-}
-
 std::tuple<unsigned char, unsigned char, unsigned char> orderOf(const cv::Vec3b& colour)
 {
     return {colour[0], colour[1], colour[2]};

@@ -1,53 +1,52 @@
 #include "camera/colours/Colouring.h"
 
-#include "camera/settings/Keys.h"
+#include "camera/settings/Parse.h"
 
-#include "core/Exception.h"
-
+#include <algorithm>
 #include <utility>
 
 namespace velmo::camera {
 namespace {
 
-using Converter = vision::ColorPaletteConverter;
-
-Converter::AirTemperature temperatureOf(const Air& air)
-{
-    return Converter::AirTemperature(exp::MarkedFloat(air.celsius));
-}
-
-Converter::AirHumidity humidityOf(const Air& air)
-{
-    return Converter::AirHumidity(exp::MarkedFloat(air.percent));
-}
+constexpr int s32LastValue = 65535;
 
 Palette choosePalette(const Settings& settings)
 {
     const std::string name = settings.text("colours/palette");
     if (name != "auto")
         return findPalette(name);
-    return findPalette(settings.text("colours/humidity") == "off" ? "Ironbow" : "Humidity");
+    if (settings.text("colours/insulation") != "off")
+        return findPalette("Bluered");
+    if (settings.text("colours/humidity") == "off")
+        return findPalette("Ironbow");
+    return findPalette(settings.flag("colours/mould") ? "Grayscale" : "Humidity");
 }
 
 } // namespace
 
-Colouring::Colouring(Palette palette) : m_oPalette(std::move(palette)) {}
-
-Colouring::Colouring(const Settings& settings) : m_oPalette(choosePalette(settings))
+Colouring::Colouring(const Settings& settings, const Thermometer& thermometer)
+    : m_oTable(choosePalette(settings))
 {
-    const std::vector<std::string> regions = settings.list("colours/regions");
-    const std::vector<double> air = settings.numbers("colours/humidity");
-    if (!air.empty() && !regions.empty())
-        VELMO_THROW("colours/humidity and colours/regions: one of them at a time");
-    if (!air.empty())
-        m_oAir = {static_cast<float>(air[0]), static_cast<float>(air[1])};
-    unsigned id = 0;
-    for (const std::string& text : regions) {
-        const std::vector<double> region = keyOf("colours/regions").kind.numbers(text);
-        m_oConverter.createColorRegion(id++, static_cast<unsigned short>(region[1]),
-                                       static_cast<unsigned short>(region[0]),
-                                       static_cast<unsigned>(region[2]));
+    const std::string humidity = settings.text("colours/humidity"),
+                      insulation = settings.text("colours/insulation");
+    if (humidity != "off" && insulation != "off")
+        VELMO_THROW("colours/humidity and colours/insulation: one of them at a time");
+    if (humidity == "off" && settings.flag("colours/mould"))
+        VELMO_THROW("colours/mould: needs the air of the room, colours/humidity T:PERCENT");
+    if (humidity != "off") {
+        m_oAir = Air::parse(humidity, "colours/humidity", thermometer.degrees());
+        m_oTable.showHumidity(*m_oAir, thermometer.scale(), settings.flag("colours/mould"));
     }
+    if (insulation != "off") {
+        const auto celsius = [&](std::size_t side) {
+            return thermometer.celsiusOf(split(insulation, ':')[side], "colours/insulation");
+        };
+        m_oTable.showInsulation(celsius(0), celsius(1), thermometer.scale());
+    }
+    for (const std::string& region : settings.list("colours/regions"))
+        m_oTable.add(Isotherm::parseRegion(region, "colours/regions", thermometer));
+    for (const std::string& isotherm : settings.list("colours/isotherms"))
+        m_oTable.add(Isotherm::parse(isotherm, "colours/isotherms", thermometer));
 }
 
 Picture Colouring::paint(const Frame& frame, ValueRange range)
@@ -59,22 +58,29 @@ Picture Colouring::paint(const Frame& frame, ValueRange range)
 
 void Colouring::paint(const Frame& frame, ValueRange range, Picture& picture)
 {
-    buildTable(range);
-    // Not palletize, nor palletizeHumid: for odd pixel counts the one treats regions in its own way, the
-    // other refuses.
+    if (m_oTable.build(range))
+        handOver();
+    // Not palletize: for odd pixel counts it has a way of its own.
     picture.create(frame.size());
     m_oConverter.palletizeFast(frame, picture);
 }
 
-void Colouring::buildTable(ValueRange range)
+void Colouring::handOver()
 {
-    if (m_oBuiltFor && (m_oAir || (m_oBuiltFor->low == range.low && m_oBuiltFor->high == range.high)))
-        return;
-    if (m_oAir)
-        m_oConverter.resizeLookupTableHumid(temperatureOf(*m_oAir), humidityOf(*m_oAir), m_oPalette);
-    else
-        m_oConverter.resizeLookupTable(range.low, range.high, m_oPalette);
-    m_oBuiltFor = range;
+    // As many colour points as there are values from the first change of colour to the last: the converter
+    // has nothing to stretch then. Its own stretching would leave half a point flat at either end.
+    const ValueRange varying = m_oTable.varying();
+    // From its upper end on it paints the point before the last one; the very last value is a region.
+    const int top = std::min(varying.high + 1, s32LastValue);
+    m_vecPoints.clear();
+    for (int value = varying.low; value <= top; ++value) {
+        const cv::Vec3b& colour = m_oTable.colours()[static_cast<std::size_t>(value)];
+        m_vecPoints.insert(m_vecPoints.end(), {colour[2], colour[1], colour[0]});
+    }
+    const cv::Vec3b& last = m_oTable.colours().back();
+    m_oConverter.createColorRegion(0, s32LastValue, s32LastValue,
+                                   static_cast<unsigned>(last[2] << 16 | last[1] << 8 | last[0]));
+    m_oConverter.resizeLookupTable(varying.low, static_cast<unsigned short>(top), m_vecPoints);
 }
 
 } // namespace velmo::camera

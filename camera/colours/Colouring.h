@@ -3,9 +3,10 @@
 #include "camera/Frame.h"
 #include "camera/Picture.h"
 #include "camera/Settings.h"
-#include "camera/colours/Palettes.h"
+#include "camera/colours/ColourTable.h"
 #include "camera/colours/Range.h"
 #include "camera/temperature/Air.h"
+#include "camera/temperature/Thermometer.h"
 
 #include "core/Exception.h"
 #include "core/Export.h"
@@ -15,32 +16,37 @@
 
 namespace velmo::camera {
 
-/// Turns frames into pictures in the colours of a palette, by temperature or, given the air of the room, by
-/// the humidity that it reaches at each surface.
+/// Turns frames into pictures in the colours of a table.
 class VELMO_API Colouring
 {
 public:
-    explicit Colouring(Palette palette);
+    explicit Colouring(Palette palette) : m_oTable(std::move(palette)) {}
 
-    /// colours/palette, colours/regions and colours/humidity; palettes of files are to be loaded before.
-    /// @throws Exception  for a palette that does not exist, and for humidity together with regions
-    explicit Colouring(const Settings& settings);
+    /// colours/palette, regions, isotherms, humidity, mould, insulation; palettes of files are to be loaded
+    /// before.
+    /// @throws Exception  for a palette that does not exist, for what the thermometer cannot read, and for
+    ///                    settings that contradict each other
+    Colouring(const Settings& settings, const Thermometer& thermometer);
 
     Picture paint(const Frame& frame, ValueRange range);
 
     /// The same into a picture that is reused if it has the size already.
     void paint(const Frame& frame, ValueRange range, Picture& picture);
 
-    const Palette& palette() const { return m_oPalette; }
+    /// Has the colours of the last picture.
+    ColourTable& table() { return m_oTable; }
+    const ColourTable& table() const { return m_oTable; }
+
+    /// That whose humidity at surfaces is shown.
     const std::optional<Air>& air() const { return m_oAir; }
 
 private:
-    void buildTable(ValueRange range);
+    void handOver();
 
-    vision::ColorPaletteConverter m_oConverter{true};
-    Palette m_oPalette;
+    ColourTable m_oTable;
     std::optional<Air> m_oAir;
-    std::optional<ValueRange> m_oBuiltFor;
+    vision::ColorPaletteConverter m_oConverter{true};
+    Palette m_vecPoints; ///< kept for its memory
 };
 
 } // namespace velmo::camera

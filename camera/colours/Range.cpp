@@ -1,5 +1,9 @@
 #include "camera/colours/Range.h"
 
+#include "camera/settings/Parse.h"
+
+#include "core/Exception.h"
+
 #include <algorithm>
 
 namespace velmo::camera {
@@ -35,10 +39,10 @@ unsigned short valueAt(const std::vector<unsigned>& histogram, double rank)
 
 } // namespace
 
-RangeRule::RangeRule(const Settings& settings)
+RangeRule::RangeRule(const Settings& settings, const Thermometer& thermometer)
 {
-    const std::string text = settings.text("colours/range");
-    const std::vector<double> ends = settings.numbers("colours/range");
+    const std::string key = "colours/range", text = settings.text(key);
+    const std::vector<double> ends = settings.numbers(key);
     if (text == "lock") {
         m_eKind = Kind::Lock;
     } else if (text.front() == 'p') {
@@ -47,7 +51,10 @@ RangeRule::RangeRule(const Settings& settings)
         m_dHighPercent = ends[1];
     } else if (!ends.empty()) {
         m_eKind = Kind::Fixed;
-        m_oHeld = {static_cast<unsigned short>(ends[0]), static_cast<unsigned short>(ends[1])};
+        m_oHeld = {thermometer.valueOf(split(text, ':')[0], Thermometer::Edge::AtOrAbove, key + " MIN"),
+                   thermometer.valueOf(split(text, ':')[1], Thermometer::Edge::AtOrBelow, key + " MAX")};
+        if (m_oHeld.low >= m_oHeld.high)
+            VELMO_THROW(key + ": '" + text + "' has less than two values");
     }
 }
 

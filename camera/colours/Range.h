@@ -2,6 +2,7 @@
 
 #include "camera/Frame.h"
 #include "camera/Settings.h"
+#include "camera/temperature/Thermometer.h"
 
 #include "core/Exception.h"
 #include "core/Export.h"
@@ -16,6 +17,9 @@ struct ValueRange
 {
     unsigned short low;
     unsigned short high;
+
+    bool operator==(const ValueRange& other) const { return low == other.low && high == other.high; }
+    bool operator!=(const ValueRange& other) const { return !(*this == other); }
 };
 
 /// How the range of a picture is chosen: colours/range.
@@ -25,7 +29,8 @@ public:
     /// How many frames `lock` looks at.
     static constexpr std::size_t nLearnFrames = 10;
 
-    explicit RangeRule(const Settings& settings = {});
+    /// @throws Exception  for a range that the thermometer cannot read, or that is empty
+    explicit RangeRule(const Settings& settings = {}, const Thermometer& thermometer = Thermometer());
 
     /// The range for the next frame. What is locked learns from it as long as it does.
     ValueRange of(const Frame& frame);

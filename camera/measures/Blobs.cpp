@@ -1,7 +1,5 @@
 #include "camera/measures/Blobs.h"
 
-#include "camera/settings/Parse.h"
-
 #include "core/Exception.h"
 
 #include <opencv2/imgproc.hpp>
@@ -50,21 +48,25 @@ void measureAxes(Blob& blob)
         blob.angle = 90;
 }
 
-void measureValues(Blob& blob, const Frame& frame)
+void measureValues(Blob& blob, const Frame& frame, const Thermometer& thermometer)
 {
     double sum = 0;
+    std::size_t count = 0;
     blob.low = std::numeric_limits<unsigned short>::max();
     blob.high = 0;
     for (const cv::Point& point : blob.component.getPoints()) {
         const unsigned short value = frame(point);
         blob.low = std::min(blob.low, value);
         blob.high = std::max(blob.high, value);
-        sum += value;
+        if (const double number = thermometer.read(value); std::isfinite(number)) {
+            sum += number;
+            ++count;
+        }
     }
-    blob.mean = sum / static_cast<double>(blob.component.getNrOfPoints());
+    blob.mean = count > 0 ? sum / static_cast<double>(count) : thermometer.read(blob.low);
 }
 
-Blob measure(ConnectedComponent component, const Frame& frame)
+Blob measure(ConnectedComponent component, const Frame& frame, const Thermometer& thermometer)
 {
     Blob blob;
     blob.component = std::move(component);
@@ -72,39 +74,28 @@ Blob measure(ConnectedComponent component, const Frame& frame)
     blob.box = blob.component.getBoundingBox();
     blob.elongation = blob.component.getElongation();
     measureAxes(blob);
-    measureValues(blob, frame);
+    measureValues(blob, frame, thermometer);
     return blob;
-}
-
-double fromCelsius(double degrees)
-{
-    // To a thousandth of a count: 30 degrees are 30315, not a rounding error less.
-    return std::round((degrees + 273.15) * 100000) / 1000;
 }
 
 } // namespace
 
-std::optional<BlobRule> BlobRule::from(const Settings& settings)
+std::optional<BlobRule> BlobRule::from(const Settings& settings, const Thermometer& thermometer)
 {
     const bool above = settings.text("blobs/above") != "off";
     if (above && settings.text("blobs/below") != "off")
         VELMO_THROW("blobs/above and blobs/below: one of them at a time");
-    const std::string path = above ? "blobs/above" : "blobs/below";
-    const bool celsius = settings.flag("picture/celsius");
-    if (settings.text(path) == "off")
+    const std::string path = above ? "blobs/above" : "blobs/below", text = settings.text(path);
+    if (text == "off")
         return std::nullopt;
-    const double value = celsius ? parseNumber(settings.text(path), path, toCelsius(0), toCelsius(65535))
-                                 : parseNumber(settings.text(path), path, 0, 65535);
-    return BlobRule{celsius ? fromCelsius(value) : value, above,
-                    static_cast<std::size_t>(settings.numbers("blobs/min-size")[0])};
+    const auto minPixels = static_cast<std::size_t>(settings.numbers("blobs/min-size")[0]);
+    // The rule takes a value that is on neither side.
+    return above
+               ? BlobRule{thermometer.valueOf(text, Thermometer::Edge::Above, path) - 1.0, true, minPixels}
+               : BlobRule{thermometer.valueOf(text, Thermometer::Edge::Below, path) + 1.0, false, minPixels};
 }
 
-double toCelsius(double value)
-{
-    return value * 0.01 - 273.15;
-}
-
-std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule)
+std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule, const Thermometer& thermometer)
 {
     cv::Mat members;
     cv::compare(frame, rule.value, members, rule.above ? cv::CMP_GT : cv::CMP_LT);
@@ -113,7 +104,7 @@ std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule)
         if (component.getNrOfPoints() < rule.minPixels)
             continue;
         component.setLabel(static_cast<unsigned>(blobs.size()) + 1);
-        blobs.push_back(measure(std::move(component), frame));
+        blobs.push_back(measure(std::move(component), frame, thermometer));
     }
     return blobs;
 }

@@ -2,6 +2,7 @@
 
 #include "camera/Frame.h"
 #include "camera/Settings.h"
+#include "camera/temperature/Thermometer.h"
 
 #include "core/Export.h"
 #include "vision/imgproc/ConnectedComponent.h"
@@ -19,13 +20,10 @@ struct BlobRule
     bool above;            ///< otherwise below
     std::size_t minPixels; ///< smaller blobs are left out
 
-    /// blobs/above or blobs/below, blobs/min-size, picture/celsius; nothing if blobs are not looked for.
+    /// blobs/above or blobs/below, blobs/min-size; nothing if blobs are not looked for.
     /// @throws Exception  for both of the first two, and for a value that no pixel can have
-    static VELMO_API std::optional<BlobRule> from(const Settings& settings);
+    static VELMO_API std::optional<BlobRule> from(const Settings& settings, const Thermometer& thermometer);
 };
-
-/// Degrees Celsius of hundredths of a kelvin.
-VELMO_API double toCelsius(double value);
 
 /// One connected region of a frame and what is measured of it.
 struct Blob
@@ -40,13 +38,14 @@ struct Blob
     double width = 0;
     /// Of the longer axis, in degrees above the horizontal: more than -90, up to 90. NaN without one.
     double angle = 0;
-    unsigned short low = 0; ///< raw values in it
+    unsigned short low = 0; ///< values in it
     unsigned short high = 0;
-    double mean = 0;
+    double mean = 0; ///< of what is read of those that have a temperature; fBelow without any
 };
 
 /// The blobs of a frame, in the order in which they begin from the top; pixels that touch at a corner belong
 /// together. Their components are labelled 1, 2 and so on.
-VELMO_API std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule);
+VELMO_API std::vector<Blob> findBlobs(const Frame& frame, const BlobRule& rule,
+                                      const Thermometer& thermometer = Thermometer());
 
 } // namespace velmo::camera

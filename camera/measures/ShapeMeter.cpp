@@ -91,6 +91,7 @@ std::vector<HistogramBin> histogramOf(const ValueCounts& counts, const Thermomet
     const int steps = low < high ? bins : 1;
     const auto edge = [&](int step) { return step == steps ? high : low + (high - low) * step / steps; };
     std::vector<HistogramBin> histogram;
+    histogram.reserve(static_cast<std::size_t>(steps));
     for (int step = 0; step < steps; ++step)
         histogram.push_back({edge(step), edge(step + 1), 0});
     auto bin = histogram.begin();

@@ -23,8 +23,8 @@ constexpr auto whole = Field::Kind::Whole;
 constexpr auto number = Field::Kind::Number;
 constexpr auto percentile = Field::Kind::Percentile;
 constexpr auto colour = Field::Kind::Colour;
+constexpr auto value = Field::Kind::Value;
 constexpr auto above = Field::Order::Above;
-constexpr auto notBelow = Field::Order::NotBelow;
 
 ValueKind flag()
 {
@@ -41,6 +41,17 @@ ValueKind text(const std::string& name)
     return {{}, {}, name, false};
 }
 
+ValueKind texts(const std::string& name)
+{
+    return {{}, {}, name, true};
+}
+
+/// A temperature in any degrees that there are.
+Field temperature(const char* name)
+{
+    return {name, number, -460, 10000};
+}
+
 /// Numbers, or one of some words instead.
 ValueKind form(Form form, std::vector<std::string> words = {})
 {
@@ -54,6 +65,29 @@ std::vector<Key> makeKeys()
     return {
         {"pixels/records", "--bad-pixels", text("FILE"), "", "",
          "Replace defective pixels before anything else: records that 'thermal pixels records' wrote"},
+
+        {"temperature/unit", "--unit", text("UNIT"), "", "auto",
+         "What values mean: counts, centikelvin, decikelvin, kelvin/16, kelvin/64, celsius/10, "
+         "linear:GAIN:OFFSET or planck:R1,B,F,O,R2; auto is what the recording says, or else counts"},
+        {"temperature/degrees", "--degrees", words({"C", "K", "F"}), "", "C",
+         "Temperatures are typed and read in degrees Celsius, in kelvin or in degrees Fahrenheit"},
+        {"temperature/emissivity", "--emissivity", form({{"E", number, 0.01, 1}}), "", "1",
+         "How much of the radiation of a black body things send; the rest they mirror"},
+        {"temperature/reflected", "--reflected", form({temperature("T")}, {"auto"}), "degrees", "auto",
+         "Temperature of what things mirror; auto is 20 °C"},
+        {"temperature/transmission", "--transmission", form({{"X", number, 0.01, 1}}, {"auto"}), "", "auto",
+         "Share of the radiation that the air lets through; auto is that of distance and air"},
+        {"temperature/distance", "--distance", form({{"M", number, 0, 100000}}, {"off"}), "metres", "off",
+         "How far things are; needs their air"},
+        {"temperature/air", "--air", form({temperature("T"), {"PERCENT", number, 0, 100}}, {"off"}), "",
+         "off",
+         "Temperature and relative humidity of the air on the way; where only a transmission is given it is "
+         "as warm as what things mirror"},
+        {"temperature/window", "--window", form({{"X", number, 0.01, 1}, temperature("T")}, {"off"}), "",
+         "off", "Share of the radiation that a window before the camera lets through, and its temperature"},
+        {"temperature/band", "--band", text("B[,F]"), "", "auto",
+         "What linear units see: B and F of 1 / (exp(B/T) - F), or the word total for T to the fourth; auto "
+         "is 1430,1, or the constants of a planck unit"},
 
         {"noise/denoise", "--denoise", flag(), "", "false",
          std::string("All three noise filters; those that are on auto get pattern ") + pStandardPattern +
@@ -81,43 +115,47 @@ std::vector<Key> makeKeys()
          "Shrink frames of 240x180"},
 
         {"colours/palette", "--palette", text("NAME"), "", "auto",
-         "The colours, one of 'thermal palettes'; auto is the first of the palette file, or else Humidity "
-         "where that is shown, or else Ironbow"},
+         "The colours, one of 'thermal palettes'; auto is the first of the palette file, or else Humidity, "
+         "for mould Grayscale, for insulation Bluered, or else Ironbow"},
         {"colours/palette-file", "--palette-file", text("FILE"), "", "", "An XML file of further palettes"},
         {"colours/range",
          "--range",
          {{"auto", "lock"},
-          {{{"MIN", whole, 0, 65535}, {"MAX", whole, 0, 65535, above}},
+          {{{"MIN", value}, {"MAX", value}},
            {{"pLOW", percentile, 0, 100}, {"pHIGH", percentile, 0, 100, above}}},
           "",
           false},
-         "counts",
+         "degrees or counts",
          "auto",
          "Values at the ends of the palette: auto (each frame's own), lock (of the first 10 frames together, "
          "held), fixed ones, or percentiles like p1:p99"},
         {"colours/regions",
          "--region",
-         {{},
-          {{{"LOW", whole, 0, 65535}, {"HIGH", whole, 0, 65535, notBelow}, {"RRGGBB", colour}}},
-          "",
-          true},
-         "counts",
+         {{}, {{{"LOW", value}, {"HIGH", value}, {"RRGGBB", colour}}}, "", true},
+         "degrees or counts",
          "",
          "Paint the values LOW to HIGH in one colour; where regions overlap, the last one wins"},
-        {"colours/humidity", "--humidity",
-         form({{"CELSIUS", number, -80, 200}, {"PERCENT", number, 0, 100}}, {"off"}), "", "off",
+        {"colours/isotherms", "--isotherm", texts("KIND:T[:T]:RRGGBB[:blend]"), "degrees or counts", "",
+         "Paint what is above:T, below:T or between:T:T in one colour, with :blend as bright as the palette "
+         "is there; they lie over regions, the last one on top, and stand in the legend"},
+        {"colours/humidity", "--humidity", form({temperature("T"), {"PERCENT", number, 0, 100}}, {"off"}), "",
+         "off",
          "Colour by the relative humidity that air of this temperature and humidity reaches at each surface; "
-         "values are hundredths of a kelvin"},
+         "without a unit, values are hundredths of a kelvin"},
+        {"colours/mould", "--mould", flag(), "", "false",
+         "With humidity: from 80 percent on, where mould grows, yellow to red whatever the palette"},
+        {"colours/insulation", "--insulation", form({temperature("IN"), temperature("OUT")}, {"off"}),
+         "degrees", "off",
+         "Colour by how warm surfaces are on the way from outside (0 percent) to inside (100); without a "
+         "unit, values are hundredths of a kelvin"},
 
         {"picture/scale", "--scale", form({{"N", whole, 1, 16}}), "", "1",
          "Enlarge N times; every pixel becomes a square"},
         {"picture/legend", "--legend", flag(), "", "false", "Add a bar of the colours with their values"},
-        {"picture/celsius", "--celsius", flag(), "", "false",
-         "Values are hundredths of a kelvin: show them in degrees Celsius"},
 
-        {"blobs/above", "--above", form({{"VALUE", number, -1e6, 1e6}}, {"off"}), "", "off",
+        {"blobs/above", "--above", form({{"VALUE", value}}, {"off"}), "degrees or counts", "off",
          "Blobs are of values above this one"},
-        {"blobs/below", "--below", form({{"VALUE", number, -1e6, 1e6}}, {"off"}), "", "off",
+        {"blobs/below", "--below", form({{"VALUE", value}}, {"off"}), "degrees or counts", "off",
          "Blobs are of values below this one"},
         {"blobs/min-size", "--min-size", form({{"N", whole, 1, 1000000}}), "pixels", "4",
          "Leave out smaller blobs"},

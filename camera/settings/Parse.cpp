@@ -35,6 +35,7 @@ std::string kindText(Field::Kind kind)
 {
     return kind == Field::Kind::Whole        ? "a whole number"
            : kind == Field::Kind::Percentile ? "a percentile like p1,"
+           : kind == Field::Kind::Value      ? "a number or a count like 7000n"
                                              : "a number";
 }
 
@@ -56,8 +57,9 @@ double numberIn(const std::string& text, Field::Kind kind)
     if (kind == Field::Kind::Whole)
         return MemoryAcsii::parse(text, whole) ? static_cast<double>(whole) : number;
     const bool percentile = kind == Field::Kind::Percentile;
+    const bool count = kind == Field::Kind::Value && !text.empty() && text.back() == 'n';
     if (!percentile || text.substr(0, 1) == "p")
-        MemoryAcsii::parse(text.substr(percentile ? 1 : 0), number);
+        MemoryAcsii::parse(text.substr(percentile ? 1 : 0, text.size() - (count ? 1 : 0)), number);
     return number;
 }
 
@@ -66,6 +68,11 @@ double parseField(const std::string& text, const std::string& what, const Field&
     if (field.kind == Field::Kind::Colour)
         return parseHexadecimal(text, what);
     const double value = numberIn(text, field.kind);
+    if (field.kind == Field::Kind::Value) { // which there are depends on the recording
+        if (!std::isfinite(value))
+            refuse(text, what, kindText(field.kind));
+        return value;
+    }
     // Compared so that a NaN is refused too.
     if (!(value >= field.low && value <= field.high))
         refuse(text, what,
@@ -76,10 +83,8 @@ double parseField(const std::string& text, const std::string& what, const Field&
 void checkOrder(double before, double value, const std::string& text, const std::string& what,
                 const Field& field)
 {
-    const bool above = field.order == Field::Order::Above;
-    if (above ? value <= before : value < before)
-        VELMO_THROW(what + ": in '" + text + "' " + limitText(value) + " is " +
-                    (above ? "not above " : "below ") + limitText(before));
+    if (field.order == Field::Order::Above && value <= before)
+        VELMO_THROW(what + ": in '" + text + "' " + limitText(value) + " is not above " + limitText(before));
 }
 
 } // namespace
@@ -104,7 +109,7 @@ std::string formText(const Form& form, char separator)
 
 std::string limitsText(const Field& field)
 {
-    return field.kind == Field::Kind::Colour
+    return field.kind == Field::Kind::Colour || field.kind == Field::Kind::Value
                ? ""
                : std::string(field.name) + " " + limitText(field.low) + " to " + limitText(field.high);
 }
@@ -125,7 +130,7 @@ std::vector<double> parseForm(const std::string& text, const std::string& what, 
     for (std::size_t i = 0; i < form.size(); ++i) {
         const std::string name = form.size() == 1 ? what : what + " " + form[i].name;
         values.push_back(parseField(parts[i], name, form[i]));
-        if (i > 0 && form[i].order != Field::Order::Any)
+        if (i > 0)
             checkOrder(values[i - 1], values[i], text, name, form[i]);
     }
     return values;

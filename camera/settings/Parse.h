@@ -23,13 +23,13 @@ struct Field
         Whole,      ///< a whole number
         Number,     ///< fractions allowed
         Percentile, ///< a number behind a "p"
+        Value,      ///< a number as the thermometer reads values, or a count: one with an "n" behind it
         Colour      ///< RRGGBB in hexadecimal digits
     };
     enum class Order
     {
         Any,
-        NotBelow, ///< not below the field before
-        Above     ///< above the field before
+        Above ///< above the field before
     };
 
     const char* name;

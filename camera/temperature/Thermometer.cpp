@@ -71,6 +71,12 @@ double Thermometer::read(unsigned short value) const
     return hasDegrees() ? m_oDegrees.fromCelsius(m_oScale.celsius(value)) : value;
 }
 
+double Thermometer::rounded(double number) const
+{
+    constexpr double dSteps = 10000;
+    return hasDegrees() && std::isfinite(number) ? std::round(number * dSteps) / dSteps : number;
+}
+
 double Thermometer::readDifference(double counts, unsigned short around) const
 {
     return hasDegrees() ? m_oDegrees.differenceFromCelsius(counts * m_oScale.slope(around)) : counts;

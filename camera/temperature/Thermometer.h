@@ -43,6 +43,9 @@ public:
     /// The number that is read: degrees, fBelow and fAbove included, or the value itself.
     double read(unsigned short value) const;
 
+    /// A number that was read, or worked out of such, without the digits that single precision does not have.
+    double rounded(double number) const;
+
     /// A difference around a value, of counts: in degrees or in counts.
     double readDifference(double counts, unsigned short around) const;
 

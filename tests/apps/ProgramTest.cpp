@@ -72,9 +72,10 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
     expectRefusal("render run", "--out");
     expectRefusal("render run --out o --colour", "--colour");
     expectRefusal("render run --out o --range 5", "'5'");
-    expectRefusal("render run --out o --range 300:200", "not above");
+    expectRefusal("render run --out o --range 300:200", "less than two values");
     expectRefusal("render run --out o --range -5:200", "0 to 65535");
-    expectRefusal("render run --out o --range 1.5:200", "1.5");
+    expectRefusal("render run --out o --unit celcius", "celcius");
+    expectRefusal("render run --out o --unit centikelvin --range -300:20", "-273.15");
     expectRefusal("render run --out o --range p1:200", "'200'");
     expectRefusal("render run --out o --range p99:p1", "not above");
     expectRefusal("render run --out o --temporal 17:2048", "0 to 16");

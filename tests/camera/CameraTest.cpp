@@ -32,7 +32,7 @@ TEST(Camera, ShowsWhatItCleansAndPaints)
 {
     const Settings settings = with({{"noise/denoise", "true"},
                                     {"colours/palette", "Hotcold"},
-                                    {"colours/range", "1000:2000"},
+                                    {"colours/range", "1000:1900"},
                                     {"picture/scale", "2"},
                                     {"picture/legend", "true"}});
     Camera one(settings), other(settings);
@@ -86,10 +86,10 @@ TEST(Camera, LearnsALockedRangeFromItsFirstFrames)
 
 TEST(Camera, RefusesSettingsThatContradictEachOther)
 {
-    EXPECT_THROW(Camera(with({{"colours/humidity", "20:50"}, {"colours/regions", "1:2:FF0000"}})), Exception);
+    EXPECT_THROW(Camera(with({{"colours/humidity", "20:50"}, {"colours/insulation", "20:0"}})), Exception);
     EXPECT_THROW(Camera(with({{"blobs/above", "1"}, {"blobs/below", "2"}})), Exception);
     EXPECT_THROW(Camera(with({{"blobs/above", "65536"}})), Exception);
-    EXPECT_THROW(Camera(with({{"blobs/below", "-300"}, {"picture/celsius", "true"}})), Exception);
+    EXPECT_THROW(Camera(with({{"blobs/below", "-300"}, {"temperature/unit", "centikelvin"}})), Exception);
     EXPECT_THROW(Camera(with({{"colours/palette", "Pink"}})), Exception);
     Camera small(with({{"frame/downsize", "160x120"}}));
     EXPECT_THROW(small.show(frameAt(0)), Exception);
