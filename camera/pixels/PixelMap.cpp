@@ -16,10 +16,10 @@ const std::vector<PixelReason>& pixelReasons()
     return reasons;
 }
 
-std::string reasonsOf(int flags)
+std::string reasonsOf(int flags, const std::vector<PixelReason>& reasons)
 {
     std::string names;
-    for (const PixelReason& reason : pixelReasons())
+    for (const PixelReason& reason : reasons)
         if (static_cast<unsigned>(flags) & reason.flag)
             names += (names.empty() ? "" : "+") + std::string(reason.name);
     return names.empty() ? std::to_string(flags) : names;

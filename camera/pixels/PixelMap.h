@@ -20,10 +20,11 @@ struct PixelReason
     cv::Scalar colour; ///< in pictures
 };
 
+/// Those of the library's detectors.
 VELMO_API const std::vector<PixelReason>& pixelReasons();
 
-/// "spread+monotony"; the value itself where no detector has such a flag.
-VELMO_API std::string reasonsOf(int flags);
+/// "spread+monotony"; the value itself where no reason has such a flag.
+VELMO_API std::string reasonsOf(int flags, const std::vector<PixelReason>& reasons = pixelReasons());
 
 /// A line of comma-separated values for each bad pixel under a line of headings: x, y, flags, reasons.
 VELMO_API std::string pixelList(const PixelMap& map);

@@ -1,0 +1,295 @@
+#include "camera/pixels/PixelSearch.h"
+
+#include "tests/Support.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <functional>
+
+namespace {
+
+using namespace velmo::camera;
+using Frames = std::vector<Frame>;
+
+class Random
+{
+public:
+    explicit Random(unsigned seed) : m_oGenerator(seed) {}
+
+    double operator()(double low, double high) { return low + (high - low) * m_oGenerator() / 4294967296.0; }
+    int below(int limit) { return static_cast<int>((*this)(0, limit)); }
+    bool coin() { return below(2) == 1; }
+    double normal()
+    {
+        double sum = -6; // the same on every machine
+        for (int i = 0; i < 12; ++i)
+            sum += (*this)(0, 1);
+        return sum;
+    }
+
+private:
+    std::mt19937 m_oGenerator;
+};
+
+unsigned short clip(double value)
+{
+    return static_cast<unsigned short>(std::clamp(std::lround(value), 0L, 16383L));
+}
+
+/// A camera that sways over things of all sizes, which its lens blurs; noise of two counts, stripes of one.
+Frames scene(unsigned seed, int count = 40)
+{
+    Random random(seed);
+    cv::Mat_<float> world(160, 190, 7000.0F);
+    for (int n = 0; n < 40; ++n) {
+        const cv::Point corner(random.below(190), random.below(160));
+        const cv::Size size(1 + random.below(25), 1 + random.below(25));
+        const float level = static_cast<float>(7000 + random(-100, 100));
+        n % 2 == 0 ? cv::rectangle(world, {corner, size}, level, cv::FILLED)
+                   : cv::ellipse(world, corner, size / 2, random(0, 180), 0, 360, level, cv::FILLED);
+    }
+    cv::GaussianBlur(world, world, {}, 1.1);
+    std::vector<double> stripes;
+    for (int x = 0; x < 128; ++x)
+        stripes.push_back(random.normal());
+    Frames frames;
+    for (int n = 0; n < count; ++n) {
+        const cv::Point at(25 + static_cast<int>(20 * std::sin(0.21 * n)),
+                           20 + static_cast<int>(15 * std::cos(0.3 * n)));
+        Frame frame(96, 128);
+        for (int y = 0; y < frame.rows; ++y)
+            for (int x = 0; x < frame.cols; ++x)
+                frame(y, x) = clip(world(y + at.y, x + at.x) + stripes[static_cast<std::size_t>(x)] +
+                                   2 * random.normal());
+        frames.push_back(frame);
+    }
+    return frames;
+}
+
+/// The median distance of the 5 x 5 values around a pixel from their median; of several frames, their median.
+double deviationAt(const Frames& frames, cv::Point at)
+{
+    const cv::Rect box = cv::Rect(at.x - 2, at.y - 2, 5, 5) & cv::Rect({}, frames[0].size());
+    std::vector<double> all;
+    for (std::size_t n = 0; n < frames.size(); n += 8) {
+        const Frame part = frames[n](box).clone();
+        std::vector<double> values(part.begin(), part.end());
+        for (int pass = 0; pass < 2; ++pass) {
+            std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+            const double middle = values[values.size() / 2];
+            if (pass == 1)
+                all.push_back(middle);
+            for (double& value : values)
+                value = std::abs(value - middle);
+        }
+    }
+    std::nth_element(all.begin(), all.begin() + all.size() / 2, all.end());
+    return std::max(1.0, all[all.size() / 2]);
+}
+
+double spreadInTime(const Frames& frames, cv::Point at)
+{
+    cv::Mat_<double> values(1, static_cast<int>(frames.size()));
+    for (std::size_t n = 0; n < frames.size(); ++n)
+        values(static_cast<int>(n)) = frames[n](at);
+    cv::Scalar mean, deviation;
+    cv::meanStdDev(values, mean, deviation);
+    return deviation[0];
+}
+
+/// What becomes of the values of a pixel in time; `size` is that of the defect.
+using Spoil = std::function<void(std::vector<double>& values, double size, Random& random)>;
+
+struct Kind
+{
+    const char* name;
+    int width;      ///< of the defect, which is a square
+    int expected;   ///< a PixelFault that has to be found where the defect is found at all; 0 is any
+    double atLeast; ///< part of them that is found
+    Spoil spoil;
+};
+
+void add(std::vector<double>& values, double offset)
+{
+    for (double& value : values)
+        value += offset;
+}
+
+const Spoil dead = [](auto& values, double size, Random&) {
+    values.assign(values.size(), size > 0 ? 16383 : 0);
+};
+const Spoil offset = [](auto& values, double size, Random&) { add(values, size); };
+
+const std::vector<Kind> kinds = {
+    {"dead", 1, Dead, 0.99, dead},
+    {"dead2x2", 2, Dead, 0.99, dead},
+    {"dead3x3", 3, Dead, 0.99, dead},
+    {"stuck", 1, Stuck, 0.99,
+     [](auto& values, double, Random& random) { values.assign(values.size(), values[random.below(40)]); }},
+    {"hot", 1, Hot, 0.88, [](auto& values, double size, Random&) { add(values, std::abs(size)); }},
+    {"cold", 1, Cold, 0.88, [](auto& values, double size, Random&) { add(values, -std::abs(size)); }},
+    {"cluster2x2", 2, 0, 0.93, offset},
+    {"cluster3x3", 3, 0, 0.93, offset},
+    {"noisy", 1, 0, 0.80,
+     [](auto& values, double size, Random& random) {
+         for (double& value : values)
+             value += size * random.normal();
+     }},
+    {"twinkling", 1, 0, 0.85,
+     [](auto& values, double size, Random& random) {
+         const double often = random(0.1, 0.5);
+         bool on = random.coin();
+         for (double& value : values) {
+             on = on != (random(0, 1) < often);
+             value += on ? size : 0;
+         }
+     }},
+    {"weak", 1, Weak, 0.90,
+     [](auto& values, double, Random& random) {
+         const double mean = cv::mean(values)[0], part = random(0, 0.4);
+         for (double& value : values)
+             value = mean + part * (value - mean);
+     }},
+};
+
+/// Spoils 60 places that do not touch each other; 1 where a pixel is defective.
+cv::Mat_<unsigned char> plant(Frames& frames, const Kind& kind, unsigned seed)
+{
+    const Frames before = frames;
+    Random random(seed);
+    const cv::Rect whole({}, frames[0].size());
+    cv::Mat_<unsigned char> truth(whole.size(), 0);
+    for (int planted = 0; planted < 60;) {
+        const cv::Rect place(random.below(whole.width - kind.width + 1),
+                             random.below(whole.height - kind.width + 1), kind.width, kind.width);
+        const cv::Rect around = cv::Rect(place.x - 1, place.y - 1, kind.width + 2, kind.width + 2) & whole;
+        const bool still =
+            kind.expected == Weak && spreadInTime(before, place.tl()) < 16; // eight times the noise
+        if (cv::countNonZero(truth(around)) > 0 || still)
+            continue;
+        ++planted;
+        const double size = (random.coin() ? 1 : -1) * random(12, 30) *
+                            deviationAt(before, place.tl() + cv::Point(place.width / 2, place.width / 2));
+        for (int y = place.y; y < place.br().y; ++y)
+            for (int x = place.x; x < place.br().x; ++x) {
+                std::vector<double> values;
+                for (const Frame& frame : frames)
+                    values.push_back(frame(y, x));
+                kind.spoil(values, size, random);
+                for (std::size_t n = 0; n < frames.size(); ++n)
+                    frames[n](y, x) = clip(values[n]);
+                truth(y, x) = 1;
+            }
+    }
+    return truth;
+}
+
+PixelFindings search(const Frames& frames)
+{
+    PixelSearch search;
+    for (const Frame& frame : frames)
+        search.add(frame);
+    return search.find();
+}
+
+class PixelSearchFor : public testing::TestWithParam<Kind>
+{};
+
+TEST_P(PixelSearchFor, FindsWhatWasPlantedAndNothingElse)
+{
+    int found = 0, named = 0, planted = 0, others = 0;
+    for (const unsigned seed : {1U, 2U}) {
+        Frames frames = scene(seed);
+        const auto truth = plant(frames, GetParam(), 7 * seed);
+        const PixelFindings findings = search(frames);
+        planted += cv::countNonZero(truth);
+        found += cv::countNonZero((findings.faults != 0) & (truth != 0));
+        named += cv::countNonZero(PixelMap(findings.faults & GetParam().expected) != 0);
+        others += cv::countNonZero((findings.faults != 0) & (truth == 0));
+    }
+    EXPECT_GE(found, GetParam().atLeast * planted) << planted;
+    EXPECT_GE(named, GetParam().expected == 0 ? 0 : GetParam().atLeast * found);
+    EXPECT_LE(others, 4); // of 2 x 12288 pixels
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PixelSearchFor, testing::ValuesIn(kinds),
+                         [](const auto& kind) { return kind.param.name; });
+
+TEST(PixelSearch, FindsNothingInScenesWithoutDefects)
+{
+    for (unsigned seed = 1; seed <= 2; ++seed)
+        for (const int count : {1, 2, 4, 7, 40})
+            EXPECT_EQ(search(scene(seed, count)).count(), 0U) << seed << ", " << count << " frames";
+}
+
+TEST(PixelSearch, FindsRowsAndColumnsThatAreOffAsAWhole)
+{
+    for (const int count : {1, 20}) {
+        Frames frames = scene(5, count);
+        for (Frame& frame : frames) {
+            frame.row(20) += 25;
+            frame.col(60) -= 25;
+        }
+        const PixelFindings findings = search(frames);
+        EXPECT_EQ(findings.count(), 96U + 128 - 1);
+        EXPECT_EQ(cv::countNonZero(findings.faults.row(20) & BadRow), 128);
+        EXPECT_EQ(cv::countNonZero(findings.faults.col(60) & BadColumn), 96);
+        EXPECT_EQ(cv::countNonZero(findings.clusters.row(20) == 223), 128);
+    }
+}
+
+TEST(PixelSearch, TakesABlindColumnForDeadButNotALampThatSaturates)
+{
+    Frames frames = scene(6, 3);
+    for (Frame& frame : frames) {
+        frame.col(127).setTo(0);
+        cv::Mat_<float> lamp(frame.size(), 0.0F);
+        cv::circle(lamp, {40, 40}, 4, 30000, cv::FILLED);
+        cv::GaussianBlur(lamp, lamp, {}, 1.1);
+        for (int y = 0; y < frame.rows; ++y)
+            for (int x = 0; x < frame.cols; ++x)
+                frame(y, x) = clip(frame(y, x) + lamp(y, x));
+    }
+    const PixelFindings findings = search(frames);
+    EXPECT_EQ(cv::countNonZero(findings.faults.col(127) == Dead), 96);
+    EXPECT_EQ(findings.count(), 96U);
+}
+
+TEST(PixelSearch, TakesTheShutterOff)
+{
+    Random random(9);
+    Frames frames = scene(7, 1);
+    Frame shutter(frames[0].size());
+    for (unsigned short& value : shutter)
+        value = static_cast<unsigned short>(4000 + random.below(3000));
+    frames[0] += shutter - 3000;
+    frames[0](30, 30) += 400;
+    PixelSearch search(shutter);
+    search.add(frames[0]);
+    EXPECT_EQ(search.find().count(), 1U);
+    EXPECT_EQ(search.find().faults(30, 30), Hot);
+}
+
+TEST(PixelSearch, SaysWhyInFlagsAndWords)
+{
+    PixelFindings findings;
+    findings.faults = (PixelMap(2, 3) << 0, Dead, Hot | Twinkling, Weak, BadRow | BadColumn, 0);
+    findings.deviations = cv::Mat_<float>(2, 3, -12.34F);
+    findings.clusters = PixelMap(2, 3, 4);
+    EXPECT_TRUE(same(findings.map(), PixelMap((PixelMap(2, 3) << 0, 64, 66, 32, 16, 0))));
+    EXPECT_EQ(findings.list(),
+              "x,y,flags,reasons,deviations,cluster\n1,0,64,dead,-12.3,4\n"
+              "2,0,66,hot+twinkling,-12.3,4\n0,1,32,weak,-12.3,4\n1,1,16,row+column,-12.3,4\n");
+    EXPECT_EQ(findings.overshot(), "dead"); // the first of those that are as many
+    findings.faults = PixelMap(1, 100, 0);
+    findings.faults.colRange(0, 5) = int(Noisy);
+    EXPECT_EQ(findings.overshot(), "");
+    findings.faults(0, 5) = Noisy;
+    EXPECT_EQ(findings.overshot(), "noisy");
+    EXPECT_THROW(PixelSearch().find(), velmo::exp::Exception);
+}
+
+} // namespace

@@ -1,0 +1,109 @@
+#include "camera/pixels/PixelStatistics.h"
+
+#include "tests/Support.h"
+#include "tests/kernels/KernelTest.h"
+
+#include <cmath>
+
+namespace {
+
+using namespace velmo::camera;
+using velmo::exp::Exception;
+
+std::vector<KernelCase> kernels()
+{
+    const auto lines = [](Random& random, int count) {
+        return random.frame<short>({count, 5}, -32768, random.pick({-32767, -32700, 32767}));
+    };
+    return {kernel(lookAround, 400,
+                   [lines](Random& random, int) {
+                       const int count = random(5, 70);
+                       return [count, in = lines(random, count)](auto& form) {
+                           const short* const rows[5] = {in[0], in[1], in[2], in[3], in[4]};
+                           const auto size = static_cast<std::size_t>(count);
+                           Guarded<short> median(size), calm(size);
+                           std::vector<short> scratch(5 * size);
+                           form(rows, count, scratch.data(), {median.data(), calm.data()});
+                           return Left() << median.all << calm.all;
+                       };
+                   }),
+            kernel(standOut, 400, [lines](Random& random, int round) {
+                const int count = random(2, 70);
+                return [count, edge = round % 3 == 0, in = lines(random, count)](auto& form) {
+                    Guarded<int> out(static_cast<std::size_t>(count));
+                    form(in[edge ? 2 : 0], in[1], in[2], count, out.data());
+                    return Left() << out.all;
+                };
+            })};
+}
+
+TEST(PixelStatistics, HaveKernelsThatLeaveTheBitsOfTheirPlainForms)
+{
+    Random random(7);
+    for (const KernelCase& kernel : kernels())
+        for (int round = 0; round < kernel.rounds && !HasFatalFailure(); ++round)
+            kernel.round(random, round);
+}
+
+/// Central moments of a series, in two passes.
+struct Expected
+{
+    explicit Expected(const std::vector<double>& values)
+    {
+        for (const double value : values)
+            mean += value / static_cast<double>(values.size());
+        for (const double value : values)
+            for (int power = 2; power <= 4; ++power)
+                moment[power] += std::pow(value - mean, power) / static_cast<double>(values.size());
+    }
+
+    double mean = 0;
+    double moment[5] = {};
+};
+
+TEST(PixelStatistics, AreTheMomentsOfEachPixelInTime)
+{
+    // One pixel jumps and stands out by as much, as all around it is flat; the whole moves up and down.
+    PixelStatistics statistics(Frame(9, 9, static_cast<unsigned short>(100)));
+    std::mt19937 random(3);
+    std::vector<double> levels, heights;
+    double above = 0, changes = 0;
+    for (int n = 0; n < 50; ++n) {
+        const int level = static_cast<int>(random() % 40), height = static_cast<int>(random() % 90);
+        Frame frame(9, 9, static_cast<unsigned short>(1000 + level));
+        frame(4, 5) = static_cast<unsigned short>(1000 + level + height);
+        changes += n > 0 && levels.back() + heights.back() != level + height ? 1 : 0;
+        levels.push_back(level);
+        heights.push_back(height);
+        above += height > 4 ? 0.02 : 0;
+        statistics.add(frame);
+    }
+    const Expected level(levels), height(heights);
+    EXPECT_NEAR(statistics.mean()(4, 5), 900 + level.mean + height.mean, 1e-3);
+    EXPECT_NEAR(statistics.mean()(0, 8), 900 + level.mean, 1e-3);
+    EXPECT_NEAR(statistics.m_oMovement(4, 5), level.moment[2], 1e-2);
+    EXPECT_NEAR(statistics.m_oRestless(4, 5), height.moment[2], 1e-1);
+    EXPECT_NEAR(statistics.m_oPeak(4, 5), height.mean, 1e-3);
+    EXPECT_NEAR(statistics.m_oVariance(4, 5), height.moment[2], 1e-1);
+    EXPECT_NEAR(statistics.m_oSkew(4, 5), height.moment[3], 1e-3 * height.moment[4]);
+    EXPECT_NEAR(statistics.m_oKurtosis(4, 5), height.moment[4], 1e-3 * height.moment[4]);
+    EXPECT_NEAR(statistics.m_oPersistent(4, 5), above, 1e-5);
+    EXPECT_EQ(statistics.m_oPersistent(4, 4), 0);
+    EXPECT_EQ(statistics.m_oChanges(4, 5), changes);
+    double together = 0; // the covariance of level and height
+    for (std::size_t n = 0; n < levels.size(); ++n)
+        together +=
+            (levels[n] - level.mean) * (heights[n] - height.mean) / static_cast<double>(levels.size());
+    EXPECT_NEAR(statistics.m_oFollow(4, 5), together, 1e-2);
+}
+
+TEST(PixelStatistics, RefuseFramesThatDoNotBelongTogether)
+{
+    EXPECT_THROW(PixelStatistics().add(Frame(4, 9, static_cast<unsigned short>(0))), Exception);
+    EXPECT_THROW(PixelStatistics(Frame(6, 6)).add(Frame(7, 6)), Exception);
+    PixelStatistics statistics;
+    statistics.add(Frame(6, 6, static_cast<unsigned short>(1)));
+    EXPECT_THROW(statistics.add(Frame(6, 7)), Exception);
+}
+
+} // namespace
