@@ -37,7 +37,9 @@ public:
         put(path, *exp::Variant::create(std::forward<T>(value)));
     }
 
-    /// @param what  stands for the path in what is said of a refused value
+    /// @param path   of the setting
+    /// @param value  as typed or read from a file
+    /// @param what   stands for the path in what is said of a refused value
     void set(const std::string& path, const std::string& value, const std::string& what);
 
     /// The value as a text.

@@ -29,6 +29,8 @@ public:
 
     /// Colours show the relative humidity that this air reaches at surfaces, and ranges play no role.
     ///
+    /// @param air    of the room
+    /// @param scale  from values to the temperatures of surfaces
     /// @param mould  the palette ends at 80 percent, where mould begins to grow; from there on yellow to red
     /// @throws Exception  for a scale without temperatures
     void showHumidity(const Air& air, const Scale& scale, bool mould);

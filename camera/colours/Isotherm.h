@@ -22,6 +22,7 @@ struct VELMO_API Isotherm
     /// or
     ///              between:LOW:HIGH:RRGGBB (both do); each may end in :blend or :solid
     /// @param what  begins the message of what is refused
+    /// @param thermometer  knows what LOW and HIGH are as values of frames
     /// @throws Exception  for anything else, and where no value lies in the band
     static Isotherm parse(const std::string& text, const std::string& what, const Thermometer& thermometer);
 

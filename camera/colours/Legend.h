@@ -17,8 +17,10 @@ class VELMO_API Legend
 public:
     explicit Legend(Thermometer thermometer) : m_oThermometer(std::move(thermometer)) {}
 
-    /// @param table  becomes that of the range
-    /// @param whole  becomes the picture with the bar at its right; reused if it has that size already
+    /// @param picture  as the table colours it
+    /// @param table    becomes that of the range
+    /// @param range    of the values that the bar stands for
+    /// @param whole    becomes the picture with the bar at its right; reused if it has that size already
     void draw(const Picture& picture, ColourTable& table, ValueRange range, Picture& whole);
 
 private:

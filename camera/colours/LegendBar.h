@@ -28,8 +28,10 @@ struct VELMO_API LegendBar
     /// The row of a tick has exactly the colour that the table has for its value, and its text is what that
     /// value reads.
     ///
-    /// @param table  becomes that of the range
-    /// @param rows   1 or more; where they are few, only some ticks have room
+    /// @param table        becomes that of the range
+    /// @param range        of the values that the bar stands for
+    /// @param thermometer  from values to temperatures
+    /// @param rows         1 or more; where they are few, only some ticks have room
     LegendBar(ColourTable& table, ValueRange range, const Thermometer& thermometer, int rows);
 };
 

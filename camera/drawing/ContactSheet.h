@@ -13,7 +13,8 @@ namespace velmo::camera {
 class VELMO_API ContactSheet
 {
 public:
-    /// @param title  may be empty
+    /// @param title    may be empty
+    /// @param columns  how many pictures stand in a row
     ContactSheet(std::string title, int columns) : m_strTitle(std::move(title)), m_s32Columns(columns) {}
 
     void add(std::string title, Picture picture);

@@ -18,7 +18,9 @@ public:
         : m_strXLabel(std::move(xLabel)), m_strYLabel(std::move(yLabel))
     {}
 
+    /// @param name    of the line, for the key
     /// @param values  at 0, step, 2 step, ...; what is not finite leaves a gap
+    /// @param colour  blue, green, red
     void add(std::string name, std::vector<double> values, const cv::Scalar& colour);
 
     /// How far apart the values stand on the horizontal axis; 1 if not given.

@@ -18,7 +18,8 @@ public:
 
     /// One plot of the means over time; below it one of the deltas, if there are any.
     ///
-    /// @param fps  frames per second, if they are known: the axis counts seconds then, otherwise frames
+    /// @param meter  whose shapes they are
+    /// @param fps    frames per second, if they are known: the axis counts seconds then, otherwise frames
     Picture draw(const ShapeMeter& meter, std::optional<double> fps) const;
 
 private:

@@ -32,6 +32,7 @@ public:
         Whole    ///< the whole frame; the text counts nothing
     };
 
+    /// @param kind  which of them
     /// @param text  as said at Kind; X counts columns and Y rows, from 0 on
     /// @throws Exception  that names text and limit, for anything else
     static Shape parse(Kind kind, const std::string& text);
@@ -47,7 +48,8 @@ public:
 
     /// Its pixels in a frame of this size, row by row.
     ///
-    /// @param name  of the shape, for the message
+    /// @param frame  its columns and rows
+    /// @param name   of the shape, for the message
     /// @throws Exception  that names the place and the limit, if a part of it lies outside
     std::vector<Run> runs(cv::Size frame, const std::string& name) const;
 

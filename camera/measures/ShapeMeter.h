@@ -67,6 +67,7 @@ public:
         double difference; ///< in the last frame; NaN if one of the means is no number
     };
 
+    /// @param thermometer  from values to temperatures
     /// @param keepsCounts  whether counts() are wanted
     explicit ShapeMeter(Thermometer thermometer, bool keepsCounts = false)
         : m_oThermometer(std::move(thermometer)), m_bKeepsCounts(keepsCounts)

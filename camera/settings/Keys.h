@@ -23,7 +23,8 @@ struct VELMO_API ValueKind
     bool isFlag() const;
 
     /// The value as a tree of settings holds it: a flag, a number, or a text.
-    /// @param what  begins the message of what is refused
+    /// @param value  as typed
+    /// @param what   begins the message of what is refused
     /// @throws Exception  for any other text
     std::shared_ptr<exp::Variant> read(const std::string& value, const std::string& what) const;
 

@@ -31,6 +31,8 @@ public:
     Degrees degrees() const { return m_oDegrees; }
     bool hasDegrees() const { return m_oScale.hasDegrees(); }
 
+    /// @param text  as typed: a value, or a temperature
+    /// @param edge  which value, if the temperature lies between two
     /// @param what  for messages: the option
     /// @throws Exception  that begins with `what`, if that is no number, or if the scale has no such value
     unsigned short valueOf(const std::string& text, Edge edge, const std::string& what) const;
