@@ -123,9 +123,11 @@ Simulator::Simulator(std::size_t frames) : m_nFrames(frames), m_oRandom(1), m_oR
         m_oOffsets.col(c) = static_cast<float>(dStripeDeviation * normal());
     for (float& offset : m_oOffsets)
         offset += static_cast<float>(dPixelDeviation * normal());
-    for (int i = 0; i < 7; ++i)
-        m_vecDead.emplace_back(static_cast<int>(m_oRandom() % s32Width),
-                               static_cast<int>(m_oRandom() % s32Height));
+    for (int i = 0; i < 7; ++i) {
+        const auto y =
+            static_cast<int>(m_oRandom() % s32Height); // one after the other: every machine's order
+        m_vecDead.emplace_back(static_cast<int>(m_oRandom() % s32Width), y);
+    }
 }
 
 double Simulator::normal()

@@ -18,6 +18,7 @@ struct VELMO_API ChosenUnit
     Thermometer thermometer; ///< of the objects
     std::string radiometry;  ///< what was taken for the way between both, in one line; empty for nothing
 
+    /// @param settings  of the whole camera
     /// @param recorded  the unit that the recording itself names; empty or counts if it names none
     /// @throws Exception  for a unit, a temperature or a share outside its limits, and for settings that
     ///                    contradict each other or need a unit that is not there

@@ -1,0 +1,26 @@
+# Builds for 64-bit ARM with Debian's cross compiler, against what cmake/sysroot.sh has unpacked; qemu runs the tests.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
+
+set(VELMO_SYSROOT "" CACHE PATH "The unpacked packages of the target")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELMO_SYSROOT)
+
+# Not CMAKE_SYSROOT: the C library is the compiler's own. Everything else is looked for there, and only there.
+set(CMAKE_FIND_ROOT_PATH "${VELMO_SYSROOT}")
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(ENV{PKG_CONFIG_SYSROOT_DIR} "${VELMO_SYSROOT}")
+set(ENV{PKG_CONFIG_LIBDIR}
+    "${VELMO_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig:${VELMO_SYSROOT}/usr/share/pkgconfig")
+
+# What the libraries need themselves.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link,${VELMO_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT ":${VELMO_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "${CMAKE_EXE_LINKER_FLAGS_INIT}")
+set(CMAKE_MODULE_LINKER_FLAGS_INIT "${CMAKE_EXE_LINKER_FLAGS_INIT}")
+
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L "${VELMO_SYSROOT}")
