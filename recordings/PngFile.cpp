@@ -84,9 +84,9 @@ public:
     /// @param image  as large as the file says, of the depth that was set
     void readRows(cv::Mat& image)
     {
-        std::vector<png_bytep> rows;
+        std::vector<png_bytep> rows(static_cast<std::size_t>(image.rows));
         for (int r = 0; r < image.rows; ++r)
-            rows.push_back(image.ptr(r));
+            rows[static_cast<std::size_t>(r)] = image.ptr(r);
         run([&] {
             png_set_interlace_handling(m_pPng);
             png_read_update_info(m_pPng, m_pInfo);

@@ -31,9 +31,9 @@ public:
 
     void write(const cv::Mat& image, const std::string& unit)
     {
-        std::vector<png_const_bytep> rows;
+        std::vector<png_const_bytep> rows(static_cast<std::size_t>(image.rows));
         for (int r = 0; r < image.rows; ++r)
-            rows.push_back(image.ptr(r));
+            rows[static_cast<std::size_t>(r)] = image.ptr(r);
         std::string keyword = unitKeyword;
         std::string value = unit;
         png_text text = {};

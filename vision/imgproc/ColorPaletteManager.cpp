@@ -44,7 +44,7 @@ void registerPalettes(std::ifstream& file)
     constexpr std::size_t limit = exp::StorageLimits::u64Xml + exp::StorageLimits::u64Values + (1 << 20);
     std::string content;
     exp::readText(file, limit, content);
-    std::istringstream text(std::move(content));
+    std::istringstream text(content);
     file.close();
     const auto decoded = exp::StorageDecoder<Storage>(exp::StorageDecoder<Storage>::s32Xml).decode(text);
     for (const auto& [name, value] : decoded.first) {
