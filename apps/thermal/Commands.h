@@ -8,8 +8,10 @@ namespace thermal {
 
 // Each command adds itself, its options and what it does to the program.
 void addBlobsCommand(CLI::App& program);
+void addCleanCommand(CLI::App& program);
 void addConvertCommand(CLI::App& program);
 void addDemoCommand(CLI::App& program);
+void addMeasureCommand(CLI::App& program);
 void addPixelsCommand(CLI::App& program);
 void addRenderCommand(CLI::App& program);
 void addNoiseCommand(CLI::App& program);

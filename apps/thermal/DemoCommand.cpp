@@ -1,6 +1,7 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
+#include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/Progress.h"
 #include "apps/thermal/Simulator.h"
 #include "apps/thermal/Table.h"
@@ -40,6 +41,7 @@ constexpr ValueRange roomRange = {29115, 29815};
 struct DemoOptions
 {
     std::string out = "demo";
+    std::string record;
     bool quiet = false;
     TableFormat format;
 };
@@ -79,10 +81,13 @@ public:
         m_vecExhibits.resize(m_oChain.size());
     }
 
-    void run(bool quiet)
+    /// @param recording  gets the raw frames, if it is not null
+    void run(bool quiet, ImageWriter* recording)
     {
         std::size_t index = 0;
         forEachFrame(m_oCamera, quiet, [&](Frame& frame) {
+            if (recording != nullptr)
+                recording->write(frame);
             m_oRaw = frame.clone();
             apply(frame, index++ >= nLearn);
         });
@@ -195,13 +200,19 @@ void demo(const DemoOptions& options)
 {
     Outputs outputs;
     Gallery gallery(outputs, options.out); // first: a folder that cannot be written is no reason to wait
+    const Thermometer thermometer(Scale::parse("centikelvin"));
+    std::unique_ptr<ImageWriter> recording;
+    if (!options.record.empty())
+        recording = openFrameSink(outputs, options.record, nFrames, countsOf(thermometer.scale()));
     Tour tour;
-    tour.run(options.quiet);
+    tour.run(options.quiet, recording.get());
+    if (recording)
+        recording->finish();
 
     Colouring colouring(findPalette("Ironbow"));
     const Picture raw = colouring.paint(tour.raw(), roomRange);
     Picture labelled;
-    Legend(Thermometer(Scale::parse("centikelvin"))).draw(raw, colouring.table(), roomRange, labelled);
+    Legend(thermometer).draw(raw, colouring.table(), roomRange, labelled);
     gallery.show("raw", labelled);
     for (std::size_t i = 0; i < tour.exhibits().size(); ++i)
         gallery.compare(tour.chain().name(i), raw, colouring.paint(tour.exhibits()[i].last, roomRange));
@@ -223,6 +234,10 @@ void addDemoCommand(CLI::App& program)
     command.add_option("--out", options->out, "The folder for the pictures")
         ->capture_default_str()
         ->type_name("DIR");
+    command
+        .add_option("--record", options->record,
+                    "Keep the raw frames, too: a .tiff, .mkv, .npy, .raw or a folder")
+        ->type_name("PATH");
     options->format.addTo(command);
     addQuiet(command, options->quiet);
     command.callback([options] { demo(*options); });

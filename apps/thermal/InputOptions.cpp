@@ -118,11 +118,6 @@ CLI::Option& InputOptions::addTo(CLI::App& command)
     return option;
 }
 
-std::unique_ptr<FrameSource> InputOptions::open(Outputs& outputs) const
-{
-    return openAll(*this, outputs, false);
-}
-
 std::unique_ptr<FrameSource> InputOptions::open(Outputs& outputs, const Settings& settings) const
 {
     auto source = openAll(*this, outputs, settings.text("temperature/unit") != "auto");

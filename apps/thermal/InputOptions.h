@@ -27,14 +27,10 @@ struct InputOptions
     /// @returns the option of the inputs, so that a command can do without them
     CLI::Option& addTo(CLI::App& command);
 
-    /// Opens the recording, and protects it from the command's outputs.
-    /// @throws Exception  as recordings::openFrames
-    std::unique_ptr<velmo::recordings::FrameSource> open(velmo::recordings::Outputs& outputs) const;
-
-    /// The same for frames that have a meaning: their unit is what the settings choose, their values are in
-    /// its order. Says what was taken for the way from object to camera, and, once there is a frame, if the
-    /// unit can hardly be right.
-    /// @throws Exception  also for a unit that there is not
+    /// Opens the recording, and protects it from the command's outputs. Its unit is what the settings choose,
+    /// its values are in the order of what they mean. Says what was taken for the way from object to camera,
+    /// and, once there is a frame, if the unit can hardly be right.
+    /// @throws Exception  as recordings::openFrames, and for a unit that there is not
     std::unique_ptr<velmo::recordings::FrameSource> open(velmo::recordings::Outputs& outputs,
                                                          const velmo::camera::Settings& settings) const;
 };

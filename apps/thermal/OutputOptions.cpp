@@ -19,12 +19,19 @@ void addForce(CLI::App& command, bool& force)
     command.add_flag("--force", force, "Replace files that join --out and are there already; never an input");
 }
 
-void addFps(CLI::App& command, double& fps)
+CLI::Option& addFps(CLI::App& command, double& fps)
 {
-    command.add_option("--fps", fps, "Pictures per second of a film")
-        ->check(CLI::Range(0.1, 240.0))
-        ->capture_default_str()
-        ->type_name("N");
+    return *command.add_option("--fps", fps, "Pictures per second of a film")
+                ->check(CLI::Range(0.1, 240.0))
+                ->capture_default_str()
+                ->type_name("N");
+}
+
+velmo::recordings::FrameFormat countsOf(const velmo::camera::Scale& scale)
+{
+    velmo::recordings::FrameFormat format;
+    format.unit = scale.hasDegrees() ? scale.text() : "";
+    return format;
 }
 
 std::unique_ptr<velmo::recordings::ImageWriter>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "camera/temperature/Scale.h"
 #include "recordings/Frames.h"
 #include "recordings/PictureSink.h"
 
@@ -8,7 +9,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace thermal {
 
@@ -29,6 +31,9 @@ struct OutputOptions
 void addForce(CLI::App& command, bool& force);
 
 /// Adds the option that says how fast a film is.
-void addFps(CLI::App& command, double& fps);
+CLI::Option& addFps(CLI::App& command, double& fps);
+
+/// How files keep the counts of a recording of this scale.
+velmo::recordings::FrameFormat countsOf(const velmo::camera::Scale& scale);
 
 } // namespace thermal

@@ -2,6 +2,7 @@
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
+#include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"
 #include "apps/thermal/Terminal.h"
 #include "camera/pixels/PixelDetection.h"
@@ -37,6 +38,7 @@ constexpr int s32Most = std::numeric_limits<int>::max();
 struct DetectOptions
 {
     InputOptions input;
+    SettingsOptions settings;
     std::string out;
     int minCount = 0; ///< 0: not by spread
     int offset = 0;
@@ -77,7 +79,7 @@ struct NetdRequest
     {
         InputOptions input = options.input;
         input.inputs = {frames};
-        return input.open(outputs);
+        return input.open(outputs, options.settings.settings(outputs));
     }
 
     double firstTemperature;
@@ -175,7 +177,7 @@ void detect(const DetectOptions& options)
     Outputs outputs(options.force);
     std::unique_ptr<FrameSource> frames;
     if (!options.input.inputs.empty())
-        frames = options.input.open(outputs);
+        frames = options.input.open(outputs, options.settings.settings(outputs));
     std::optional<NetdRequest> netd;
     if (!options.netd.empty())
         netd.emplace(options, outputs);
@@ -207,6 +209,7 @@ void addDetect(CLI::App& pixels)
     CLI::App& command = *pixels.add_subcommand("detect", "Finds bad pixels and writes a map of them");
     options->input.addTo(command);
     command.get_option("INPUT")->required(false);
+    options->settings.addTo(command, {"temperature/unit"});
     command
         .add_option("--out", options->out,
                     "The map, a .pgm of flags; a .csv with every pixel and its reasons and a .png join it")

@@ -52,8 +52,10 @@ int runProgram(int argc, const char* const* argv)
     program.get_formatter()->column_width(36);
 
     addBlobsCommand(program);
+    addCleanCommand(program);
     addConvertCommand(program);
     addDemoCommand(program);
+    addMeasureCommand(program);
     addPixelsCommand(program);
     addRenderCommand(program);
     addNoiseCommand(program);

@@ -47,11 +47,15 @@ void SettingsOptions::addTo(CLI::App& command, const std::vector<std::string>& s
         .add_option("--settings", m_strFile,
                     "A file of settings, as 'thermal settings' writes one; options stand above it")
         ->type_name("FILE");
-    if (std::find(sections.begin(), sections.end(), "temperature") != sections.end())
+    const auto wanted = [&](const std::string& path) {
+        return std::any_of(sections.begin(), sections.end(), [&](const std::string& section) {
+            return path == section || path.rfind(section + "/", 0) == 0;
+        });
+    };
+    if (wanted("temperature/unit"))
         command.add_flag("--celsius", m_bCelsius, "The same as --unit centikelvin");
     for (const Key& key : keys()) {
-        if (std::find(sections.begin(), sections.end(), key.path.substr(0, key.path.find('/'))) ==
-            sections.end())
+        if (!wanted(key.path))
             continue;
         Typed& typed = m_mapTyped[key.path];
         typed.m_strOption = key.option;

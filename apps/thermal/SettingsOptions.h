@@ -17,7 +17,7 @@ namespace thermal {
 class SettingsOptions
 {
 public:
-    /// Adds --settings, and an option for each setting of these sections.
+    /// Adds --settings, and an option for each setting of these sections; a section may be one setting.
     void addTo(CLI::App& command, const std::vector<std::string>& sections);
 
     /// What the file of --settings says, with what was typed above it. The file is protected from outputs.

@@ -72,14 +72,6 @@ std::string forJson(const Table::Cell& cell)
                                  : jsonText(wordFor(number, ""));
 }
 
-std::string forCsv(const Table::Cell& cell)
-{
-    if (const auto* text = std::get_if<std::string>(&cell))
-        return csvText(*text);
-    const double number = std::get<double>(cell);
-    return std::isfinite(number) ? shortest(number) : wordFor(number, "");
-}
-
 std::string padded(const std::string& text, std::size_t width, bool right)
 {
     const std::string blanks(width - std::min(width, widthOf(text)), ' ');
@@ -93,6 +85,14 @@ void printLine(std::ostream& out, std::string line)
 }
 
 } // namespace
+
+std::string forCsv(const Table::Cell& cell)
+{
+    if (const auto* text = std::get_if<std::string>(&cell))
+        return csvText(*text);
+    const double number = std::get<double>(cell);
+    return std::isfinite(number) ? shortest(number) : wordFor(number, "");
+}
 
 void TableFormat::addTo(CLI::App& command)
 {

@@ -51,6 +51,9 @@ private:
     std::vector<std::vector<Cell>> m_vecRows;
 };
 
+/// A cell as it stands between commas.
+std::string forCsv(const Table::Cell& cell);
+
 /// Several tables of one command, each with its name for JSON.
 using Tables = std::vector<std::pair<std::string, Table>>;
 

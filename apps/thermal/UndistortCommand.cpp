@@ -1,6 +1,8 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
+#include "apps/thermal/OutputOptions.h"
+#include "apps/thermal/SettingsOptions.h"
 #include "camera/lens/LensMap.h"
 #include "camera/settings/Parse.h"
 #include "recordings/LensFile.h"
@@ -25,6 +27,7 @@ using velmo::vision::DistortionCorrection;
 struct UndistortOptions
 {
     InputOptions input;
+    SettingsOptions settings;
     std::string map;
     std::string make;
     std::string size;
@@ -65,13 +68,16 @@ void undistort(const UndistortOptions& options)
         throw UsageError("undistort needs --map FILE, or --make for a new map");
     Outputs outputs;
     outputs.protect({options.map});
-    const auto source = options.input.open(outputs);
-    const auto sink = openFrameSink(outputs, options.out, source->count());
+    const auto source = options.input.open(outputs, options.settings.settings(outputs));
+    const Scale scale = Scale::parse(source->unit());
+    const auto sink = openFrameSink(outputs, options.out, source->count(), countsOf(scale));
     std::optional<DistortionCorrection> map;
     forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         if (!map)
             map = loadMap(options.map, frame.size());
-        sink->write(undistorted(frame, *map));
+        Frame straight = undistorted(frame, *map);
+        scale.reorder(straight); // as files have it
+        sink->write(straight);
     });
     sink->finish();
     outputs.commit();
@@ -88,8 +94,10 @@ void addUndistortCommand(CLI::App& program)
     command.add_option("--map", options->map, "The distortion map: a PAM file of six 16-bit channels")
         ->type_name("FILE");
     command
-        .add_option("--out", options->out,
-                    "Where the 16-bit frames go: a .png for one, or a folder; with --make the map file")
+        .add_option(
+            "--out", options->out,
+            "Where the 16-bit frames go: a .tiff, .npy, .raw or .mkv of all, a .png or .pgm of one, or a "
+            "folder; with --make the map file")
         ->required()
         ->type_name("PATH");
     command
@@ -98,6 +106,7 @@ void addUndistortCommand(CLI::App& program)
                     "CX,CY the middle, all four in pixels")
         ->type_name("K1,K2,FX,FY,CX,CY");
     command.add_option("--size", options->size, "Size of the frames for --make")->type_name("WxH");
+    options->settings.addTo(command, {"temperature/unit"});
     command.callback([options] { undistort(*options); });
 }
 

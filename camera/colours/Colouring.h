@@ -37,6 +37,12 @@ public:
     ColourTable& table() { return m_oTable; }
     const ColourTable& table() const { return m_oTable; }
 
+    /// The values that have this colour in the last picture; see ColourTable.
+    std::optional<ValueRange> valueAt(const cv::Vec3b& colour) { return m_oTable.valueAt(colour); }
+
+    /// Whether no colour of the last picture stands for two bands of values.
+    bool isUnambiguous() { return m_oTable.isUnambiguous(); }
+
     /// That whose humidity at surfaces is shown.
     const std::optional<Air>& air() const { return m_oAir; }
 
