@@ -57,10 +57,15 @@ PYBIND11_MODULE(_velmo, module)
     addColours(module);
     addPixels(module);
     addStorage(module);
+    addTemperature(module);
+    addCamera(module);
+    addMeasures(module);
+    addRecordings(module);
 
     py::list names;
     for (const auto& [name, value] : py::dict(module.attr("__dict__")))
-        if (name.cast<std::string>().front() != '_')
+        // Not `open`, which would hide that of Python.
+        if (name.cast<std::string>().front() != '_' && name.cast<std::string>() != "open")
             names.append(name);
     module.attr("__all__") = names;
 }

@@ -10,5 +10,9 @@ void addFilters(pybind11::module_& module);
 void addColours(pybind11::module_& module);
 void addPixels(pybind11::module_& module);
 void addStorage(pybind11::module_& module);
+void addTemperature(pybind11::module_& module);
+void addCamera(pybind11::module_& module);
+void addMeasures(pybind11::module_& module);
+void addRecordings(pybind11::module_& module);
 
 } // namespace velmo::python

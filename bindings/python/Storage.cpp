@@ -42,10 +42,10 @@ std::shared_ptr<Variant> valueOf(const std::string& key, py::handle value)
         return Variant::create(treeOf(py::reinterpret_borrow<py::dict>(value)));
     if (py::isinstance<py::bool_>(value))
         return Variant::create(value.cast<bool>());
-    if (py::isinstance<py::int_>(value)) {
-        const bool negative = value.attr("__lt__")(0).cast<bool>();
-        return negative ? Variant::create(value.cast<std::int64_t>())
-                        : Variant::create(value.cast<std::uint64_t>());
+    if (PyIndex_Check(value.ptr()) != 0) { // those of numpy too
+        const auto number = py::reinterpret_steal<py::int_>(PyNumber_Index(value.ptr()));
+        return number.attr("__lt__")(0).cast<bool>() ? Variant::create(number.cast<std::int64_t>())
+                                                     : Variant::create(number.cast<std::uint64_t>());
     }
     if (py::isinstance<py::float_>(value))
         return Variant::create(value.cast<double>());

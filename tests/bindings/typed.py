@@ -18,3 +18,9 @@ try:
     velmo.decode_storage(b"")
 except velmo.Error as error:
     print(error.location.upper())
+camera = velmo.Camera(velmo.Settings(denoise=True), unit="centikelvin", range="p1:p99")
+with velmo.open(["run/"]) as recording, velmo.PictureWriter("film.avi") as film:
+    for raw in recording:
+        film.write(camera.show(raw).rgb)
+degrees: np.ndarray[Any, np.dtype[np.float32]] = camera.scale.celsius(frame)
+velmo.Scale("kelvin/16").celsius(signed)  # type: ignore[arg-type]

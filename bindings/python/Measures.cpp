@@ -1,0 +1,345 @@
+#include "bindings/python/Arrays.h"
+#include "bindings/python/Module.h"
+#include "bindings/python/Records.h"
+
+#include "camera/drawing/ContactSheet.h"
+#include "camera/drawing/Enlarge.h"
+#include "camera/lens/LensMap.h"
+#include "camera/measures/Fidelity.h"
+#include "camera/measures/Noise.h"
+#include "camera/measures/ShapeMeter.h"
+#include "camera/pixels/PixelDetection.h"
+#include "camera/pixels/PixelOverlay.h"
+#include "camera/pixels/PixelSearch.h"
+
+#include <pybind11/stl.h>
+
+#include <memory>
+
+namespace velmo::python {
+namespace {
+
+using camera::Shape;
+using camera::ShapeMeter;
+
+cv::Mat countsView(py::handle frame, const char* name = "frame")
+{
+    return view(frame, name, CV_16UC1);
+}
+
+/// Something that frames are added to, by one thread at a time.
+template <class Meter>
+struct Adding
+{
+    template <class... Arguments>
+    explicit Adding(Arguments&&... arguments) : meter(std::forward<Arguments>(arguments)...)
+    {}
+
+    void add(py::handle frame)
+    {
+        const cv::Mat image = countsView(frame);
+        unlocked(mutex, [&] { meter.add(image); });
+    }
+
+    template <class Work>
+    auto with(Work&& work)
+    {
+        decltype(work(meter)) result;
+        unlocked(mutex, [&] { result = work(meter); });
+        return result;
+    }
+
+    std::mutex mutex;
+    Meter meter;
+};
+
+using Noise = Adding<camera::NoiseMeter>;
+using Fidelity = Adding<camera::FidelityMeter>;
+using Detection = Adding<camera::PixelDetection>;
+using Search = Adding<camera::PixelSearch>;
+
+py::dict noiseFigures(Noise& self)
+{
+    const camera::NoiseFigures figures = self.with([](auto& meter) { return meter.figures(); });
+    py::dict dict;
+    dict["frames"] = figures.frames;
+    dict["shape"] = py::make_tuple(figures.size.height, figures.size.width);
+    dict["low"] = figures.low;
+    dict["high"] = figures.high;
+    dict["temporal"] = figures.temporal;
+    dict["columns_in_time"] = figures.columnsInTime;
+    dict["rows_in_time"] = figures.rowsInTime;
+    dict["columns"] = figures.columns;
+    dict["rows"] = figures.rows;
+    dict["pattern"] = figures.pattern;
+    dict["drift"] = figures.drift;
+    return dict;
+}
+
+void addMeters(py::module_& module)
+{
+    py::class_<Noise>(
+        module, "NoiseMeter",
+        "Measures the noise of a stream frame by frame, in counts, in memory for a few frames: in time and\n"
+        "from pixel to pixel, stripes and drift apart.")
+        .def(py::init<>())
+        .def(
+            "add", &Noise::add, py::arg("frame"),
+            "add(frame)\n\nThe next frame, uint16. Error if the size differs from that of the frames before.")
+        .def("figures", &noiseFigures,
+             "figures() -> dict of frames, shape, low, high, temporal (noise of a pixel in time), "
+             "columns_in_time and\n"
+             "rows_in_time (stripes that change), columns and rows (that stay), pattern (pixel to pixel), "
+             "drift (of the\n"
+             "level, first to last frame); nan where there are too few frames");
+    py::class_<Fidelity>(
+        module, "FidelityMeter",
+        "Compares a stream frame by frame with the same stream after filters that keep its size.")
+        .def(py::init<>())
+        .def(
+            "add",
+            [](Fidelity& self, py::handle before, py::handle after) {
+                const cv::Mat raw = countsView(before, "before"), clean = countsView(after, "after");
+                if (raw.size() != clean.size())
+                    throw py::value_error("after: not as large as before");
+                unlocked(self.mutex, [&] { self.meter.add(raw, clean); });
+            },
+            py::arg("before"), py::arg("after"), "add(before, after)\n\nBoth uint16 of one shape.")
+        .def(
+            "figures",
+            [](Fidelity& self) {
+                const auto figures = self.with([](auto& meter) { return meter.figures(); });
+                py::dict dict;
+                dict["edges"] = figures.edges;
+                dict["ghosting"] = figures.ghosting;
+                return dict;
+            },
+            "figures() -> dict of edges (how steep the steepest still are, 1 is unchanged) and ghosting (how "
+            "far the\n"
+            "picture lags behind what moves, in frames); nan where there is nothing to judge by");
+}
+
+Shape::Kind kindOf(const std::string& name)
+{
+    for (const auto& [known, kind] : {std::pair("spot", Shape::Kind::Spot),
+                                      {"box", Shape::Kind::Box},
+                                      {"line", Shape::Kind::Line},
+                                      {"polygon", Shape::Kind::Polygon},
+                                      {"whole", Shape::Kind::Whole}})
+        if (name == known)
+            return kind;
+    throw py::value_error("kind: '" + name +
+                          "', where 'spot', 'box', 'line', 'polygon' or 'whole' is needed");
+}
+
+py::dict figuresOf(const camera::Figures& figures)
+{
+    const auto place = [](cv::Point at) { return py::make_tuple(at.x, at.y); };
+    py::dict dict;
+    dict["pixels"] = figures.pixels;
+    dict["without"] = figures.without;
+    dict["low"] = figures.low;
+    dict["low_at"] = place(figures.lowAt);
+    dict["mean"] = figures.mean;
+    dict["high"] = figures.high;
+    dict["high_at"] = place(figures.highAt);
+    dict["deviation"] = figures.deviation;
+    dict["p5"] = figures.p5;
+    dict["p50"] = figures.p50;
+    dict["p95"] = figures.p95;
+    return dict;
+}
+
+struct Shapes
+{
+    Shapes(const camera::Scale& scale, const std::string& degrees)
+        : meter(camera::Thermometer(scale, camera::Degrees::parse(degrees)))
+    {}
+
+    std::string add(const std::string& kind, const std::string& text)
+    {
+        Shape shape = Shape::parse(kindOf(kind), text);
+        const std::lock_guard lock(mutex);
+        meter.add(std::move(shape));
+        return meter.entries().back().name;
+    }
+
+    py::dict measure(py::handle frame)
+    {
+        const cv::Mat image = countsView(frame);
+        std::vector<ShapeMeter::Entry> entries;
+        std::vector<ShapeMeter::Delta> deltas;
+        unlocked(mutex, [&] {
+            meter.measure(image);
+            entries = meter.entries();
+            deltas = meter.deltas();
+        });
+        py::dict dict;
+        for (const auto& entry : entries)
+            dict[py::str(entry.name)] = figuresOf(entry.figures);
+        for (const auto& delta : deltas)
+            dict[py::str(delta.name)] = delta.difference;
+        return dict;
+    }
+
+    std::mutex mutex;
+    ShapeMeter meter;
+};
+
+void addShapes(py::module_& module)
+{
+    py::class_<Shapes>(module, "ShapeMeter",
+                       "ShapeMeter(scale=Scale(), degrees=\"C\")\n\n"
+                       "Measures parts of frames, frame after frame of a stream. Numbers are in the degrees "
+                       "of the scale, C, K\n"
+                       "or F, and counts if it has none.")
+        .def(py::init<const camera::Scale&, const std::string&>(), py::arg("scale") = camera::Scale(),
+             py::arg("degrees") = "C")
+        .def("add", &Shapes::add, py::arg("kind"), py::arg("text") = "",
+             "add(kind, text=\"\") -> its name: spot1, spot2, box1\n\n"
+             "spot: \"X,Y\" or \"X,Y:R\"; box: \"X,Y,W,H\"; line: \"X1,Y1,X2,Y2\"; polygon: "
+             "\"X1,Y1,X2,Y2,X3,Y3,...\"; whole.\n"
+             "Error for any other text.")
+        .def(
+            "add_delta",
+            [](Shapes& self, const std::string& text) {
+                const std::lock_guard lock(self.mutex);
+                self.meter.addDelta(text);
+            },
+            py::arg("text"), "add_delta(text)\n\nThe mean of one shape less that of another: \"box1-box2\".")
+        .def("measure", &Shapes::measure, py::arg("frame"),
+             "measure(frame) -> dict of dicts by name: pixels, without (a temperature), low, low_at, mean, "
+             "high, high_at,\n"
+             "deviation, p5, p50, p95; a number for each delta\n\n"
+             "frame: uint16. Error if a shape leaves it.");
+}
+
+py::dict findings(Search& self)
+{
+    const camera::PixelFindings found = self.with([](auto& search) { return search.find(); });
+    py::dict dict;
+    dict["faults"] = copied(found.faults);
+    dict["deviations"] = copied(found.deviations);
+    dict["clusters"] = copied(found.clusters);
+    dict["frames"] = found.frames;
+    dict["map"] = copied(found.map());
+    dict["list"] = found.list();
+    dict["overshot"] = found.overshot();
+    return dict;
+}
+
+void addPixelSearch(py::module_& module)
+{
+    py::class_<Search>(
+        module, "PixelSearch",
+        "PixelSearch(shutter=None)\n\n"
+        "Looks for defective pixels in a recording of anything, in one pass and without a choice to make. "
+        "One\n"
+        "frame is enough for dead pixels, rows and columns, and those that stand out by far; from five "
+        "frames on\n"
+        "noise and response are judged too.\n\n"
+        "shutter: uint16, what the sensor shows of a closed shutter, for frames that were never corrected.")
+        .def(py::init([](py::handle shutter) {
+                 return std::make_unique<Search>(shutter.is_none()
+                                                     ? camera::Frame()
+                                                     : camera::Frame(countsView(shutter, "shutter").clone()));
+             }),
+             py::arg("shutter") = py::none())
+        .def("add", &Search::add, py::arg("frame"),
+             "add(frame)\n\nuint16. Error for fewer than 5 x 5 pixels and for a frame of another size.")
+        .def("find", &findings,
+             "find() -> dict of what the frames so far tell: faults (rows x cols int32, flags of reasons; 0 "
+             "is good),\n"
+             "deviations (float32, how far out), clusters (int32, how many defective pixels touch each "
+             "other), frames,\n"
+             "map (int32, flags of BadPixelTools), list (comma-separated values, a line for each), overshot "
+             "(the fault\n"
+             "that was found too often to be true, mostly empty). Error without frames.");
+    py::class_<Detection>(module, "PixelDetection",
+                          "PixelDetection(min_count=0, monotony=False, offset=0)\n\n"
+                          "Looks for bad pixels in a recording, frame by frame.\n\n"
+                          "min_count: of a populated bin of the histogram; 0 leaves this detector out.\n"
+                          "monotony: the recording is a series at rising temperature.\n"
+                          "offset: taken off every value: what is left makes the bins, 2 % of its mean.")
+        .def(py::init([](py::handle minCount, bool monotony, py::handle offset) {
+                 return std::make_unique<Detection>(
+                     static_cast<std::size_t>(inRange(minCount, "min_count", 0, 0x7fffffff)), monotony,
+                     inRange(offset, "offset", 0, 65535));
+             }),
+             py::arg("min_count") = 0, py::arg("monotony") = false, py::arg("offset") = 0)
+        .def("add", &Detection::add, py::arg("frame"),
+             "add(frame)\n\nuint16. Error for a frame of another size.")
+        .def(
+            "map", [](Detection& self) { return copied(self.with([](auto& meter) { return meter.map(); })); },
+            "map() -> rows x cols int32: 0 is a good pixel, other values are flags of the detectors");
+    module.def(
+        "pixel_list", [](py::handle map) { return camera::pixelList(view(map, "map", CV_32SC1)); },
+        py::arg("map"),
+        "pixel_list(map) -> a line of comma-separated values for each bad pixel: x, y, flags, reasons");
+    module.def(
+        "draw_bad_pixels",
+        [](py::handle frame, py::handle map) {
+            const cv::Mat image = countsView(frame), pixels = view(map, "map", CV_32SC1);
+            if (image.size() != pixels.size())
+                throw py::value_error("map: not as large as the frame");
+            cv::Mat picture;
+            unlocked([&] { picture = camera::drawBadPixels(image, pixels); });
+            return copied(picture, pictureClass());
+        },
+        py::arg("frame"), py::arg("map"),
+        "draw_bad_pixels(frame, map) -> Picture\n\nThe frame, enlarged, with its bad pixels in the colours "
+        "of their reasons.");
+}
+
+void addDrawing(py::module_& module)
+{
+    module.def(
+        "undistort",
+        [](py::handle frame, py::handle map) {
+            const cv::Mat image = countsView(frame);
+            const vision::DistortionCorrection correction(pixelCorrInfo(map, "map"));
+            camera::Frame straight;
+            unlocked([&] { straight = camera::undistorted(image, correction); });
+            return copied(straight);
+        },
+        py::arg("frame"), py::arg("map"),
+        "undistort(frame, map) -> rows x cols uint16\n\n"
+        "Applies a distortion map, records of PIXEL_CORR_INFO, to a frame of its size. Error for one of "
+        "another size.");
+    module.def(
+        "enlarge",
+        [](py::handle picture, py::handle scale) {
+            const cv::Mat image = view(picture, "picture", CV_8UC3);
+            const int times = inRange(scale, "scale", 1, 16);
+            cv::Mat large;
+            unlocked([&] { large = camera::enlarged(image, times); });
+            return copied(large, pictureClass());
+        },
+        py::arg("picture"), py::arg("scale"),
+        "enlarge(picture, scale) -> Picture; every pixel becomes a square");
+    module.def(
+        "contact_sheet",
+        [](const std::vector<std::pair<std::string, py::object>>& pictures, const std::string& title,
+           py::handle columns) {
+            camera::ContactSheet sheet(title, inRange(columns, "columns", 1, 1000));
+            for (const auto& [name, picture] : pictures)
+                sheet.add(name, view(picture, "picture", CV_8UC3).clone());
+            return copied(sheet.draw(), pictureClass());
+        },
+        py::arg("pictures"), py::arg("title") = "", py::arg("columns") = 3,
+        "contact_sheet(pictures, title=\"\", columns=3) -> Picture\n\n"
+        "One picture that shows many, (title, rows x cols x 3 uint8) each, in cells as large as the "
+        "largest.");
+}
+
+} // namespace
+
+void addMeasures(py::module_& module)
+{
+    addMeters(module);
+    addShapes(module);
+    addPixelSearch(module);
+    addDrawing(module);
+}
+
+} // namespace velmo::python
