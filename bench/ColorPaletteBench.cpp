@@ -78,7 +78,7 @@ struct Rebuild
 
     void ours() { converter.resizeLookupTable(0, max(), next()); }
     void oursAgain() { converter.resizeLookupTable(0, max(), palettes[turn]); }
-    void plain() { fillTable.plain(table.data(), stretch.plain(next(), span, true).data(), 0, max()); }
+    void plain() { fillTable.plain(table.data(), stretch.plain(next(), span, true, {}).data(), 0, max()); }
     void resized()
     {
         Palette& palette = next();
@@ -110,7 +110,7 @@ Job stretching(cv::Size size)
 {
     const auto entries = static_cast<std::size_t>(size.width);
     return Job(4 * entries, entries, "entry").loop(stretch, [=, palette = points(80)](auto& form) {
-        benchmark::DoNotOptimize(form(palette, size.width, true));
+        benchmark::DoNotOptimize(form(palette, size.width, true, {}));
     });
 }
 
@@ -118,9 +118,8 @@ Job filling(cv::Size /*table*/)
 {
     const auto table = std::make_shared<std::vector<unsigned int>>(tableEntries);
     Job job(2 * 4 * tableEntries, tableEntries, "entry");
-    return job.loop(fillTable, [=, stretched = stretch(points(80), highest - lowest + 1, true)](auto& form) {
-        form(table->data(), stretched.data(), lowest, highest);
-    });
+    return job.loop(fillTable, [=, stretched = stretch(points(80), highest - lowest + 1, true, {})](
+                                   auto& form) { form(table->data(), stretched.data(), lowest, highest); });
 }
 
 const Registration scenes("palettise", palettise);

@@ -60,7 +60,7 @@ struct Rebuild
     void plain()
     {
         const Air around = air();
-        const std::vector<unsigned int> stretched = stretch.plain(palette, humiditySteps, true);
+        const std::vector<unsigned int> stretched = stretch.plain(palette, humiditySteps, true, {});
         std::vector<float> moisture;
         moisture.reserve(tableEntries);
         for (int v = 0; v < tableEntries; ++v)
@@ -110,9 +110,10 @@ Job filling(cv::Size /*table*/)
     for (std::size_t v = 0; v < moisture.size(); ++v)
         moisture[v] = static_cast<float>(v) * (100.0f / 65535);
     Job job(2 * 4 * tableEntries, tableEntries, "entry");
-    return job.loop(fillTableHumid, [=, stretched = stretch(greenToRed, humiditySteps, true)](auto& form) {
-        form(table->data(), stretched.data(), moisture.data());
-    });
+    return job.loop(fillTableHumid,
+                    [=, stretched = stretch(greenToRed, humiditySteps, true, {})](auto& form) {
+                        form(table->data(), stretched.data(), moisture.data());
+                    });
 }
 
 /// Humidity at as many surfaces as there are frame values.

@@ -49,7 +49,9 @@ std::vector<KernelCase> paletteKernels()
                                         ? random.pick({1, 2, points, points + 1, 2 * points, random(1, 2000)})
                                         : random.pick({4096, 16384, 65535, 65536});
                    return [=, palette = random.values<unsigned char>(3 * static_cast<std::size_t>(points)),
-                           bgr = random.oneIn(2)](auto& form) { return Left() << form(palette, span, bgr); };
+                           bgr = random.oneIn(2)](auto& form) {
+                       return Left() << form(palette, span, bgr, {7, 7, 7}); // in used memory
+                   };
                }),
         kernel(fillTable, 50,
                [](Random& random, int) {

@@ -118,10 +118,9 @@ const unsigned int* ColorPaletteConverter::stretched(int span, const std::vector
     const bool bSame = !m_aStretched.empty() && span == static_cast<int>(m_aStretched.size()) &&
                        palette == m_aStretchedPalette;
     if (!bSame) {
-        std::vector<unsigned int> entries = stretchPalette(palette, span, m_bBgr);
-        m_aStretched.clear(); // none, should the copy of the palette find no memory
+        std::vector<unsigned int> memory = std::exchange(m_aStretched, {}); // there is none, should this fail
         m_aStretchedPalette = palette;
-        m_aStretched = std::move(entries);
+        m_aStretched = stretchPalette(palette, span, m_bBgr, std::move(memory));
     }
     return m_aStretched.data();
 }

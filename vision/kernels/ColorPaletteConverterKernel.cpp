@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace velmo::vision {
 namespace {
@@ -122,11 +123,12 @@ VELMO_CLONES void stepsOf(const float* __restrict moisture, int* __restrict step
         steps[n] = humidityStep(moisture[n]);
 }
 
-std::vector<unsigned int> stretchByRuns(const std::vector<unsigned char>& palette, int span, bool bgr)
+Entries stretchByRuns(const std::vector<unsigned char>& palette, int span, bool bgr, Entries memory)
 {
     const int points = static_cast<int>(palette.size() / 3);
     const double scale = 1.0 / (static_cast<double>(span) / points);
-    std::vector<unsigned int> entries(static_cast<std::size_t>(span));
+    Entries entries = std::move(memory);
+    entries.resize(static_cast<std::size_t>(span));
     Places places;
     for (int first = 0; first < span; first += Places::block) {
         const int count = std::min(span - first, Places::block);
@@ -181,7 +183,7 @@ bool ownStretchIsExact()
         palette.push_back(static_cast<unsigned char>(state >> 24));
     }
     const auto agrees = [&palette](int span) {
-        return stretch.fast(palette, span, true) == stretch.plain(palette, span, true);
+        return stretch.fast(palette, span, true, {}) == stretch.plain(palette, span, true, {});
     };
     const int spans[] = {1, 2, 17, 60, 61, 62, 250, 1001};
     if (!std::all_of(std::begin(spans), std::end(spans), agrees))
@@ -190,12 +192,12 @@ bool ownStretchIsExact()
     return agrees(7);
 }
 
-std::vector<unsigned int> stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr)
+Entries stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr, Entries memory)
 {
     static const bool bOwn = ownStretchIsExact();
     const bool bInside = !palette.empty() && palette.size() % 3 == 0 &&
                          palette.size() <= 3 * pointsStretchedOwn && span >= 1 && span <= tableEntries;
-    return (bOwn && bInside ? stretch.fast : stretch.plain)(palette, span, bgr);
+    return (bOwn && bInside ? stretch.fast : stretch.plain)(palette, span, bgr, std::move(memory));
 }
 
 } // namespace velmo::vision

@@ -34,9 +34,10 @@ extern const exp::Forms<Palettize> palettize;
 
 /// A palette stretched to `span` entries in output order, bilinear. The definition is cv::resize; the fast
 /// form follows its fixed-point arithmetic, for 1..pointsStretchedOwn whole points and spans of 1..65536
-/// only.
+/// only. `memory` is used again for the entries.
 /// @throws cv::Exception  for a palette that is empty or no multiple of 3 bytes long, and for span < 1
-using Stretch = std::vector<unsigned int>(const std::vector<unsigned char>& palette, int span, bool bgr);
+using Entries = std::vector<unsigned int>;
+using Stretch = Entries(const std::vector<unsigned char>& palette, int span, bool bgr, Entries memory);
 Stretch stretchByResize;
 extern const exp::Forms<Stretch> stretch;
 constexpr std::size_t pointsStretchedOwn = 4096;
@@ -47,7 +48,7 @@ bool ownStretchIsExact();
 
 /// The fast form if it may be used: another version or build of cv::resize may round differently, so the two
 /// are compared once in each process.
-std::vector<unsigned int> stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr);
+Entries stretchPalette(const std::vector<unsigned char>& palette, int span, bool bgr, Entries memory = {});
 
 /// Fills the table from a palette stretched to max - min + 1 entries: the coldest colour below min, that of
 /// max - 1 from max on.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
 namespace velmo::vision {
 
@@ -18,13 +19,14 @@ void palettizePlain(const unsigned short* in, unsigned char* out, std::size_t co
     }
 }
 
-std::vector<unsigned int> stretchByResize(const std::vector<unsigned char>& palette, int span, bool bgr)
+Entries stretchByResize(const std::vector<unsigned char>& palette, int span, bool bgr, Entries memory)
 {
     const auto size = static_cast<int>(std::min<std::size_t>(palette.size(), INT_MAX));
     const cv::Mat bytes(1, size, CV_8UC1, const_cast<unsigned char*>(palette.data()));
     cv::Mat row;
     cv::resize(bytes.reshape(3), row, cv::Size(span, 1), 0, 0, cv::INTER_LINEAR);
-    std::vector<unsigned int> entries;
+    Entries entries = std::move(memory);
+    entries.clear();
     entries.reserve(static_cast<std::size_t>(span));
     for (const auto& e : cv::Mat_<cv::Vec3b>(row))
         entries.push_back(bgr ? packEntry(e[2], e[1], e[0], 0) : packEntry(e[0], e[1], e[2], 0));

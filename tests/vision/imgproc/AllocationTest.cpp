@@ -21,4 +21,12 @@ TEST(Allocations, DoNotHappenPerFrame)
         random.fill(in, cv::RNG::UNIFORM, 0, 101);
         EXPECT_EQ(allocationsOf([&] { filter->process(in, out); }), 0) << kind.name;
     }
+
+    // The range of colours follows the scene.
+    velmo::vision::ColorPaletteConverter converter(true);
+    const cv::Mat_<unsigned short> frame(180, 240, 8000);
+    cv::Mat_<cv::Vec3b> picture;
+    std::vector<unsigned char> palette{0, 0, 0, 255, 0, 0, 255, 255, 255};
+    unsigned short min = 7000;
+    EXPECT_EQ(allocationsOf([&] { converter.palletize(frame, picture, ++min, 9000, true, palette); }), 0);
 }
