@@ -86,5 +86,7 @@ TEST(DewPoint, FindsTheDewPoint)
     EXPECT_NEAR(DewPoint::calcDewPoint(Air(20.0f), Percent(50.0f)), 9.27f, 0.02f);
     EXPECT_NEAR(DewPoint::calcDewPoint(Air(25.0f), Percent(60.0f)), 16.7f, 0.05f);
     EXPECT_NEAR(DewPoint::calcDewPoint(Air(-12.5f), Percent(100.0f)), -12.5f, 1e-4f);
+    // Dry air, and air beyond the pole of the form.
     EXPECT_EQ(DewPoint::calcDewPoint(Air(20.0f), Percent(0.0f)), -243.12f);
+    EXPECT_EQ(DewPoint::calcDewPoint(Air(-250.0f), Percent(50.0f)), -243.12f);
 }

@@ -95,9 +95,15 @@ KernelCase temporal(const velmo::exp::Forms<typename TemporalForms<T>::Filter>& 
         for (int k = 0; k < 1024; ++k)
             lut[k] = lut[-k] =
                 static_cast<unsigned short>(bCurve ? 32768 * 14 / std::max(k, 14) : random(0, 65535));
+        const std::vector<T> frame = random.values<T>(count, low, low + height);
+        std::vector<T> state = random.values<T>(count, low, low + height);
+        if (random.oneIn(4)) { // where the ranges of what is looked up end
+            const int step = random.pick({15, 16, 31, 32, 63, 64}) * random.pick({1, -1});
+            for (std::size_t n = 0; n < count; ++n)
+                state[n] = cv::saturate_cast<T>(frame[n] + (random.oneIn(2) ? step : 0));
+        }
         Feedback feedback{nullptr, bMax ? 16 : gain, bMax ? 2048 : factor};
-        return [=, frame = random.values<T>(count, low, low + height),
-                state = random.values<T>(count, low, low + height)](auto& form) {
+        return [=](auto& form) {
             Feedback own = feedback;
             own.lut = weights.data() + differenceTableCentre;
             const std::vector<unsigned short> pulls = bMax ? pullsMaxParam(own) : pullsAnyParam(own);

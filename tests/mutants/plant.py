@@ -27,7 +27,7 @@ WITHOUT_FAULT = []  # tests that fail without one say nothing about others
 # Which programs of tests a fault below a folder is shown to; ninja builds what the fault changes.
 PROGRAMS = {
     "core": ["imgproc_tests", "kernel_tests"],
-    "vision": ["imgproc_tests", "kernel_tests", "allocation_tests"],
+    "vision": ["imgproc_tests", "kernel_tests", "allocation_tests", "platform_tests"],
     "camera": ["camera_tests", "allocation_tests"],
     "recordings": ["recordings/recordings_tests"],
     "apps": ["apps/thermal_tests"],

@@ -147,6 +147,7 @@ TEST_F(PxM, TakesCommentsAndWhiteSpaceWhereverTheFormatAllowsThem)
           "P2 2 1 255\n65# in the raster\n66", "P5\t\r\n\v\f 002\n\n1 255\tAB",
           "P2\n2 1 255\n\n065\r\n\t0066"})
         EXPECT_EQ(decoded(bytes), (Samples{'A', 'B'})) << bytes;
+    EXPECT_EQ(decoded("P2 2 1 9 1 2"), (Samples{1, 2}));       // no more bytes than that
     EXPECT_EQ(decoded("P5 2 1 255\n#B"), (Samples{'#', 'B'})); // a sample, no comment
     EXPECT_EQ(decoded("P5 2 1 255\n\nB"), (Samples{'\n', 'B'}));
     EXPECT_EQ(decoded("P6 1 1 256 \1\0\0\1\0\xff"s), (Samples{256, 1, 255}));

@@ -1,6 +1,7 @@
 #include "core/datatypes/Variant.h"
 
 #include "core/datatypes/DataStorage.h"
+#include "core/memory/MemoryAcsii.h"
 #include "tests/Support.h"
 
 #include <gmock/gmock.h>
@@ -126,6 +127,8 @@ TEST(Variant, ReadsTextOfEveryTypeAndWritesTheShortestThatReadsTheSame)
     EXPECT_EQ(Variant::fromString("float", "0.1")->value<float>(), 0.1f);
     EXPECT_EQ(Variant::fromString("int8", "-128")->value<std::int8_t>(), -128);
     EXPECT_EQ(Variant::fromString("uint8[]", "#0a0B0C 7")->value<Bytes>(), (Bytes{10, 11, 12, 7}));
+    Bytes none;
+    EXPECT_FALSE(MemoryAcsii::parse(std::string_view("#123456", 6), none)); // not beyond the text
 }
 
 TEST(Variant, RefusesTextThatIsNotWhollyAValue)

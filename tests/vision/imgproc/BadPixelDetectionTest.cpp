@@ -49,6 +49,7 @@ TEST(BadPixelHistogram, AcceptsOneBinMoreAboveThanBelow)
     map(0, 1) = 2;
     EXPECT_EQ(Tools::detectBadPixelHistogram(row(100, values, 50), map, 2), 3U);
     EXPECT_TRUE(same(map.colRange(0, 7), (Map(1, 7) << 2, 2 | 64, 64, 0, 0, 64, 0)));
+    EXPECT_EQ(Tools::detectBadPixelHistogram(row(100, values, 50), map = 0, 1), 0U); // one is enough
 
     // A negative mean turns the order of the values round, not that of the bins: -x falls where x fell.
     EXPECT_EQ(Tools::detectBadPixelHistogram(-row(100, values, 50), map = 0, 2), 3U);

@@ -148,6 +148,8 @@ TEST(BadPixelReplacement, BorrowsForASideWithoutAGoodPixel)
     const cv::Size three(3, 3);
     EXPECT_EQ(replaced(badAt(three, {{0, 0}}), 1), (Records{{{0, 0}, {{1, 0}, {0, 1}, {1, 0}, {0, 1}}}}));
     EXPECT_EQ(replaced(badAt(three, {{2, 2}}), 1), (Records{{{2, 2}, {{2, 1}, {1, 2}, {2, 1}, {1, 2}}}}));
+    EXPECT_EQ(replaced(badAt(three, {{2, 0}}), 1), (Records{{{2, 0}, {{1, 0}, {2, 1}, {1, 0}, {1, 0}}}}));
+    EXPECT_EQ(replaced(badAt(three, {{0, 2}}), 1), (Records{{{0, 2}, {{1, 2}, {1, 2}, {0, 1}, {1, 2}}}}));
     EXPECT_EQ(
         replaced(badAt(three, {{0, 1}, {1, 1}}), 1),
         (Records{{{0, 1}, {{0, 0}, {0, 2}, {0, 0}, {0, 2}}}, {{1, 1}, {{2, 1}, {1, 2}, {1, 0}, {1, 2}}}}));

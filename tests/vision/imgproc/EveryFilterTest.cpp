@@ -130,6 +130,7 @@ TEST_P(EveryFilter, IsAsNewAfterAMoveAndItsHeirGoesOn)
 
     const auto heir = original->moved();
     EXPECT_TRUE(same(result(*original, frames[1]), first));
+    EXPECT_TRUE(same(result(*original, frames[0]), result(*fresh, frames[0])));
     const auto second = kind.make();
     result(*second, frames[1]);
     second->take(*heir);

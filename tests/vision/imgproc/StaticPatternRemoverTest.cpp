@@ -62,6 +62,9 @@ TEST(StaticPatternRemover, LearnsAsTheStepsSay)
     // if 7 - 1 - 0 = 6 <= 5, which it is not: Q = -24, four up: -20.
     EXPECT_EQ(pixels(0, 3), -15);
     EXPECT_EQ(columns(0, 3), -20);
+    // About 7/64 of an offset: (32 - 0) / 8 and (-32 + 8) / 8.
+    EXPECT_EQ(patternCounts(32), 4);
+    EXPECT_EQ(patternCounts(-32), -3);
     // The leftmost sees the middle in its line only: deviation 7 there, 0 in its block, not less than 7
     // apart, so that the block decides for both.
     EXPECT_EQ(pixels(0, 0), 0);

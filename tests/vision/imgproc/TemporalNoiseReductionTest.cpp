@@ -67,6 +67,8 @@ TEST(TemporalNoiseReduction, HoldsNoisePullsStepsAndLetsJumpsPass)
     // Exactly half a count: 16384 x 1 of 32768, and one less.
     EXPECT_EQ(stream<Filter>(0, 1024, {1001, 1000}), (Values{1001, 1001}));
     EXPECT_EQ(stream<Filter>(0, 1023, {1001, 1000}), (Values{1001, 1000}));
+    // A weight halfway between two: 7708 x 256 / 2048 = 963.5 pulls by 2, 963 would pull by 1.
+    EXPECT_EQ(stream<Filter>(16, 256, {1000, 949}), (Values{1000, 951}));
     // Without gain a fixed average, without factor off.
     EXPECT_EQ(stream<Filter>(0, 1024, {1000, 3000, 3000}), (Values{1000, 2000, 2500}));
     EXPECT_EQ(stream<Filter>(0, 2048, {1000, 3000, 65535}), (Values{1000, 1000, 1000}));
@@ -153,6 +155,8 @@ TEST(TemporalNoiseReductionRef, HoldsNoiseAndLetsWhatIsBeyondTheTablePass)
     EXPECT_EQ(stream<Reference>(200, 2048, {0, 82, 65535, 0}), (Values{0, 82, 65535, 0}));
     EXPECT_EQ(stream<TemporalNoiseReductionRef<short>>(255, 2048, {-32768, 32767, -32768}),
               (Values{-32768, 32767, -32768}));
+    // 16368 / 16 = 1023, the last entry with a weight, 3: it pulls by 1.5.
+    EXPECT_EQ(stream<Reference>(1, 2048, {0, 16368}), (Values{0, 16367}));
     // 232 / 16 is 14.5: half a step away from zero to 15, which has 96 percent.
     EXPECT_EQ(stream<Reference>(1, 2048, {1000, 1232}), (Values{1000, 1009}));
 }
@@ -162,6 +166,9 @@ TEST(TemporalNoiseReductionRef, StaysDefinedWhenTheRecurrenceGrowsWithoutBound)
     Values inputs(40, 10000); // 32 times the difference, and again
     inputs[0] = 65535;
     const Values results = stream<Reference>(0, 65535, inputs);
+    // 16 times the difference: 898560, 14226960, 227481360, of which the output has the low 16 bits.
+    EXPECT_EQ(stream<Reference>(0, 32768, {65535, 10000, 10000, 10000, 10000}),
+              (Values{65535, 46592, 5648, 5904, 0}));
     // From 32 bits on the output is 0, also where the state is infinite or not a number.
     EXPECT_EQ((Values(results.end() - 30, results.end())), Values(30, 0));
 }
