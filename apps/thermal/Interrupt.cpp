@@ -27,13 +27,22 @@ void waitForInterrupt(const sigset_t& signals)
     _exit(s32ExitCode);
 }
 
+/// Whether a terminal that goes is to be passed over, as nohup asks for.
+bool staysWithoutTerminal()
+{
+    struct sigaction action = {};
+    return sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
 void endOnInterrupts()
 {
     sigset_t signals = {};
-    for (const int each : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&signals, each);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    if (!staysWithoutTerminal())
+        sigaddset(&signals, SIGHUP);
     // Blocked here and in all threads to come, they reach the one that waits for them.
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread(waitForInterrupt, signals).detach();

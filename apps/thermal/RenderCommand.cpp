@@ -6,7 +6,7 @@
 
 #include <CLI/App.hpp>
 
-#include <cstdio>
+#include <iostream>
 #include <memory>
 #include <vector>
 
@@ -76,8 +76,8 @@ void render(const RenderOptions& options)
     outputs.commit();
     const Degrees degrees = camera.thermometer().degrees();
     if (const auto& air = camera.colouring().air())
-        std::printf("dew point of the air: %s\n",
-                    camera.thermometer().text(degrees.fromCelsius(double{air->dewPoint()})).c_str());
+        std::cout << "dew point of the air: "
+                  << camera.thermometer().text(degrees.fromCelsius(double{air->dewPoint()})) << '\n';
 }
 
 } // namespace

@@ -4,81 +4,41 @@
 #include "camera/drawing/MarkColour.h"
 #include "camera/drawing/Text.h"
 
+#include "core/Exception.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <cstdint>
-#include <map>
+#include <cmath>
 #include <string>
 
 namespace velmo::camera {
 namespace {
 
-using exp::vision::ConnectedComponent;
-
-constexpr double tint = 0.35; ///< how much of a blob's colour covers its pixels
-
-/// The colour that a drawing begins with from this state of the generator.
-cv::Vec3b colourFrom(std::uint64_t state)
+void tint(Picture& picture, const Blob& blob, const cv::Vec3b& colour)
 {
-    cv::RNG random(state);
-    cv::Vec3b colour;
-    for (int channel = 0; channel < 3; ++channel)
-        colour[channel] = static_cast<unsigned char>(random.next());
-    return colour;
+    constexpr double dShare = 0.35; // how much of the blob's colour covers its pixels
+    for (const cv::Point& point : blob.component.getPoints())
+        picture(point) = colour * dShare + picture(point) * (1 - dShare);
 }
 
-/// A state from which a drawing begins with about the wanted colour.
-std::uint64_t stateFor(unsigned label)
+void drawOutline(Picture& picture, const Blob& blob, const cv::Scalar& colour)
 {
-    constexpr int close = 48;
-    const cv::Vec3b wanted = markColour(label);
-    std::uint64_t state = label + 1;
-    // One of some fifty does.
-    while (cv::norm(colourFrom(state), wanted, cv::NORM_INF) > close)
-        state += 0x9E3779B97F4A7C15;
-    return state;
+    cv::polylines(picture, std::vector<std::vector<cv::Point>>{blob.component.getConvexHull()}, true, colour);
 }
 
-/// Leaves OpenCV's generator as it was.
-class GeneratorKept
+/// The axes of the ellipse that spreads as far as the blob.
+void drawAxes(Picture& picture, const Blob& blob, const cv::Scalar& colour)
 {
-public:
-    GeneratorKept() : m_oKept(cv::theRNG()) {}
-    ~GeneratorKept() { cv::theRNG() = m_oKept; }
-    GeneratorKept(const GeneratorKept&) = delete;
-    GeneratorKept& operator=(const GeneratorKept&) = delete;
-
-private:
-    cv::RNG m_oKept;
-};
-
-/// One of the drawing operations for one blob, in the colour of its label.
-template <class Draw>
-void drawInItsColour(const ConnectedComponent& component, Draw draw)
-{
-    cv::theRNG().state = stateFor(component.getLabel());
-    draw(std::map<int, ConnectedComponent>{{1, component}});
-}
-
-Picture tinted(const Picture& picture, const std::vector<Blob>& blobs)
-{
-    Picture covered = picture.clone();
-    for (const Blob& blob : blobs)
-        drawInItsColour(blob.component, [&](const auto& one) {
-            ConnectedComponent::drawComponents(covered, one, false, 0, false);
-        });
-    cv::addWeighted(covered, tint, picture, 1 - tint, 0, covered);
-    return covered;
-}
-
-void drawLines(Picture& picture, const ConnectedComponent& component)
-{
-    drawInItsColour(component,
-                    [&](const auto& one) { ConnectedComponent::drawComponentHulls(picture, one, false); });
-    drawInItsColour(component, [&](const auto& one) {
-        ConnectedComponent::drawPrincipalComponents(picture, one, false);
-    });
+    if (std::isnan(blob.angle))
+        return;
+    const double angle = blob.angle * CV_PI / 180; // above the horizontal; rows count down
+    const auto draw = [&](double reachX, double reachY) {
+        const cv::Point2d reach(reachX, reachY);
+        cv::line(picture, cv::Point(blob.centre - reach), cv::Point(blob.centre + reach), colour);
+    };
+    draw(blob.length / 2 * std::cos(angle), -blob.length / 2 * std::sin(angle));
+    draw(blob.width / 2 * std::sin(angle), blob.width / 2 * std::cos(angle));
 }
 
 void drawPath(Picture& picture, const std::vector<cv::Point2d>& path, int scale, const cv::Scalar& colour)
@@ -107,15 +67,22 @@ void drawLabel(Picture& picture, const Blob& blob, int scale, const cv::Scalar& 
 Picture withBlobs(const Picture& picture, const std::vector<Blob>& blobs, const BlobTracker& tracker,
                   int scale)
 {
-    const GeneratorKept kept;
-    Picture drawn = tinted(picture, blobs);
-    for (const Blob& blob : blobs)
-        drawLines(drawn, blob.component);
+    Picture drawn = picture.clone();
+    const auto colourOf = [](const Blob& blob) { return markColour(blob.component.getLabel()); };
+    for (const Blob& blob : blobs) {
+        const cv::Rect box = blob.component.getBoundingBox();
+        if ((box & cv::Rect({}, picture.size())) != box)
+            VELMO_THROW("blob " + std::to_string(blob.component.getLabel()) + " reaches beyond the picture");
+        tint(drawn, blob, colourOf(blob));
+    }
+    for (const Blob& blob : blobs) {
+        drawOutline(drawn, blob, colourOf(blob));
+        drawAxes(drawn, blob, colourOf(blob));
+    }
     drawn = enlarged(drawn, scale);
     for (const Blob& blob : blobs) {
-        const cv::Scalar colour = colourFrom(stateFor(blob.component.getLabel()));
-        drawPath(drawn, tracker.path(blob.component.getLabel()), scale, colour);
-        drawLabel(drawn, blob, scale, colour);
+        drawPath(drawn, tracker.path(blob.component.getLabel()), scale, colourOf(blob));
+        drawLabel(drawn, blob, scale, colourOf(blob));
     }
     return drawn;
 }

@@ -3,6 +3,7 @@
 #include "camera/Picture.h"
 #include "camera/measures/BlobTracker.h"
 
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <vector>
@@ -13,6 +14,7 @@ namespace velmo::camera {
 /// the centre. A label has the same colour in every picture.
 ///
 /// @param scale  the picture becomes so many times as large as the frame
+/// @throws Exception  for a blob that reaches beyond the picture
 VELMO_API Picture withBlobs(const Picture& picture, const std::vector<Blob>& blobs,
                             const BlobTracker& tracker, int scale);
 

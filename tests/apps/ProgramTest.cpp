@@ -1,205 +1,197 @@
-#include "tests/TemporaryFolder.h"
-#include "tests/apps/ProgramRun.h"
+#include "tests/apps/ProgramFixture.h"
 
-#include "camera/Frame.h"
-
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/videoio.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
 
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-/// Frames of a warm square that moves over a gradient.
-void writeFrames(const std::filesystem::path& folder, int count, cv::Size size = {64, 48})
-{
-    std::filesystem::create_directories(folder);
-    for (int i = 0; i < count; ++i) {
-        velmo::camera::Frame frame(size);
-        for (int r = 0; r < frame.rows; ++r)
-            for (int c = 0; c < frame.cols; ++c)
-                frame(r, c) = static_cast<unsigned short>(29000 + 4 * r + c);
-        frame(cv::Rect(5 + i, 10, 8, 8)) = 30500;
-        cv::imwrite(folder / ("run_" + std::to_string(i) + ".png"), frame);
-    }
-}
-
-class Program : public testing::Test
+class Program : public ProgramFixture
 {
 protected:
-    /// Every refusal looks like this: code 2, one line that names what is wrong, nothing left behind.
-    void expectRefusal(const std::string& arguments, const std::string& named)
+    /// Frames of a warm square that moves over a gradient.
+    void writeFrames(int count) const
     {
-        const ProgramRun run = callProgram(arguments, folder.path());
-        EXPECT_EQ(run.code, 2) << arguments;
-        EXPECT_THAT(run.errors, HasSubstr(named)) << arguments;
-        EXPECT_THAT(run.errors, MatchesRegex("thermal: [^\n]+\n")) << arguments;
-        EXPECT_EQ(run.output, "") << arguments;
+        for (int i = 0; i < count; ++i) {
+            Frame frame(48, 64);
+            for (int r = 0; r < frame.rows; ++r)
+                for (int c = 0; c < frame.cols; ++c)
+                    frame(r, c) = static_cast<unsigned short>(29000 + 4 * r + c);
+            frame(cv::Rect(5 + i, 10, 8, 8)) = 30500;
+            write("run/run_" + std::to_string(i) + ".png", frame);
+        }
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(Program, TellsItsVersionAndHelp)
 {
-    EXPECT_THAT(runProgram("--version", folder.path()).output, MatchesRegex("thermal [0-9.]+\n"));
-    const ProgramRun help = runProgram("render --help", folder.path());
+    EXPECT_THAT(shell("--version").output, MatchesRegex("thermal [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    const ProgramRun help = shell("render --help");
     EXPECT_EQ(help.code, 0);
     EXPECT_THAT(help.output, HasSubstr("--range"));
 }
 
-TEST_F(Program, EndsARefusedRunWithCode2)
-{
-    std::ofstream(folder.path() / "broken.png", std::ios::binary) << "\x89PNG\r\n\x1a\n broken";
-    const ProgramRun run = runProgram("render broken.png --out o.png", folder.path());
-    EXPECT_EQ(run.code, 2);
-    EXPECT_THAT(run.errors,
-                MatchesRegex("thermal: broken.png: [^\n]+\n")); // nor do the picture libraries speak
-    EXPECT_EQ(run.output, "");
-}
-
 TEST_F(Program, RefusesBadArgumentsInOneLine)
 {
-    writeFrames(folder.path() / "run", 2);
-    expectRefusal("", "command");
-    expectRefusal("paint", "paint");
-    expectRefusal("render run", "--out");
-    expectRefusal("render run --out o --colour", "--colour");
-    expectRefusal("render run --out o --range 5", "'5'");
-    expectRefusal("render run --out o --range 300:200", "less than two values");
-    expectRefusal("render run --out o --range -5:200", "0 to 65535");
-    expectRefusal("render run --out o --unit celcius", "celcius");
-    expectRefusal("render run --out o --unit centikelvin --range -300:20", "-273.15");
-    expectRefusal("render run --out o --range p1:200", "'200'");
-    expectRefusal("render run --out o --range p99:p1", "not above");
-    expectRefusal("render run --out o --temporal 17:2048", "0 to 16");
-    expectRefusal("render run --out o --temporal 16:2049", "0 to 2048");
-    expectRefusal("render run --out o --temporal 16", "GAIN:FACTOR");
-    expectRefusal("render run --out o --scale 0", "--scale");
-    expectRefusal("render run --out o --palette Pink", "Rainbow");
-    expectRefusal("render run --out o --palette-file none.xml", "none.xml");
-    expectRefusal("render run --out o --region 5:4:FFFFFF", "5:4:FFFFFF");
-    expectRefusal("render run --out o --pattern 101:0:0", "0 to 100");
-    expectRefusal("render run --out o --spatial 32", "0 to 31");
-    expectRefusal("render run --out o --downsize 160x120", "64x48");
-    expectRefusal("noise run --spatial 3", "--compare");
-    expectRefusal("noise run --skip 2", "--skip");
-    expectRefusal("noise run --json --csv", "--csv");
-    expectRefusal("palettes --out sheet", "sheet");
-    expectRefusal("render run --out o.png", "o.png");
-    expectRefusal("render run --out o.jpg", "o.jpg");
-    expectRefusal("render run --out missing/o.avi", "missing");
-    EXPECT_THAT(folder.entries(), testing::ElementsAre("run"));
+    writeFrames(2);
+    expectRefusals({{"", "command"},
+                    {"paint", "paint"},
+                    {"render run", "--out"},
+                    {"render run --out o --colour", "--colour"},
+                    {"render run --out o --range 5", "'5'"},
+                    {"render run --out o --range 300:200", "less than two values"},
+                    {"render run --out o --unit celcius", "celcius"},
+                    {"render run --out o --unit centikelvin --range -300:20", "-273.15"},
+                    {"render run --out o --temporal 17:2048", "0 to 16"},
+                    {"render run --out o --scale 0", "--scale"},
+                    {"render run --out o --palette Pink", "Rainbow"},
+                    {"render run --out o --palette-file none.xml", "none.xml"},
+                    {"render run --out o --region 5:4:FFFFFF", "5:4:FFFFFF"},
+                    {"render run --out o --downsize 160x120", "64x48"},
+                    {"render run --out o --settings none.ini", "none.ini"},
+                    {"render run --out o.png", "o.png"},
+                    {"render run --out o.jpg", "o.jpg"},
+                    {"render run --out missing/o.avi", "missing"},
+                    {"noise run --spatial 3", "--compare"},
+                    {"noise run --skip 2", "--skip"},
+                    {"noise run --compare --skip 2", "--skip"},
+                    {"noise run --json --csv", "--csv"},
+                    {"palettes --out sheet", "sheet"},
+                    {"palettes export Nowhere --out no.xml", "Nowhere"}});
 }
 
 TEST_F(Program, RefusesBadFilesInOneLineAndLeavesNothing)
 {
-    writeFrames(folder.path() / "run", 3);
-    std::ofstream(folder.path() / "run/run_1.png", std::ios::binary) << "no picture";
-    expectRefusal("render run --out o", "run_1.png");
-    expectRefusal("render run --out o.avi", "run_1.png");
-    std::filesystem::remove(folder.path() / "run/run_1.png");
-    std::filesystem::resize_file(folder.path() / "run/run_0.png", 300);
-    expectRefusal("render run --out o", "run_0.png");
-
-    std::ofstream(folder.path() / "short.pgm", std::ios::binary) << "P5 64 48 65535\nshort";
-    expectRefusal("render short.pgm --out o", "short.pgm");
-    cv::imwrite(folder.path() / "colour.png", cv::Mat(4, 4, CV_8UC3, cv::Scalar(7)));
-    expectRefusal("render colour.png --out o.png", "16-bit");
-    std::ofstream(folder.path() / "odd.raw", std::ios::binary) << "12345";
-    expectRefusal("render odd.raw --raw 2x1 --out o", "5 bytes");
-    expectRefusal("render - --out o", "--raw");
-    std::filesystem::create_directory(folder.path() / "empty");
-    expectRefusal("render empty --out o", "empty");
-    EXPECT_THAT(folder.entries(),
-                testing::UnorderedElementsAre("run", "short.pgm", "colour.png", "odd.raw", "empty"));
+    writeFrames(3);
+    write("run/run_1.png", "no picture");
+    expectRefusals({{"render run --out o", "run_1.png"}, {"render run --out o.avi", "run_1.png"}});
+    std::filesystem::remove(path("run/run_1.png"));
+    std::filesystem::resize_file(path("run/run_0.png"), 300);
+    write("short.pgm", "P5 64 48 65535\nshort");
+    cv::imwrite(path("colour.png"), cv::Mat(4, 4, CV_8UC3, cv::Scalar(7)));
+    write("odd.raw", "12345");
+    std::filesystem::create_directory(path("empty"));
+    expectRefusals({{"render run --out o", "run_0.png"},
+                    {"render short.pgm --out o", "short.pgm"},
+                    {"render colour.png --out o.png", "16-bit"},
+                    {"render odd.raw --raw 2x1 --out o", "5 bytes"},
+                    {"render - --out o", "--raw"},
+                    {"render empty --out o", "empty"}});
 }
 
-TEST_F(Program, RendersAFolderOfFrames)
+TEST_F(Program, RendersPicturesOfAFolder)
 {
-    writeFrames(folder.path() / "run", 12);
-    const ProgramRun run = runProgram("render run --out pictures --legend --scale 2", folder.path());
-    ASSERT_EQ(run.code, 0) << run.errors;
+    writeFrames(12);
+    const ProgramRun run = shell("render run --out pictures --legend --scale 2");
+    EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.errors, ""); // no progress bar where nobody looks
-    for (const char* name : {"frame_0000.png", "frame_0011.png"}) {
-        const cv::Mat picture = cv::imread(folder.path() / "pictures" / name, cv::IMREAD_UNCHANGED);
-        EXPECT_EQ(picture.type(), CV_8UC3);
-        EXPECT_EQ(picture.rows, 96);
-        EXPECT_GT(picture.cols, 128);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("pictures")), {}), 12);
+    for (const char* name : {"pictures/frame_0000.png", "pictures/frame_0011.png"}) {
+        EXPECT_EQ(picture(name).rows, 96);
+        EXPECT_GT(picture(name).cols, 128);
     }
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path() / "pictures"), {}), 12);
 }
 
-TEST_F(Program, RendersAPatternInNaturalOrderAsAFilm)
+TEST_F(Program, RendersAFilmOfAPatternInNaturalOrder)
 {
-    writeFrames(folder.path() / "run", 12);
-    const ProgramRun run = runProgram("render 'run/run_*.png' --range lock --out film.avi", folder.path());
-    ASSERT_EQ(run.code, 0) << run.errors;
-    cv::VideoCapture film(folder.path() / "film.avi", cv::CAP_OPENCV_MJPEG);
-    cv::Mat last;
+    writeFrames(12);
+    said("render run/run_*.png --range 29000:30500 --out film.avi --fps 12.5");
+    cv::VideoCapture film(path("film.avi"), cv::CAP_OPENCV_MJPEG);
+    EXPECT_EQ(film.get(cv::CAP_PROP_FPS), 12.5);
     int count = 0;
-    for (cv::Mat picture; film.read(picture); ++count)
-        last = picture.clone();
+    cv::Mat last;
+    for (cv::Mat shown; film.read(shown); ++count)
+        last = shown.clone();
     EXPECT_EQ(count, 12);
     // In the last one the square stands at its last place: columns 16 to 23, as light as it gets.
-    EXPECT_EQ(last.size(), cv::Size(64, 48));
     const auto light = [&](int column) { return cv::sum(last.at<cv::Vec3b>(14, column))[0]; };
     EXPECT_GT(light(22), light(8) + 200);
 }
 
-TEST_F(Program, RendersARawStreamFromStandardInput)
+TEST_F(Program, HoldsTheRangeOfTheFirstFramesAlsoForThePicturesBefore)
 {
-    {
-        std::ofstream stream(folder.path() / "stream", std::ios::binary);
-        for (int i = 0; i < 2 * 16 * 12; ++i)
-            stream.put(static_cast<char>(i & 0xFF)).put(static_cast<char>(i >> 8));
-        stream << "the beginning of a third frame";
+    // Fewer frames than the range is learnt from, and more; every frame is one value, which alone gives a
+    // range from 10 below to 10 above.
+    const std::pair<int, const char*> recordings[] = {{3, "990:1210"}, {12, "990:1910"}};
+    for (const auto& [count, range] : recordings) {
+        const std::string in = "in" + std::to_string(count);
+        for (int i = 0; i < count; ++i)
+            write(in + "/" + std::to_string(i) + ".png",
+                  Frame(4, 4, static_cast<unsigned short>(1000 + 100 * i)));
+        said("render " + in + " --range lock --out lock");
+        said("render " + in + " --range " + range + " --out fixed");
+        for (int i = 0; i < count; ++i) {
+            const std::string name = "/frame_00" + std::to_string(100 + i).substr(1) + ".png";
+            EXPECT_EQ(cv::norm(picture("lock" + name), picture("fixed" + name), cv::NORM_INF), 0) << i;
+        }
     }
-    const ProgramRun run = runProgram("render - --raw 16x12 --out o < stream", folder.path());
+}
+
+TEST_F(Program, TakesARawStreamFromStandardInput)
+{
+    std::string stream;
+    for (int i = 0; i < 2 * 16 * 12; ++i)
+        stream += {static_cast<char>(i & 0xFF), static_cast<char>(i >> 8)};
+    write("stream", stream + "the beginning of a third frame");
+    const ProgramRun run = shell("render - --raw 16x12 --out o < stream");
     EXPECT_EQ(run.code, 0);
     EXPECT_THAT(run.errors, HasSubstr("cut off"));
-    EXPECT_TRUE(std::filesystem::exists(folder.path() / "o/frame_0001.png"));
-    EXPECT_FALSE(std::filesystem::exists(folder.path() / "o/frame_0002.png"));
-    // Little-endian: of the first frame the last pixel is the hottest.
-    const cv::Mat picture = cv::imread(folder.path() / "o/frame_0000.png");
-    EXPECT_GT(cv::sum(picture.at<cv::Vec3b>(11, 15))[0], cv::sum(picture.at<cv::Vec3b>(0, 0))[0] + 300);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("o")), {}), 2);
+    // Low byte first: of the first frame the last pixel is the hottest.
+    const cv::Mat_<cv::Vec3b> first = picture("o/frame_0000.png");
+    EXPECT_GT(cv::sum(first(11, 15))[0], cv::sum(first(0, 0))[0] + 300);
+    // That there are two is known only when the second one comes.
+    EXPECT_THAT(shell("render - --raw 16x12 --out o.png < stream").errors, HasSubstr("more"));
+    EXPECT_FALSE(std::filesystem::exists(path("o.png")));
+}
+
+TEST_F(Program, TakesSettingsFromAFileAndOptionsAboveThem)
+{
+    writeFrames(1);
+    write("camera.ini", said("settings --palette Hotcold --scale 2 --range 29000:30500"));
+    said("render run --settings camera.ini --scale 3 --out o.png");
+    said("render run --palette hotcold --range 29000:30500 --scale 3 --out same.png");
+    EXPECT_EQ(picture("o.png").size(), cv::Size(192, 144));
+    EXPECT_EQ(cv::norm(picture("o.png"), picture("same.png"), cv::NORM_INF), 0);
+}
+
+TEST_F(Program, PrintsTheDewPointOfTheRoom)
+{
+    writeFrames(1);
+    EXPECT_THAT(said("render run --humidity 20:50 --celsius --out o.png"), HasSubstr("air: 9.3 °C\n"));
 }
 
 TEST_F(Program, MeasuresNoiseBeforeAndAfter)
 {
-    writeFrames(folder.path() / "run", 6);
-    const ProgramRun plain = runProgram("noise run", folder.path());
-    ASSERT_EQ(plain.code, 0) << plain.errors;
-    EXPECT_THAT(plain.output, HasSubstr("temporal noise per pixel"));
-    const ProgramRun both = runProgram("noise run --compare --skip 1 --out both.png --json", folder.path());
-    ASSERT_EQ(both.code, 0) << both.errors;
-    EXPECT_THAT(both.output, HasSubstr("\"key\": \"temporal\", \"before\": 0, \"after\": "));
-    EXPECT_GT(cv::imread(folder.path() / "both.png").cols, 3 * 6 * 64);
+    writeFrames(6);
+    write("run/run_0.png", Frame(48, 64, static_cast<unsigned short>(40000)));
+    EXPECT_THAT(said("noise run --skip 2 --csv"), HasSubstr("frames,frames,4\n"));
+    EXPECT_THAT(said("noise run --csv"), HasSubstr("frames,frames,6\n"));
+    const std::string both = said("noise run --compare --skip 1 --out both.png --json");
+    EXPECT_THAT(both, HasSubstr("\"key\": \"temporal\", \"before\": 0, \"after\": "));
+    EXPECT_GT(picture("both.png").cols, 3 * 6 * 64);
+    said("noise run --compare --skip 5");
 }
 
-TEST_F(Program, ListsAndDrawsThePalettes)
+TEST_F(Program, ListsDrawsAndKeepsPalettes)
 {
-    const ProgramRun run = runProgram("palettes --csv --out sheet.png", folder.path());
-    ASSERT_EQ(run.code, 0) << run.errors;
-    EXPECT_THAT(run.output, HasSubstr("Ironbow,120,#000000,#FFFFF9\n"));
-    EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 1 + 12);
-    EXPECT_FALSE(cv::imread(folder.path() / "sheet.png").empty());
+    const std::string list = shell("palettes --csv --out sheet.png").output; // those of no other test
+    EXPECT_THAT(list, HasSubstr("Ironbow,120,#000000,#FFFFF9\n"));
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 1 + 12);
+    EXPECT_FALSE(picture("sheet.png").empty());
+    write("two.csv", "0,128,255\n10,20,30\n");
+    said("palettes import two.csv --name Two --out two.xml");
+    said("palettes export two --file two.xml --out again.xml");
+    EXPECT_THAT(said("palettes --csv --file again.xml"), HasSubstr("\ntwo,2,#0080FF,#0A141E\n"));
 }
 
-TEST_F(Program, DemoWritesPicturesAndATable)
+TEST_F(Program, ShowsWhatEachStageDoes)
 {
-    const ProgramRun run = runProgram("demo --out demo --json", folder.path());
-    ASSERT_EQ(run.code, 0) << run.errors;
-    EXPECT_THAT(run.output, HasSubstr("\"us_per_frame\": "));
-    const cv::Mat sheet = cv::imread(folder.path() / "demo/contact-sheet.png");
-    EXPECT_GT(sheet.cols, 2 * 240);
-    EXPECT_THAT(folder.entries(), testing::ElementsAre("demo"));
+    EXPECT_THAT(said("demo --out demo --json"), HasSubstr("\"us_per_frame\": "));
+    EXPECT_GT(picture("demo/contact-sheet.png").cols, 2 * 240);
+    EXPECT_THAT(folder.entries(), ElementsAre("demo"));
 }
 
 } // namespace

@@ -1,21 +1,7 @@
-#include "tests/apps/ProgramRun.h"
-
 #include "tests/Support.h"
-
-#include "camera/Frame.h"
-
-#include <opencv2/imgcodecs.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/apps/ProgramFixture.h"
 
 #include <cstring>
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -23,37 +9,12 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using velmo::camera::Frame;
 
-class Temperatures : public testing::Test
+class Temperatures : public ProgramFixture
 {
 protected:
-    ProgramRun run(const std::string& arguments) const { return callProgram(arguments, folder.path()); }
-
-    /// What a run that succeeds says.
-    std::string output(const std::string& arguments) const
-    {
-        const ProgramRun made = run(arguments);
-        EXPECT_EQ(made.code, 0) << arguments << ": " << made.errors;
-        return made.output;
-    }
-
-    void write(const std::string& name, const Frame& frame) const
-    {
-        cv::imwrite(folder.path() / name, frame);
-    }
-
-    cv::Mat picture(const std::string& name) const
-    {
-        return cv::imread(folder.path() / name, cv::IMREAD_UNCHANGED);
-    }
-
-    std::string bytes(const std::string& name) const
-    {
-        std::ostringstream all;
-        all << std::ifstream(folder.path() / name, std::ios::binary).rdbuf();
-        return all.str();
-    }
+    /// Colours or counts, as they are in the file.
+    cv::Mat stored(const std::string& name) const { return cv::imread(path(name), cv::IMREAD_UNCHANGED); }
 
     /// A wall of 20 °C in hundredths of a kelvin, on it a plate of 30 °C.
     void writePlate() const
@@ -63,35 +24,33 @@ protected:
         frame(12, 3) = 29215;
         write("plate.png", frame);
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(Temperatures, AreTypedInTheDegreesOfTheUnit)
 {
     writePlate();
-    run("render plate.png --out counts.png --range 29315:31315 --region 30000:30400:00FF00");
-    const cv::Mat counts = picture("counts.png");
+    said("render plate.png --out counts.png --range 29315:31315 --region 30000:30400:00FF00");
+    const cv::Mat counts = stored("counts.png");
     ASSERT_FALSE(counts.empty());
     for (const char* const typed :
          {"--celsius --range 20:40 --region 26.85:30.85:00FF00",
           "--unit linear:0.01:-273.15 --range 29315n:31315n --region 30000n:30.85:00FF00",
           "--unit centikelvin --degrees F --range 68:104 --isotherm between:80.33:87.53:00FF00",
           "--unit centikelvin --degrees K --range 293.15:313.15 --isotherm above:299.99:00FF00:solid"}) {
-        run(std::string("render plate.png --out degrees.png ") + typed);
-        EXPECT_TRUE(same(picture("degrees.png"), counts)) << typed;
+        said(std::string("render plate.png --out degrees.png ") + typed);
+        EXPECT_TRUE(same(stored("degrees.png"), counts)) << typed;
     }
-    EXPECT_THAT(output("blobs plate.png --celsius --above 29.99 --csv --out b.png"), HasSubstr("\n0,1,32,"));
-    EXPECT_EQ(output("blobs plate.png --celsius --above 30 --json --out b.png"), "[\n]\n"); // strictly
-    EXPECT_THAT(output("noise plate.png --celsius --csv"), HasSubstr("least value,min_celsius,19\n"));
+    EXPECT_THAT(said("blobs plate.png --celsius --above 29.99 --csv --out b.png"), HasSubstr("\n0,1,32,"));
+    EXPECT_EQ(said("blobs plate.png --celsius --above 30 --json --out b.png"), "[\n]\n"); // strictly
+    EXPECT_THAT(said("noise plate.png --celsius --csv"), HasSubstr("least value,min_celsius,19\n"));
 }
 
 TEST_F(Temperatures, ThatCanHardlyBeTrueAreDoubtedOnce)
 {
     writePlate();
-    const ProgramRun doubted = run("measure plate.png --unit kelvin/64 --csv");
+    const ProgramRun doubted = call("measure plate.png --unit kelvin/64 --csv");
     EXPECT_THAT(doubted.errors, IsEmpty()); // 184.9 °C: a wrong unit within the world passes
-    const ProgramRun wrong = run("measure plate.png plate.png --unit celsius/10 --csv");
+    const ProgramRun wrong = call("measure plate.png plate.png --unit celsius/10 --csv");
     EXPECT_EQ(wrong.code, 0);
     EXPECT_THAT(wrong.errors, AllOf(HasSubstr("2931.5 °C"), HasSubstr("try centikelvin (20.0 °C) or")));
     EXPECT_EQ(std::count(wrong.errors.begin(), wrong.errors.end(), '\n'), 1);
@@ -102,13 +61,13 @@ TEST_F(Temperatures, OfSignedUnitsAreInOrderInsideAndInTwosComplementInFiles)
     // -0.5 °C, 0.3 °C
     const Frame frame = (Frame(2, 4) << 0xFFFB, 3, 0xFFFB, 3, 0xFFFB, 3, 0xFFFB, 3);
     write("frost.png", frame);
-    EXPECT_THAT(output("measure frost.png --unit celsius/10 --csv"),
+    EXPECT_THAT(said("measure frost.png --unit celsius/10 --csv"),
                 HasSubstr("\n0,whole,8,0,-0.5,0,0,-0.1,0.3,1,0,"));
-    output("clean frost.png --unit celsius/10 --out same.pgm");
-    EXPECT_TRUE(same(picture("same.pgm"), frame));
+    said("clean frost.png --unit celsius/10 --out same.pgm");
+    EXPECT_TRUE(same(stored("same.pgm"), frame));
     // The average of both is near 0, not in the middle of all values.
-    output("clean frost.png --unit celsius/10 --spatial 31 --out smooth.png");
-    EXPECT_THAT(output("measure smooth.png --csv"), HasSubstr("\n0,whole,8,0,-0."));
+    said("clean frost.png --unit celsius/10 --spatial 31 --out smooth.png");
+    EXPECT_THAT(said("measure smooth.png --csv"), HasSubstr("\n0,whole,8,0,-0."));
 }
 
 TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
@@ -120,17 +79,17 @@ TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
         {"a.tiff", true}, {"a.npy", false}, {"a.raw", false}, {"a.mkv", true}, {"folder", true}};
     for (const auto& [name, keepsUnit] : formats) {
         const std::string made = name, raw = made == "a.raw" ? " --raw 6x4" : "";
-        output("clean run_0.png run_1.png run_2.png --unit kelvin/64 --format pgm --out " + made);
-        output("clean " + made + raw + " --out back");
+        said("clean run_0.png run_1.png run_2.png --unit kelvin/64 --format pgm --out " + made);
+        said("clean " + made + raw + " --out back");
         for (int i = 0; i < 3; ++i)
-            EXPECT_TRUE(same(picture("back/frame_000" + std::to_string(i) + ".png"),
-                             picture("run_" + std::to_string(i) + ".png")))
+            EXPECT_TRUE(same(stored("back/frame_000" + std::to_string(i) + ".png"),
+                             stored("run_" + std::to_string(i) + ".png")))
                 << made << " " << i;
-        EXPECT_EQ(output("measure " + made + raw + " --csv").find("min °C") != std::string::npos, keepsUnit)
+        EXPECT_EQ(said("measure " + made + raw + " --csv").find("min °C") != std::string::npos, keepsUnit)
             << made;
     }
-    EXPECT_THAT(output("measure a.tiff --unit counts --csv"), Not(HasSubstr("°C"))); // what is typed wins
-    const ProgramRun mixed = run("measure a.tiff run_0.png");
+    EXPECT_THAT(said("measure a.tiff --unit counts --csv"), Not(HasSubstr("°C"))); // what is typed wins
+    const ProgramRun mixed = call("measure a.tiff run_0.png");
     EXPECT_EQ(mixed.code, 2);
     EXPECT_THAT(mixed.errors, HasSubstr("kelvin/64"));
 }
@@ -141,7 +100,7 @@ TEST_F(Temperatures, OfObjectsComeOutAsFloats)
     // By hand: with L(T) = 1 / (exp(1430/T) - 1), an object that sends half and mirrors 20 °C has to be at
     // 39.1514 °C to look like 30 °C; what looks like 20 °C is as warm as what it mirrors.
     const ProgramRun made =
-        run("clean plate.png --celsius --emissivity 0.5 --reflected 20 --celsius-float --out a.npy");
+        call("clean plate.png --celsius --emissivity 0.5 --reflected 20 --celsius-float --out a.npy");
     EXPECT_THAT(made.errors,
                 AllOf(HasSubstr("emissivity 0.5"), HasSubstr("20.0 °C"), HasSubstr("band 1430,1")));
     const std::string npy = bytes("a.npy");
@@ -150,8 +109,8 @@ TEST_F(Temperatures, OfObjectsComeOutAsFloats)
     std::memcpy(floats, npy.data() + npy.size() - sizeof floats, sizeof floats);
     EXPECT_NEAR(floats[5 * 40 + 10], 39.1514F, 1e-3F);
     EXPECT_NEAR(floats[0], 20.F, 1e-4F);
-    output("clean plate.png --celsius --celsius-float --out a.tiff");
-    EXPECT_THAT(output("measure a.tiff --box 10,5,8,4 --csv"),
+    said("clean plate.png --celsius --celsius-float --out a.tiff");
+    EXPECT_THAT(said("measure a.tiff --box 10,5,8,4 --csv"),
                 HasSubstr("\n0,box1,32,0,30,10,5,30,30,10,5,0,30,30,30\n"));
 }
 
@@ -160,7 +119,7 @@ TEST_F(Temperatures, OfShapesAreMeasuredInTheOrderInWhichTheyAreTyped)
     writePlate();
     const std::string shapes =
         "--box 10,5,8,4 --spot 3,12 --line 0,0,3,0 --spot 3,12:1 --whole --delta box1-spot1";
-    const std::string csv = output("measure plate.png --celsius " + shapes + " --csv");
+    const std::string csv = said("measure plate.png --celsius " + shapes + " --csv");
     for (const char* const row :
          {"\n0,box1,32,0,30,10,5,30,30,10,5,0,30,30,30\n", "\n0,spot1,1,0,19,3,12,19,19,3,12,0,19,19,19\n",
           "\n0,line1,4,0,20,", "\n0,spot2,5,0,19,3,12,19.8,20,3,11,0.4,19.2,20,20\n",
@@ -169,7 +128,7 @@ TEST_F(Temperatures, OfShapesAreMeasuredInTheOrderInWhichTheyAreTyped)
     EXPECT_LT(csv.find("line1"), csv.find("spot2"));
 
     const std::string json =
-        output("measure plate.png plate.png --celsius --degrees F --whole --histogram 2 --json");
+        said("measure plate.png plate.png --celsius --degrees F --whole --histogram 2 --json");
     EXPECT_THAT(json,
                 AllOf(HasSubstr("\"frame\": 1, \"shape\": \"whole\""), HasSubstr("\"max_fahrenheit\": 86,"),
                       HasSubstr("\"from_fahrenheit\": 66.2, \"to_fahrenheit\": 76.1, \"pixels\": 2336}"),
@@ -182,49 +141,39 @@ TEST_F(Temperatures, GoIntoPlotsTablesAndOverlays)
     Frame dark(30, 40, static_cast<unsigned short>(7)); // Planck's form has no temperature for it
     dark(0, 1) = 17917;
     write("dark.png", dark);
-    output("measure dark.png plate.png --unit planck:21106.77,1501,1,-7340,0.012545 --spot 12,6 --plot p.png "
-           "--csv-frames tables --overlay marked --scale 4 --legend --fps 5");
+    call("measure dark.png plate.png --unit planck:21106.77,1501,1,-7340,0.012545 --spot 12,6 --plot p.png "
+         "--csv-frames tables --overlay marked --scale 4 --legend --fps 5");
     EXPECT_EQ(bytes("tables/frame_0000.csv").substr(0, 20), "below,22.5779,below,");
-    EXPECT_EQ(picture("p.png").cols, 900);
-    const cv::Mat marked = picture("marked/frame_0001.png");
+    EXPECT_EQ(stored("p.png").cols, 900);
+    const cv::Mat marked = stored("marked/frame_0001.png");
     EXPECT_EQ(marked.rows, 120);
-    output("render plate.png --celsius --scale 4 --out bare.png");
-    EXPECT_FALSE(same(marked.colRange(0, 160), picture("bare.png")));
+    said("render plate.png --celsius --scale 4 --out bare.png");
+    EXPECT_FALSE(same(marked.colRange(0, 160), stored("bare.png")));
 }
 
 TEST_F(Temperatures, ThatCannotBeAreRefusedInOneLineThatNamesTheLimit)
 {
     writePlate();
-    const std::vector<std::string> before = folder.entries();
-    const std::pair<const char*, const char*> wrong[] = {
-        {"clean plate.png --out o.raw --unit celcius", "'celcius'"},
-        {"clean plate.png --out o.npy --celsius-float", "--unit"},
-        {"clean plate.png --out o.raw --celsius --celsius-float", ".npy"},
-        {"clean plate.png --out o --format jpg", "jpg"},
-        {"clean plate.png --out o.jpg", "o.jpg"},
-        {"clean plate.png --out o.raw --celsius --unit decikelvin", "decikelvin"},
-        {"measure plate.png --celsius --emissivity 0", "0.01 to 1"},
-        {"measure plate.png --celsius --emissivity 1.1", "0.01 to 1"},
-        {"measure plate.png --emissivity 0.9", "counts"},
-        {"measure plate.png --celsius --distance 5", "air"},
-        {"measure plate.png --spot 40,3", "0 to 39"},
-        {"measure plate.png --box 1,1,4,30", "0 to 29"},
-        {"measure plate.png --line 1,1,4", "'1,1,4'"},
-        {"measure plate.png --spot 1,1 --delta spot1-spot2", "spot1-spot2"},
-        {"measure plate.png --histogram 0", "--histogram"},
-        {"measure plate.png --overlay o.png --range lock", "lock"},
-        {"measure plate.png --plot o.jpg", "o.jpg"},
-        {"render plate.png --out o.png --isotherm around:3:FF0000", "around"},
-        {"render plate.png --out o.png --mould", "humidity"},
-        {"render plate.png --out o.png --unit counts --insulation 20:0", "unit"}};
-    for (const auto& [arguments, named] : wrong) {
-        const ProgramRun refused = run(arguments);
-        EXPECT_EQ(refused.code, 2) << arguments;
-        EXPECT_THAT(refused.errors, HasSubstr(named)) << arguments;
-        EXPECT_EQ(std::count(refused.errors.begin(), refused.errors.end(), '\n'), 1) << refused.errors;
-        EXPECT_EQ(refused.output, "") << arguments;
-        EXPECT_EQ(folder.entries(), before) << arguments;
-    }
+    expectRefusals({{"clean plate.png --out o.raw --unit celcius", "'celcius'"},
+                    {"clean plate.png --out o.npy --celsius-float", "--unit"},
+                    {"clean plate.png --out o.raw --celsius --celsius-float", ".npy"},
+                    {"clean plate.png --out o --format jpg", "jpg"},
+                    {"clean plate.png --out o.jpg", "o.jpg"},
+                    {"clean plate.png --out o.raw --celsius --unit decikelvin", "decikelvin"},
+                    {"measure plate.png --celsius --emissivity 0", "0.01 to 1"},
+                    {"measure plate.png --celsius --emissivity 1.1", "0.01 to 1"},
+                    {"measure plate.png --emissivity 0.9", "counts"},
+                    {"measure plate.png --celsius --distance 5", "air"},
+                    {"measure plate.png --spot 40,3", "0 to 39"},
+                    {"measure plate.png --box 1,1,4,30", "0 to 29"},
+                    {"measure plate.png --line 1,1,4", "'1,1,4'"},
+                    {"measure plate.png --spot 1,1 --delta spot1-spot2", "spot1-spot2"},
+                    {"measure plate.png --histogram 0", "--histogram"},
+                    {"measure plate.png --overlay o.png --range lock", "lock"},
+                    {"measure plate.png --plot o.jpg", "o.jpg"},
+                    {"render plate.png --out o.png --isotherm around:3:FF0000", "around"},
+                    {"render plate.png --out o.png --mould", "humidity"},
+                    {"render plate.png --out o.png --unit counts --insulation 20:0", "unit"}});
 }
 
 } // namespace

@@ -1,34 +1,16 @@
-#include "tests/apps/ProgramRun.h"
+#include "tests/apps/ProgramFixture.h"
 
 #include "camera/lens/LensMap.h"
 
-#include <opencv2/imgcodecs.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using testing::HasSubstr;
 using velmo::camera::Frame;
 using velmo::camera::LensModel;
 
-class Undistort : public testing::Test
-{
-protected:
-    ProgramRun run(const std::string& arguments) const
-    {
-        return runProgram("undistort " + arguments, folder.path());
-    }
-
-    TemporaryFolder folder;
-};
+using Undistort = ProgramFixture;
 
 /// How far the bright spot of each row strays from a straight line.
 double bend(const Frame& frame)
@@ -63,42 +45,33 @@ TEST_F(Undistort, StraightensALineThatTheLensBent)
         bent(r, c + 1) = static_cast<unsigned short>(10000 * right);
     }
     ASSERT_GT(bend(bent), 1.5);
-    cv::imwrite(folder.path() / "bent.png", bent);
+    for (const char* name : {"in/0.png", "in/1.png"})
+        write(name, bent);
 
-    const ProgramRun made = run("--make " + lens + " --size 96x72 --out lens.pam");
-    ASSERT_EQ(made.code, 0) << made.errors;
-    const ProgramRun done = run("bent.png --map lens.pam --out straight.png");
-    ASSERT_EQ(done.code, 0) << done.errors;
-    const Frame straight = cv::imread(folder.path() / "straight.png", cv::IMREAD_UNCHANGED);
-    ASSERT_EQ(straight.size(), bent.size());
-    EXPECT_LT(bend(straight), 0.4);
+    said("undistort --make " + lens + " --size 96x72 --out lens.pam");
+    said("undistort in --map lens.pam --out straight");
+    for (const char* name : {"straight/frame_0000.png", "straight/frame_0001.png"}) {
+        const Frame straight = cv::imread(path(name), cv::IMREAD_UNCHANGED);
+        ASSERT_EQ(straight.size(), bent.size());
+        EXPECT_LT(bend(straight), 0.4);
+    }
 }
 
 TEST_F(Undistort, SaysWhatIsWrongInOneLineAndLeavesNothing)
 {
-    cv::imwrite(folder.path() / "frame.png", Frame(4, 6, 1000));
-    ASSERT_EQ(run("--make 0,0,5,5,2,2 --size 6x5 --out other.pam").code, 0);
-    const std::vector<std::string> before = folder.entries();
-    const std::pair<std::string, std::string> wrong[] = {
-        {"frame.png --out a.png", "--map"},
-        {"--map other.pam --out a.png", "INPUT"},
-        {"frame.png --map frame.png --out a.png", "frame.png: Can not open"},
-        {"frame.png --map other.pam --out a.png", "heigth"},
-        {"frame.png --map other.pam --out a.avi", "a.avi"},
-        {"frame.png --map other.pam --size 6x4 --out a.png", "--size"},
-        {"--make 0,0,5,5,2 --size 6x4 --out a.pam", "K1,K2,FX,FY,CX,CY"},
-        {"--make 0,0,0,5,2,2 --size 6x4 --out a.pam", "--make"},
-        {"--make 0,0,5,5,2,2 --out a.pam", "--size"},
-        {"frame.png --make 0,0,5,5,2,2 --size 6x4 --out a.pam", "INPUT"},
-        {"--make 0.5,0,500,500,1000,1000 --size 2000x2000 --out a.pam", "rows away"},
-    };
-    for (const auto& [arguments, words] : wrong) {
-        const ProgramRun refused = run(arguments);
-        EXPECT_EQ(refused.code, 2) << arguments;
-        EXPECT_THAT(refused.errors, HasSubstr(words)) << arguments;
-        EXPECT_EQ(std::count(refused.errors.begin(), refused.errors.end(), '\n'), 1) << refused.errors;
-        EXPECT_EQ(folder.entries(), before) << arguments;
-    }
+    write("frame.png", Frame(4, 6, 1000));
+    said("undistort --make 0,0,5,5,2,2 --size 6x5 --out other.pam");
+    expectRefusals({{"undistort frame.png --out a.png", "--map"},
+                    {"undistort --map other.pam --out a.png", "INPUT"},
+                    {"undistort frame.png --map frame.png --out a.png", "frame.png: Can not open"},
+                    {"undistort frame.png --map other.pam --out a.png", "heigth"},
+                    {"undistort frame.png --map other.pam --out a.avi", "a.avi"},
+                    {"undistort frame.png --map other.pam --size 6x4 --out a.png", "--size"},
+                    {"undistort --make 0,0,5,5,2 --size 6x4 --out a.pam", "K1,K2,FX,FY,CX,CY"},
+                    {"undistort --make 0,0,0,5,2,2 --size 6x4 --out a.pam", "--make"},
+                    {"undistort --make 0,0,5,5,2,2 --out a.pam", "--size"},
+                    {"undistort frame.png --make 0,0,5,5,2,2 --size 6x4 --out a.pam", "INPUT"},
+                    {"undistort --make 0.5,0,500,500,1000,1000 --size 2000x2000 --out a.pam", "rows away"}});
 }
 
 } // namespace

@@ -65,7 +65,8 @@ extern const exp::Forms<FillTableHumid> fillTableHumid;
 /// Which of the humiditySteps entries shows a surface humidity of 0..100 percent, halves up.
 inline int humidityStep(float percent)
 {
-    return static_cast<int>(percent * 10.0f + 0.5f); // NOLINT(bugprone-incorrect-roundings): as required
+    // The sum may round up what lies just below a half; the tables are defined with it.
+    return static_cast<int>(percent * 10.0f + 0.5f); // NOLINT(bugprone-incorrect-roundings)
 }
 
 } // namespace velmo::vision

@@ -1,5 +1,6 @@
 #include "camera/colours/Colouring.h"
 #include "camera/colours/Legend.h"
+#include "camera/drawing/Text.h"
 #include "core/Exception.h"
 
 #include <gmock/gmock.h>
@@ -81,6 +82,8 @@ TEST(Colouring, FollowsTheRange)
     const Frame frame(1, 1, static_cast<unsigned short>(1500));
     EXPECT_EQ(colouring.paint(frame, {1500, 2000})(0, 0)[0], 0);
     EXPECT_NEAR(colouring.paint(frame, {1000, 2000})(0, 0)[0], 127, 1);
+    EXPECT_EQ(colouring.paint(frame, {1000, 1500})(0, 0)[0], 255);
+    EXPECT_NEAR(colouring.paint(frame, {1000, 2000})(0, 0)[0], 127, 1);
     EXPECT_EQ(colouring.paint(frame, {1500, 2000})(0, 0)[0], 0);
 }
 
@@ -105,6 +108,33 @@ TEST(Legend, ShowsTheColoursHottestAbove)
     EXPECT_EQ(whole(8, bar), cv::Vec3b(0, whole(8, bar)[1], 255)); // red, whatever green is left
     EXPECT_GT(whole(112, bar)[0], 250);
     EXPECT_EQ(whole(112, bar)[2], 0);
+}
+
+/// The row in the legend beside a picture where a label stands; -1 if it stands nowhere.
+int rowOf(const Picture& whole, const std::string& label)
+{
+    const cv::Size size(velmo::camera::textWidth(label), velmo::camera::s32TextHeight);
+    Picture drawn(size.height + 8, size.width + 8, cv::Vec3b::all(24)); // letters reach a little beyond
+    velmo::camera::drawText(drawn, label, {4, 4}, cv::Scalar(230, 230, 230));
+    const Picture line = drawn(cv::Rect({4, 4}, size));
+    for (int y = 0; y + line.rows <= whole.rows; ++y)
+        for (int x = 0; x + line.cols <= whole.cols; ++x)
+            if (cv::norm(whole(cv::Rect({x, y}, line.size())), line, cv::NORM_INF) == 0)
+                return y;
+    return -1;
+}
+
+TEST(Legend, PutsLabelsBesideTheirValues)
+{
+    Colouring colouring = with("Hotcold");
+    velmo::camera::Legend legend{Thermometer()};
+    for (const velmo::camera::ValueRange range : {velmo::camera::ValueRange{1000, 2000}, {1000, 3000}}) {
+        Picture whole;
+        legend.draw(Picture(120, 20, cv::Vec3b(1, 2, 3)), colouring.table(), range, whole);
+        EXPECT_NEAR(rowOf(whole, std::to_string(range.high)), 1, 2);
+        EXPECT_NEAR(rowOf(whole, std::to_string((range.low + range.high) / 2)), 56, 3);
+        EXPECT_NEAR(rowOf(whole, std::to_string(range.low)), 110, 3);
+    }
 }
 
 TEST(Legend, FitsAnyPicture)

@@ -1,6 +1,7 @@
 #include "camera/stages/Chain.h"
 
 #include "core/Exception.h"
+#include "vision/imgproc/TemporalNoiseReduction.h"
 
 #include <opencv2/core.hpp>
 
@@ -72,6 +73,20 @@ TEST(Chain, KeepsCalmFramesOfAnyValue)
         EXPECT_EQ(cv::norm(frame.colRange(202, 240), wideFrame().colRange(202, 240), cv::NORM_INF), 0);
     }
     EXPECT_GT(chain.microseconds(0), 0);
+}
+
+TEST(Chain, HandsItsNumbersOnInTheirOrder)
+{
+    Chain chain(with({{"noise/temporal", "3:700"}}));
+    velmo::exp::vision::TemporalNoiseReduction<unsigned short> filter(3, 700);
+    for (int i = 0; i < 3; ++i) {
+        Frame frame(8, 8);
+        cv::randu(frame, 1000, 1100);
+        Frame expected = frame.clone();
+        chain.apply(frame);
+        filter.process(expected);
+        EXPECT_EQ(cv::norm(frame, expected, cv::NORM_INF), 0);
+    }
 }
 
 TEST(Chain, DownSizeKeepsTheOrderOfValues)

@@ -1,0 +1,144 @@
+#pragma once
+
+#include "tests/TemporaryFolder.h"
+
+#include "apps/thermal/Program.h"
+#include "camera/Frame.h"
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What one run of the program said.
+struct ProgramRun
+{
+    int code = -1;
+    std::string output;
+    std::string errors;
+};
+
+/// The program in a folder with files.
+class ProgramFixture : public testing::Test
+{
+protected:
+    using Frame = velmo::camera::Frame;
+
+    std::string path(const std::string& name) const { return folder.path() / name; }
+
+    void write(const std::string& name, const std::string& bytes) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << bytes;
+    }
+
+    void write(const std::string& name, const Frame& frame) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        cv::imwrite(path(name), frame);
+    }
+
+    std::string bytes(const std::string& name) const
+    {
+        std::ifstream file(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    cv::Mat_<cv::Vec3b> picture(const std::string& name) const
+    {
+        return cv::imread(path(name), cv::IMREAD_COLOR);
+    }
+
+    /// In this process: its own function, without the start of a process.
+    /// @param arguments  separated by single blanks
+    ProgramRun call(const std::string& arguments) const
+    {
+        std::istringstream text("thermal " + arguments);
+        const std::vector<std::string> words(std::istream_iterator<std::string>(text), {});
+        std::vector<const char*> pointers;
+        for (const std::string& word : words)
+            pointers.push_back(word.c_str());
+
+        const std::filesystem::path before = std::filesystem::current_path();
+        std::filesystem::current_path(folder.path());
+        std::ostringstream output, errors;
+        std::streambuf* const cout = std::cout.rdbuf(output.rdbuf());
+        std::streambuf* const cerr = std::cerr.rdbuf(errors.rdbuf());
+        const int code = thermal::runProgram(static_cast<int>(pointers.size()), pointers.data());
+        std::cout.rdbuf(cout);
+        std::cerr.rdbuf(cerr);
+        std::filesystem::current_path(before);
+        return {code, output.str(), errors.str()};
+    }
+
+    /// What it prints where nothing goes wrong.
+    std::string said(const std::string& arguments) const
+    {
+        const ProgramRun run = call(arguments);
+        EXPECT_EQ(run.code, 0) << arguments;
+        EXPECT_EQ(run.errors, "") << arguments;
+        return run.output;
+    }
+
+    /// Every refusal looks like this: code 2, one line that names what is wrong, nothing left behind.
+    /// @param refused  arguments, and what the line names
+    void expectRefusals(const std::vector<std::pair<std::string, std::string>>& refused) const
+    {
+        const std::vector<std::string> before = folder.entries();
+        for (const auto& [arguments, named] : refused) {
+            const ProgramRun run = call(arguments);
+            EXPECT_EQ(run.code, 2) << arguments;
+            EXPECT_THAT(run.errors, testing::HasSubstr(named)) << arguments;
+            EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]+\n")) << arguments;
+            EXPECT_EQ(run.output, "") << arguments;
+            EXPECT_EQ(folder.entries(), before) << arguments;
+        }
+    }
+
+    /// A process of its own, started by a shell in the folder.
+    /// @param before  what the shell does first
+    pid_t start(const std::string& arguments, const std::string& before = "") const
+    {
+        const std::string command = "cd " + folder.path().string() + "; " + before +
+                                    "exec " THERMAL_PROGRAM " >" + (m_oSaid.path() / "output").string() +
+                                    " 2>" + (m_oSaid.path() / "errors").string() + " " + arguments;
+        const pid_t process = fork();
+        if (process == 0) {
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+            _exit(127);
+        }
+        return process;
+    }
+
+    ProgramRun end(pid_t process) const
+    {
+        const auto text = [&](const char* name) {
+            std::ifstream file(m_oSaid.path() / name);
+            return std::string(std::istreambuf_iterator<char>(file), {});
+        };
+        int status = 0;
+        waitpid(process, &status, 0);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text("output"), text("errors")};
+    }
+
+    ProgramRun shell(const std::string& arguments, const std::string& before = "") const
+    {
+        return end(start(arguments, before));
+    }
+
+    TemporaryFolder folder;
+
+private:
+    TemporaryFolder m_oSaid;
+};
