@@ -32,7 +32,7 @@ struct Measurement
 /// A whole camera: raw frames in, clean frames, pictures and measurements out.
 ///
 ///     Settings settings;
-///     settings.set("noise/denoise", true);
+///     settings.set("noise/denoise", "normal");
 ///     Camera camera(settings);
 ///     while (sensor.next(raw))
 ///         screen.put(camera.show(raw));

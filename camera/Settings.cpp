@@ -70,7 +70,10 @@ void Settings::put(const std::string& path, const exp::Variant& value)
 
 void Settings::set(const std::string& path, const std::string& value, const std::string& what)
 {
-    m_oTree.set(path, keyOf(path).kind.read(value, what));
+    const Key& key = keyOf(path);
+    const bool isOn = value == "true", isOff = value == "false";
+    const bool stands = !key.alone.empty() && (isOn || isOff);
+    m_oTree.set(path, key.kind.read(!stands ? value : isOn ? key.alone : key.fallback, what));
 }
 
 std::string Settings::text(const std::string& path) const

@@ -47,36 +47,40 @@ velmo_library(vision_imgproc core vision)
 target_link_libraries(vision_imgproc_objects PRIVATE PkgConfig::TINYXML)
 target_link_libraries(vision_imgproc PRIVATE PkgConfig::TINYXML)
 
-# The loops are objects of their own, so that their tests can be built without the rest.
-get_target_property(VELMO_OTHER_SOURCES vision_imgproc_objects SOURCES)
-set(VELMO_LOOP_SOURCES ${VELMO_OTHER_SOURCES})
-list(FILTER VELMO_LOOP_SOURCES INCLUDE REGEX "/vision/kernels/|/core/physics/|/core/Exception\\.cpp$")
-list(REMOVE_ITEM VELMO_OTHER_SOURCES ${VELMO_LOOP_SOURCES})
-set_target_properties(vision_imgproc_objects PROPERTIES SOURCES "${VELMO_OTHER_SOURCES}")
-add_library(vision_imgproc_loops OBJECT ${VELMO_LOOP_SOURCES})
-target_include_directories(vision_imgproc_loops PUBLIC "${PROJECT_SOURCE_DIR}")
-target_link_libraries(vision_imgproc_loops PUBLIC opencv_core opencv_imgproc PRIVATE velmo_options)
-# Vectors go from one inlined function to another: no calling convention is concerned. Their lanes wrap.
-target_compile_options(vision_imgproc_loops PRIVATE -Wno-psabi)
-set_source_files_properties("${PROJECT_SOURCE_DIR}/vision/kernels/StaticPatternRemoverKernel.cpp" PROPERTIES
-    COMPILE_OPTIONS -fwrapv)
-target_sources(vision_imgproc_objects INTERFACE "$<TARGET_OBJECTS:vision_imgproc_loops>")
-foreach(objects vision_imgproc_loops vision_imgproc_objects)
-    target_compile_options(${objects} PRIVATE -Wconversion -Wno-sign-conversion)
-endforeach()
+# The loops are objects of their own, so that their tests can be built without the rest: <NAME>_loops.
+function(velmo_loops name regex)
+    get_target_property(others ${name}_objects SOURCES)
+    set(loops ${others})
+    list(FILTER loops INCLUDE REGEX "${regex}")
+    list(REMOVE_ITEM others ${loops})
+    set_target_properties(${name}_objects PROPERTIES SOURCES "${others}")
+    add_library(${name}_loops OBJECT ${loops})
+    target_include_directories(${name}_loops PUBLIC "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(${name}_loops PUBLIC opencv_core opencv_imgproc PRIVATE velmo_options)
+    # Vectors go from one inlined function to another: no calling convention is concerned.
+    target_compile_options(${name}_loops PRIVATE -Wconversion -Wno-sign-conversion -Wno-psabi)
+    target_sources(${name}_objects INTERFACE "$<TARGET_OBJECTS:${name}_loops>")
 
-# The plain forms are what every fast form is measured against, so they are compiled one way for
-# good: another vectoriser or another level would move the ratios without any change to the code.
-set(VELMO_PLAIN_SOURCES ${VELMO_LOOP_SOURCES})
-list(FILTER VELMO_PLAIN_SOURCES INCLUDE REGEX "Plain\\.cpp$")
-set_source_files_properties(${VELMO_PLAIN_SOURCES} PROPERTIES
-    COMPILE_OPTIONS "$<$<CONFIG:Release>:-O2;-fno-tree-vectorize>")
+    # The plain forms are what every fast form is measured against, so they are compiled one way for
+    # good: another vectoriser or another level would move the ratios without any change to the code.
+    list(FILTER loops INCLUDE REGEX "Plain\\.cpp$")
+    set_source_files_properties(${loops} PROPERTIES
+        COMPILE_OPTIONS "$<$<CONFIG:Release>:-O2;-fno-tree-vectorize>")
+endfunction()
 
-# Choosing between two values is no reason for a loop to stay scalar.
-set_source_files_properties("${PROJECT_SOURCE_DIR}/core/physics/DewPointKernel.cpp" PROPERTIES
-    COMPILE_OPTIONS -fno-trapping-math)
+velmo_loops(vision_imgproc "/vision/kernels/|/core/physics/|/core/Exception\\.cpp$")
+target_compile_options(vision_imgproc_objects PRIVATE -Wconversion -Wno-sign-conversion)
 
 velmo_library(vision_camera camera)
 # Not -Wconversion: it takes exception to every matrix expression that becomes a matrix.
 target_compile_options(vision_camera_objects PRIVATE -Wfloat-conversion)
+velmo_loops(vision_camera "/camera/.*(Kernel|Plain)\\.cpp$")
 target_link_libraries(vision_camera PUBLIC vision_imgproc)
+
+# Lanes wrap.
+set_source_files_properties("${PROJECT_SOURCE_DIR}/vision/kernels/StaticPatternRemoverKernel.cpp" PROPERTIES
+    COMPILE_OPTIONS -fwrapv)
+
+# Choosing between two values is no reason for a loop to stay scalar.
+set_source_files_properties("${PROJECT_SOURCE_DIR}/core/physics/DewPointKernel.cpp"
+    "${PROJECT_SOURCE_DIR}/camera/stages/DenoiseKernel.cpp" PROPERTIES COMPILE_OPTIONS -fno-trapping-math)

@@ -3,6 +3,8 @@
 #include "recordings/PaletteFile.h"
 #include "recordings/PixelFiles.h"
 
+#include <iostream>
+
 namespace thermal {
 
 using namespace velmo::camera;
@@ -30,6 +32,14 @@ Camera openCamera(Settings settings, Outputs& outputs, const FrameSource& source
     Calibration calibration = readFilesOf(settings, outputs);
     calibration.unit = source.unit();
     return Camera(settings, calibration);
+}
+
+void tellOfSingleFrame(const Settings& settings, std::size_t frames)
+{
+    if (frames == 1 && settings.text("noise/denoise") != "off")
+        std::cerr
+            << "thermal: --denoise: a single frame is smoothed within itself alone; the other steps need "
+               "a recording\n";
 }
 
 } // namespace thermal

@@ -19,4 +19,7 @@ velmo::camera::Calibration readFilesOf(velmo::camera::Settings& settings,
 velmo::camera::Camera openCamera(velmo::camera::Settings settings, velmo::recordings::Outputs& outputs,
                                  const velmo::recordings::FrameSource& source);
 
+/// Says so on standard error if noise was to be taken off a single frame: there is nothing to smooth over.
+void tellOfSingleFrame(const velmo::camera::Settings& settings, std::size_t frames);
+
 } // namespace thermal

@@ -56,8 +56,10 @@ void clean(const CleanOptions& options)
     Camera camera = openCamera(settings, outputs, *source);
     const auto sink = openFrameSink(outputs, options.out, source->count(), formatOf(options, camera.unit()));
     Frame counts;
+    std::size_t frames = 0;
     forEachFrame(*source, options.input.quiet, [&](const Frame& raw) {
         const Frame& frame = camera.clean(raw);
+        ++frames;
         if (options.celsius)
             return sink->write(celsiusOf(frame, camera.thermometer().scale()));
         frame.copyTo(counts);
@@ -66,6 +68,7 @@ void clean(const CleanOptions& options)
     });
     sink->finish();
     outputs.commit();
+    tellOfSingleFrame(settings, frames);
 }
 
 } // namespace

@@ -188,7 +188,7 @@ void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
     const Calibration calibration = readFilesOf(settings, outputs);
     Chain chain(settings, calibration);
     if (chain.size() == 0) {
-        settings.set("noise/denoise", true);
+        settings.set("noise/denoise", "normal");
         chain = Chain(settings, calibration);
     }
     NoiseMeter before;
@@ -213,6 +213,7 @@ void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
             fidelity.add(lastBefore, frame);
     });
     requireFrames(before.figures(), options);
+    tellOfSingleFrame(settings, seen);
     if (!options.out.empty())
         writePicture(outputs, options.out, comparison(settings, thermometer, lastBefore, lastAfter));
     outputs.commit();

@@ -1,6 +1,7 @@
 #include "apps/thermal/Program.h"
 
 #include "apps/thermal/Commands.h"
+#include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Terminal.h"
 
 #include <opencv2/core.hpp>
@@ -9,8 +10,11 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 
+#include <algorithm>
 #include <iostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace thermal {
 namespace {
@@ -25,7 +29,10 @@ int complain(const std::string& message)
 int runCommand(CLI::App& program, int argc, const char* const* argv)
 {
     try {
-        program.parse(argc, argv);
+        // CLI11 takes them from the end.
+        std::vector<std::string> words = withValuesLeftOut({argv + 1, argv + argc});
+        std::reverse(words.begin(), words.end());
+        program.parse(std::move(words));
         if (program.get_subcommands().empty())
             return complain("a command is needed, see thermal --help");
         std::cout.flush();

@@ -71,9 +71,14 @@ void render(const RenderOptions& options)
     Camera camera = openCamera(settings, outputs, *source);
     const auto sink = options.output.open(outputs, *source);
     Painter painter(camera, *sink);
-    forEachFrame(*source, options.input.quiet, [&](const Frame& raw) { painter.add(camera.clean(raw)); });
+    std::size_t frames = 0;
+    forEachFrame(*source, options.input.quiet, [&](const Frame& raw) {
+        painter.add(camera.clean(raw));
+        ++frames;
+    });
     painter.finish();
     outputs.commit();
+    tellOfSingleFrame(settings, frames);
     const Degrees degrees = camera.thermometer().degrees();
     if (const auto& air = camera.colouring().air())
         std::cout << "dew point of the air: "

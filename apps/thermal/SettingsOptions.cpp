@@ -28,6 +28,7 @@ std::string helpOf(const Key& key)
 {
     const std::string limits = key.kind.limits();
     return key.sentence + (limits.empty() ? "" : "; " + limits) + (key.kind.list ? "; may be repeated" : "") +
+           (key.alone.empty() ? "" : "; alone: " + key.alone) +
            (key.fallback.empty() || key.kind.isFlag() ? "" : " [" + key.fallback + "]");
 }
 
@@ -40,6 +41,19 @@ std::string joined(const std::vector<std::string>& texts, const char* separator)
 }
 
 } // namespace
+
+std::vector<std::string> withValuesLeftOut(std::vector<std::string> words)
+{
+    for (const Key& key : keys())
+        for (std::size_t i = 0; !key.alone.empty() && i < words.size(); ++i) {
+            const auto& values = key.kind.words;
+            const bool follows =
+                i + 1 < words.size() && std::find(values.begin(), values.end(), words[i + 1]) != values.end();
+            if (words[i] == key.option && !follows)
+                words[i] += '=' + key.alone;
+        }
+    return words;
+}
 
 void SettingsOptions::addTo(CLI::App& command, const std::vector<std::string>& sections)
 {

@@ -37,4 +37,8 @@ private:
     std::map<std::string, Typed> m_mapTyped; ///< by the path of the setting
 };
 
+/// The words of a command line, where options that may stand alone have the value that this means:
+/// "--denoise" becomes "--denoise=normal", unless one of its values follows.
+std::vector<std::string> withValuesLeftOut(std::vector<std::string> words);
+
 } // namespace thermal

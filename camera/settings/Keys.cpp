@@ -1,9 +1,5 @@
 #include "camera/settings/Keys.h"
 
-#include "camera/stages/PatternStage.h"
-#include "camera/stages/SpatialStage.h"
-#include "camera/stages/TemporalStage.h"
-
 #include "core/Exception.h"
 #include "vision/imgproc/SpatialNoiseRemover.h"
 #include "vision/imgproc/StaticPatternRemover.h"
@@ -89,27 +85,25 @@ std::vector<Key> makeKeys()
          "What linear units see: B and F of 1 / (exp(B/T) - F), or the word total for T to the fourth; auto "
          "is 1430,1, or the constants of a planck unit"},
 
-        {"noise/denoise", "--denoise", flag(), "", "false",
-         std::string("All three noise filters; those that are on auto get pattern ") + pStandardPattern +
-             ", temporal " + pStandardTemporal + ", spatial " + pStandardSpatial},
+        {"noise/denoise", "--denoise", words({"off", "light", "normal", "strong"}), "", "off",
+         "Take noise and stripes off, whatever the camera; finds out by itself how large they are", "normal"},
         {"noise/pattern", "--pattern",
          form({{"THRESHOLD", whole, 0, double(maxThreshold)},
                {"LINE", whole, 0, double(maxLimit)},
                {"FRAME", whole, 0, double(maxLimit)}},
-              {"auto", "off"}),
-         "counts", "auto",
+              {"off"}),
+         "counts", "off",
          "Static pattern remover: learns where a pixel differs from its neighbours by less than THRESHOLD, "
          "takes away at most LINE per column and FRAME per pixel"},
         {"noise/temporal", "--temporal",
          form({{"GAIN", whole, 0, Temporal::u8MaxControlGain},
                {"FACTOR", whole, 0, Temporal::u16MaxFeedbackFactor}},
-              {"auto", "off"}),
-         "", "auto",
+              {"off"}),
+         "", "off",
          "Temporal noise filter: the higher GAIN, the sooner it lets changes pass; the higher FACTOR, the "
          "smoother"},
-        {"noise/spatial", "--spatial",
-         form({{"GAIN", whole, 0, SpatialNoiseRemover::s32MaxGain}}, {"auto", "off"}), "", "auto",
-         "Spatial noise remover: the higher GAIN, the smoother"},
+        {"noise/spatial", "--spatial", form({{"GAIN", whole, 0, SpatialNoiseRemover::s32MaxGain}}, {"off"}),
+         "", "off", "Spatial noise remover: the higher GAIN, the smoother"},
 
         {"frame/downsize", "--downsize", words({"off", "160x120", "120x90"}), "pixels", "off",
          "Shrink frames of 240x180"},

@@ -49,9 +49,10 @@ struct Key
     std::string path;   ///< in a tree of settings: "noise/temporal"
     std::string option; ///< on a command line: "--temporal"
     ValueKind kind;
-    std::string unit;     ///< of its numbers; empty if they count something or nothing
-    std::string fallback; ///< the value when nothing is said
-    std::string sentence; ///< what it does
+    std::string unit;       ///< of its numbers; empty if they count something or nothing
+    std::string fallback;   ///< the value when nothing is said
+    std::string sentence;   ///< what it does
+    std::string alone = {}; ///< what the option means without a value, and true; empty if it needs one
 };
 
 /// Everything that can be chosen, section by section. A new row here is a new setting: for files of settings,

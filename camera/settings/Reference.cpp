@@ -15,14 +15,16 @@ options on the command line stand above it. A setting that is not in this table 
 
 ```ini
 [noise]
-denoise = true
-temporal = 12:1900
+denoise = strong
+
+[picture]
+legend = true
 ```
 
 ```cpp
 Settings settings;
-settings.set("noise/denoise", true);
-settings.set("noise/temporal", "12:1900");
+settings.set("noise/denoise", "strong");
+settings.set("picture/legend", true);
 ```
 )";
 

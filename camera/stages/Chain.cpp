@@ -1,6 +1,7 @@
 #include "camera/stages/Chain.h"
 
 #include "camera/stages/BadPixelStage.h"
+#include "camera/stages/DenoiseStage.h"
 #include "camera/stages/DownSizeStage.h"
 #include "camera/stages/PatternStage.h"
 #include "camera/stages/SpatialStage.h"
@@ -17,6 +18,7 @@ Chain::Chain(const Settings& settings, const Calibration& calibration)
     add(makePatternStage(settings));
     add(makeTemporalStage(settings));
     add(makeSpatialStage(settings));
+    add(makeDenoiseStage(settings));
     add(makeDownSizeStage(settings));
 }
 

@@ -1,7 +1,5 @@
 #include "camera/stages/PatternStage.h"
 
-#include "camera/settings/Keys.h"
-#include "camera/stages/NoiseChoice.h"
 #include "camera/stages/SignedStage.h"
 
 #include "vision/imgproc/StaticPatternRemover.h"
@@ -27,10 +25,10 @@ private:
 
 std::unique_ptr<Stage> makePatternStage(const Settings& settings)
 {
-    const std::string text = noiseChoice(settings, "noise/pattern", pStandardPattern);
-    if (text.empty())
+    const std::string text = settings.text("noise/pattern");
+    if (text == "off")
         return nullptr;
-    return std::make_unique<PatternStage>(text, keyOf("noise/pattern").kind.numbers(text));
+    return std::make_unique<PatternStage>(text, settings.numbers("noise/pattern"));
 }
 
 } // namespace velmo::camera

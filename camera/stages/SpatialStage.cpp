@@ -1,7 +1,5 @@
 #include "camera/stages/SpatialStage.h"
 
-#include "camera/settings/Keys.h"
-#include "camera/stages/NoiseChoice.h"
 #include "camera/stages/SignedStage.h"
 
 #include "vision/imgproc/SpatialNoiseRemover.h"
@@ -26,10 +24,10 @@ private:
 
 std::unique_ptr<Stage> makeSpatialStage(const Settings& settings)
 {
-    const std::string text = noiseChoice(settings, "noise/spatial", pStandardSpatial);
-    if (text.empty())
+    const std::string text = settings.text("noise/spatial");
+    if (text == "off")
         return nullptr;
-    return std::make_unique<SpatialStage>(text, keyOf("noise/spatial").kind.numbers(text));
+    return std::make_unique<SpatialStage>(text, settings.numbers("noise/spatial"));
 }
 
 } // namespace velmo::camera

@@ -1,8 +1,5 @@
 #include "camera/stages/TemporalStage.h"
 
-#include "camera/settings/Keys.h"
-#include "camera/stages/NoiseChoice.h"
-
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
 namespace velmo::camera {
@@ -28,10 +25,10 @@ private:
 
 std::unique_ptr<Stage> makeTemporalStage(const Settings& settings)
 {
-    const std::string text = noiseChoice(settings, "noise/temporal", pStandardTemporal);
-    if (text.empty())
+    const std::string text = settings.text("noise/temporal");
+    if (text == "off")
         return nullptr;
-    return std::make_unique<TemporalStage>(text, keyOf("noise/temporal").kind.numbers(text));
+    return std::make_unique<TemporalStage>(text, settings.numbers("noise/temporal"));
 }
 
 } // namespace velmo::camera

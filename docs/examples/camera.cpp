@@ -6,7 +6,7 @@
 int main()
 {
     velmo::camera::Settings settings; // or Settings::read of a file that `thermal settings` wrote
-    settings.set("noise/denoise", true);
+    settings.set("noise/denoise", "normal");
     settings.set("colours/range", "7000:9000");
     velmo::camera::Camera camera(settings);
 

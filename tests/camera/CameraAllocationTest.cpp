@@ -13,7 +13,10 @@ TEST(Camera, AllocatesNothingPerFrameOnceItRuns)
     Frame raw(180, 240);
     cv::randu(raw, 8000, 8060);
     Settings settings;
-    settings.set("noise/denoise", true);
+    settings.set("noise/denoise", "normal");
+    settings.set("noise/pattern", "15:8:4");
+    settings.set("noise/temporal", "16:1843");
+    settings.set("noise/spatial", 4);
     settings.set("colours/range", "8000:8060");
     settings.set("picture/scale", 3);
     settings.set("picture/legend", true);

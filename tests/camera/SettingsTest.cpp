@@ -53,16 +53,20 @@ TEST(Keys, HaveAnOptionOfTheirOwnASentenceAndADefaultThatIsTaken)
 TEST(Settings, AreAtTheirDefaultsUntilTheyAreSet)
 {
     Settings settings;
-    EXPECT_EQ(settings.text("noise/temporal"), "auto");
+    EXPECT_EQ(settings.text("noise/temporal"), "off");
     EXPECT_THAT(settings.numbers("noise/temporal"), ElementsAre());
-    EXPECT_FALSE(settings.flag("noise/denoise"));
+    EXPECT_FALSE(settings.flag("picture/legend"));
     settings.set("noise/temporal", "16:1843");
-    settings.set("noise/denoise", true);
+    settings.set("picture/legend", true);
     settings.set("picture/scale", 3);
     settings.set("blobs/above", 30.5);
     settings.set("colours/regions", "1:2:FF0000 ,3:4:00FF00");
     EXPECT_THAT(settings.numbers("noise/temporal"), ElementsAre(16, 1843));
-    EXPECT_TRUE(settings.flag("noise/denoise"));
+    EXPECT_TRUE(settings.flag("picture/legend"));
+    settings.set("noise/denoise", true);
+    EXPECT_EQ(settings.text("noise/denoise"), "normal");
+    settings.set("noise/denoise", false);
+    EXPECT_EQ(settings.text("noise/denoise"), "off");
     EXPECT_THAT(settings.numbers("picture/scale"), ElementsAre(3));
     EXPECT_THAT(settings.numbers("blobs/above"), ElementsAre(30.5));
     EXPECT_THAT(settings.list("colours/regions"), ElementsAre("1:2:FF0000", "3:4:00FF00"));
@@ -73,8 +77,8 @@ TEST(Settings, ComeFromXmlAndIni)
 {
     const Settings xml = read("<?xml version=\"1.0\"?><group name=\"camera\"><group name=\"noise\">"
                               "<item name=\"spatial\" type=\"uint8\">5</item></group>"
-                              "<item name=\"noise/denoise\" type=\"bool\">true</item></group>");
-    const Settings ini = read("\n; a comment\n[noise]\nspatial = 5\ndenoise = true\n");
+                              "<item name=\"picture/legend\" type=\"bool\">true</item></group>");
+    const Settings ini = read("\n; a comment\n[noise]\nspatial = 5\n[picture]\nlegend = true\n");
     EXPECT_EQ(xml.tree(), ini.tree());
     EXPECT_THAT(ini.numbers("noise/spatial"), ElementsAre(5));
     EXPECT_EQ(read("").tree().size(), 0U);
@@ -103,7 +107,7 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
         {"noise", "4", "no setting 'noise'"},
         {"", "4", "no setting ''"},
         {"noise/temporal/gain", "4", "noise/temporal"},
-        {"noise/temporal", "16", "'16' is not auto, off or GAIN:FACTOR"},
+        {"noise/temporal", "16", "'16' is not off or GAIN:FACTOR"},
         {"noise/temporal", "17:0", "noise/temporal GAIN: '17' is not a whole number from 0 to 16"},
         {"noise/temporal", "0:2049", "FACTOR: '2049' is not a whole number from 0 to 2048"},
         {"noise/pattern", "101:0:0", "0 to 100"},
@@ -111,7 +115,8 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
         {"noise/pattern", "0:0:-1", "FRAME: '-1'"},
         {"noise/spatial", "32", "0 to 31"},
         {"noise/spatial", "on", "'on'"},
-        {"noise/denoise", "yes", "'yes' is not false or true"},
+        {"noise/denoise", "yes", "'yes' is not off, light, normal or strong"},
+        {"picture/legend", "yes", "'yes' is not false or true"},
         {"frame/downsize", "240x180", "off, 160x120 or 120x90"},
         {"colours/range", "5", "'5' is not auto, lock, MIN:MAX or pLOW:pHIGH"},
         {"colours/range", "p5:p5", "5 is not above 5"},

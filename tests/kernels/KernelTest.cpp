@@ -7,8 +7,8 @@ namespace {
 std::vector<KernelCase> allKernels()
 {
     std::vector<KernelCase> all;
-    for (const auto& family :
-         {badPixelKernels(), blobKernels(), colourKernels(), noiseKernels(), paletteKernels()})
+    for (const auto& family : {badPixelKernels(), blobKernels(), colourKernels(), denoiseKernels(),
+                               noiseKernels(), paletteKernels()})
         all.insert(all.end(), family.begin(), family.end());
     return all;
 }

@@ -126,9 +126,10 @@ KernelCase kernel(const velmo::exp::Forms<Function>& forms, int rounds, Draw dra
             }};
 }
 
-/// Every loop below core/ and vision/, a function for each of their kernel headers.
+/// Every loop below core/, vision/ and camera/, a function for each of their kernel headers.
 std::vector<KernelCase> badPixelKernels();
 std::vector<KernelCase> blobKernels();
 std::vector<KernelCase> colourKernels();
+std::vector<KernelCase> denoiseKernels();
 std::vector<KernelCase> noiseKernels();
 std::vector<KernelCase> paletteKernels();

@@ -36,20 +36,13 @@ TEST(Chain, HasItsStagesInTheOrderInWhichTheyBuildOnEachOther)
 {
     const Chain chain(with({{"frame/downsize", "120x90"},
                             {"noise/spatial", "3"},
+                            {"noise/denoise", "light"},
                             {"noise/temporal", "16:2048"},
                             {"noise/pattern", "10:1:2"}}),
                       {"records", {{{0, 0}, {}}}});
     EXPECT_THAT(namesOf(chain), testing::ElementsAre("bad pixels 1", "pattern 10:1:2", "temporal 16:2048",
-                                                     "spatial 3", "downsize 120x90"));
+                                                     "spatial 3", "denoise light", "downsize 120x90"));
     EXPECT_EQ(Chain(Settings()).size(), 0U);
-}
-
-TEST(Chain, DenoisesByAllThreeUnlessOneIsChosenOrOff)
-{
-    EXPECT_THAT(namesOf(Chain(with({{"noise/denoise", "true"}, {"noise/spatial", "31"}}))),
-                testing::ElementsAre("pattern 15:8:4", "temporal 16:1843", "spatial 31"));
-    EXPECT_THAT(namesOf(Chain(with({{"noise/denoise", "true"}, {"noise/pattern", "off"}}))),
-                testing::ElementsAre("temporal 16:1843", "spatial 4"));
 }
 
 /// Values of the upper and the lower half of the 16-bit range side by side, and full scale.
@@ -100,27 +93,6 @@ TEST(Chain, DownSizeKeepsTheOrderOfValues)
     EXPECT_EQ(frame(60, 150), 65535);
     Frame other(120, 160);
     EXPECT_THROW(chain.apply(other), Exception);
-}
-
-TEST(Chain, RemovesStripesAndNoise)
-{
-    Chain chain(with({{"noise/denoise", "true"}}));
-    cv::RNG random(5);
-    cv::Mat_<double> stripes(1, 60);
-    random.fill(stripes, cv::RNG::NORMAL, 0, 4);
-    double before = 0;
-    double after = 0;
-    for (int i = 0; i < 60; ++i) {
-        cv::Mat_<double> ideal(50, 60, 30000.0);
-        cv::Mat_<double> noise(ideal.size());
-        random.fill(noise, cv::RNG::NORMAL, 0, 2);
-        Frame frame;
-        cv::Mat(ideal + noise + cv::repeat(stripes, 50, 1)).convertTo(frame, CV_16U);
-        before = cv::norm(frame, Frame(frame.size(), 30000), cv::NORM_L2);
-        chain.apply(frame);
-        after = cv::norm(frame, Frame(frame.size(), 30000), cv::NORM_L2);
-    }
-    EXPECT_LT(after, before / 2);
 }
 
 } // namespace

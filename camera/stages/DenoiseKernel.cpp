@@ -1,0 +1,450 @@
+#include "camera/stages/DenoiseKernel.h"
+
+#include "camera/stages/DenoiseLoops.h"
+#include "core/Lanes.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace velmo::camera {
+namespace {
+
+VELMO_CLONES ClippedSum sumDifferencesLoop(const u16* __restrict frame, const float* __restrict estimate,
+                                           float level, float scale, int* __restrict sums,
+                                           int* __restrict inside, int count)
+{
+    int sum = 0, within = 0;
+    for (int c = 0; c < count; ++c) {
+        const float difference = (static_cast<float>(frame[c]) - estimate[c]) - level;
+        const int value = rounded(clamped(difference * scale, -s32LineClip, s32LineClip));
+        const int size = value < 0 ? -value : value;
+        const int counts = static_cast<int>(static_cast<unsigned>(size - s32LineClip) >> 31);
+        sums[c] += value;
+        inside[c] += counts;
+        sum += value;
+        within += counts;
+    }
+    return {sum, within};
+}
+
+ClippedSum sumDifferencesFast(const Comparison& of, float scale, int* sums, int* inside, int count)
+{
+    return sumDifferencesLoop(of.frame, of.estimate, of.level, scale, sums, inside, count);
+}
+
+VELMO_CLONES void takeResidualLoop(const u16* __restrict frame, const float* __restrict from, float level,
+                                   const float* __restrict columns, float row, float share, float scale,
+                                   float* __restrict estimate, float* __restrict residual,
+                                   short* __restrict coarse, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float stripe = columns[c] + row;
+        const float before = from[c] + share * stripe;
+        const float rest = ((static_cast<float>(frame[c]) - level) - stripe) - before;
+        estimate[c] = before;
+        residual[c] = rest;
+        coarse[c] = static_cast<short>(rounded(clamped(rest * scale, -s32ResidualClip, s32ResidualClip)));
+    }
+}
+
+void takeResidualFast(const Comparison& of, const Stripes& stripes, float scale, float* estimate,
+                      float* residual, short* coarse, int count)
+{
+    takeResidualLoop(of.frame, of.estimate, of.level, stripes.columns, stripes.row, stripes.share, scale,
+                     estimate, residual, coarse, count);
+}
+
+VELMO_CLONES void halveFast(const float* __restrict upper, const float* __restrict lower,
+                            float* __restrict out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = ((upper[2 * c] + upper[2 * c + 1]) + (lower[2 * c] + lower[2 * c + 1])) * 0.25F;
+}
+
+VELMO_CLONES void sumGradientsFast(const float* above, const float* row, const float* below,
+                                   const float* residual, float scale, GradientSums& total, int count)
+{
+    GradientSums sums = total;
+    int c = 0;
+    for (; c + 8 <= count; c += 8)
+        for (int i = 0; i < 8; ++i) {
+            const float x = gradientX(above, row, below, c + i) * scale;
+            const float y = gradientY(above, below, c + i) * scale;
+            const float r = residual[c + i];
+            sums.xx[i] += x * x;
+            sums.xy[i] += x * y;
+            sums.yy[i] += y * y;
+            sums.xr[i] += x * r;
+            sums.yr[i] += y * r;
+            sums.rr[i] += r * r;
+        }
+    total = sums;
+    if (c < count)
+        sumGradientsPlain(above + c, row + c, below + c, residual + c, scale, total, count - c);
+}
+
+VELMO_CLONES void explainByShiftFast(const float* above, const float* row, const float* below,
+                                     const Shift& to, float* __restrict explained, int count)
+{
+    const Shift shift = to;
+    for (int c = 0; c < count; ++c)
+        explained[c] = explainedShare(shift, gradientX(above, row, below, c), gradientY(above, below, c));
+}
+
+VELMO_CLONES void sumOfFiveLoop(const short* __restrict a, const short* __restrict b,
+                                const short* __restrict m, const short* __restrict d,
+                                const short* __restrict e, short* __restrict sums, short* __restrict squares,
+                                int count)
+{
+    for (int c = 0; c < count; ++c) {
+        sums[c] = static_cast<short>(a[c] + b[c] + m[c] + d[c] + e[c]);
+        squares[c] = static_cast<short>(static_cast<short>(a[c] * a[c]) + static_cast<short>(b[c] * b[c]) +
+                                        static_cast<short>(m[c] * m[c]) + static_cast<short>(d[c] * d[c]) +
+                                        static_cast<short>(e[c] * e[c]));
+    }
+}
+
+void sumOfFiveFast(const short* const* rows, short* sums, short* squares, int count)
+{
+    sumOfFiveLoop(rows[0], rows[1], rows[2], rows[3], rows[4], sums, squares, count);
+}
+
+VELMO_CLONES int updateLineLoop(const u16* __restrict frame, const float* __restrict columns, float row,
+                                float share, float level, const short* __restrict sums,
+                                const short* __restrict squares, const float* __restrict explained,
+                                const Update& with, float* __restrict estimate, float* __restrict age,
+                                int count)
+{
+    const Update update = with;
+    int changed = 0;
+    for (int c = 0; c < count; ++c) {
+        const auto sum = static_cast<short>(sums[c - 2] + sums[c - 1] + sums[c] + sums[c + 1] + sums[c + 2]);
+        const auto square = static_cast<short>(squares[c - 2] + squares[c - 1] + squares[c] + squares[c + 1] +
+                                               squares[c + 2]);
+        const float stripe = columns[c] + row;
+        const float before = estimate[c] + share * stripe;
+        const float residual = ((static_cast<float>(frame[c]) - level) - stripe) - before;
+        changed += updatePixel(residual, before, static_cast<float>(sum), static_cast<float>(square),
+                               explained[c], update, estimate[c], age[c]);
+    }
+    return changed;
+}
+
+int updateLineFast(const u16* frame, const Stripes& stripes, float level, const Update& update,
+                   float* estimate, float* age, int count)
+{
+    return updateLineLoop(frame, stripes.columns, stripes.row, stripes.share, level, update.sums,
+                          update.squares, update.explained, update, estimate, age, count);
+}
+
+VELMO_CLONES void splitAcrossFast(const float* __restrict in, int step, float* __restrict low,
+                                  float* __restrict high, int count)
+{
+    const float* left = in - step;
+    const float* right = in + step;
+    for (int c = 0; c < count; ++c) {
+        const float smooth = (left[c] + right[c]) * 0.25F + in[c] * 0.5F;
+        low[c] = smooth;
+        high[c] = in[c] - smooth;
+    }
+}
+
+VELMO_CLONES void splitDownLoop(const float* __restrict above, const float* __restrict row,
+                                const float* __restrict below, float* __restrict low,
+                                float* __restrict squares, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float smooth = (above[c] + below[c]) * 0.25F + row[c] * 0.5F;
+        const float rest = row[c] - smooth;
+        squares[c] += rest * rest;
+        low[c] = smooth;
+    }
+}
+
+VELMO_CLONES void addSquaresDown(const float* __restrict above, const float* __restrict row,
+                                 const float* __restrict below, float* __restrict squares, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float rest = row[c] - ((above[c] + below[c]) * 0.25F + row[c] * 0.5F);
+        squares[c] += rest * rest;
+    }
+}
+
+void splitDownFast(const float* above, const float* row, const float* below, float* low, float* squares,
+                   int count)
+{
+    if (low == nullptr)
+        addSquaresDown(above, row, below, squares, count);
+    else
+        splitDownLoop(above, row, below, low, squares, count);
+}
+
+VELMO_CLONES void toLanesFast(const float* __restrict estimate, float base, float scale,
+                              short* __restrict out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = static_cast<short>(static_cast<int>((estimate[c] - base) * scale));
+}
+
+/// Cut to a limit; whether it was inside, as 0 or 1.
+VELMO_INLINE short cut(short value, short limit)
+{
+    return exp::lower(exp::higher(value, static_cast<short>(-limit)), limit);
+}
+
+VELMO_INLINE short isInside(short value, short limit)
+{
+    const short size = exp::higher(value, static_cast<short>(-value));
+    return static_cast<short>(static_cast<u16>(static_cast<short>(size - limit)) >> 15);
+}
+
+VELMO_CLONES void sumAcrossLoop(const short* __restrict in, short limit, int* __restrict sums,
+                                int* __restrict inside, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const auto nine = static_cast<short>(in[c - 4] + in[c - 3] + in[c - 2] + in[c - 1] + in[c] +
+                                             in[c + 1] + in[c + 2] + in[c + 3] + in[c + 4]);
+        const short value = cut(static_cast<short>(9 * in[c] - nine), limit);
+        sums[c] += value;
+        inside[c] += isInside(value, limit);
+    }
+}
+
+void sumAcrossFast(const short* in, int limit, int* sums, int* inside, int count)
+{
+    sumAcrossLoop(in, static_cast<short>(limit), sums, inside, count);
+}
+
+VELMO_CLONES ClippedSum sumDownLoop(const short* __restrict in, const short* __restrict nine, short limit,
+                                    int count)
+{
+    int sum = 0, within = 0;
+    for (int c = 0; c < count; ++c) {
+        const short value = cut(static_cast<short>(9 * in[c] - nine[c]), limit);
+        sum += value;
+        within += isInside(value, limit);
+    }
+    return {sum, within};
+}
+
+ClippedSum sumDownFast(const short* in, const short* nine, int limit, int count)
+{
+    return sumDownLoop(in, nine, static_cast<short>(limit), count);
+}
+
+VELMO_CLONES void slideLineFast(const short* __restrict entering, const short* __restrict leaving,
+                                short* __restrict sums, int count)
+{
+    for (int c = 0; c < count; ++c)
+        sums[c] = static_cast<short>(sums[c] + entering[c] - leaving[c]);
+}
+
+VELMO_CLONES void subtractStripesFast(short* __restrict line, const short* __restrict columns, short row,
+                                      int count)
+{
+    for (int c = 0; c < count; ++c)
+        line[c] = static_cast<short>(line[c] - columns[c] - row);
+}
+
+/// What flows between pixels of two lines, or of one a step apart.
+VELMO_CLONES void flowLoop(const short* __restrict from, const short* __restrict to, Gate gate, short slope,
+                           short* __restrict flow, short* __restrict open, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const auto difference = static_cast<short>(to[c] - from[c]);
+        const short opened = opening(difference, gate, slope);
+        flow[c] = static_cast<short>(opened * difference);
+        open[c] = opened;
+    }
+}
+
+/// The pixels of a line after what flows in from both sides.
+VELMO_CLONES void mixLoop(const short* __restrict in, const short* __restrict before,
+                          const short* __restrict after, short* __restrict out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = static_cast<short>(in[c] + (static_cast<short>(after[c] - before[c] + 128) >> 8));
+}
+
+VELMO_CLONES void addTwo(const short* __restrict one, const short* __restrict two, short* __restrict out,
+                         int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = static_cast<short>(one[c] + two[c]);
+}
+
+/// What the smoothing took off a line, and the line smoothed; how open its four gates are.
+VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __restrict across,
+                                   const short* __restrict before, const short* __restrict after,
+                                   const short* __restrict openBefore, const short* __restrict openAfter,
+                                   short* __restrict open, short* __restrict detail, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const auto smooth =
+            static_cast<short>(across[c] + (static_cast<short>(after[c] - before[c] + 128) >> 8));
+        detail[c] = static_cast<short>(picture[c] - smooth);
+        picture[c] = smooth;
+        open[c] = static_cast<short>(open[c] + openBefore[c] + openAfter[c]);
+    }
+}
+
+VELMO_CLONES void sumFiveOpen(const short* __restrict a, const short* __restrict b, const short* __restrict m,
+                              const short* __restrict d, const short* __restrict e, short* __restrict sums,
+                              int count)
+{
+    for (int c = 0; c < count; ++c)
+        sums[c] = static_cast<short>(a[c] + b[c] + m[c] + d[c] + e[c]);
+}
+
+VELMO_CLONES void removeLoop(const short* __restrict sums, int spacing, const short* __restrict detail,
+                             short* __restrict removed, int count)
+{
+    const short* a = sums - 2 * std::ptrdiff_t{spacing};
+    const short* b = sums - spacing;
+    const short* d = sums + spacing;
+    const short* e = sums + 2 * std::ptrdiff_t{spacing};
+    for (int c = 0; c < count; ++c) {
+        const auto sum = static_cast<short>(a[c] + b[c] + sums[c] + d[c] + e[c]);
+        removed[c] = static_cast<short>(removed[c] + takenOff(detail[c], flatness(sum)));
+    }
+}
+
+/// Lines of which only the last few are needed.
+class Ring
+{
+public:
+    Ring(Lanes& memory, int depth, int columns) : m_oLines(memory), m_s32Depth(depth)
+    {
+        if (memory.rows < depth || memory.columns != columns)
+            memory.create(depth, columns);
+    }
+    short* operator[](int row) { return m_oLines[row % m_s32Depth]; }
+
+private:
+    Lanes& m_oLines;
+    int m_s32Depth;
+};
+
+/// One octave at work, line by line: lines are smoothed across, `step` lines later down, and
+/// `2 * spacing` lines later it is known how flat it is around them. Few lines are in use at a time, so that
+/// they stay in the cache.
+class OctaveWork
+{
+public:
+    OctaveWork(Lanes& picture, const Octave& octave, Lanes& removed, std::vector<Lanes>& rings)
+        : m_oPicture(picture), m_oOctave(octave), m_oRemoved(removed), m_s32Columns(picture.columns),
+          m_s32Reach(2 * octave.spacing), m_oAcross(rings[0], octave.step + 1, picture.columns),
+          m_oFlow(rings[1], octave.step + 1, picture.columns),
+          m_oGates(rings[2], octave.step + 1, picture.columns),
+          m_oOpen(rings[3], octave.step + 1 + 2 * m_s32Reach + 1, picture.columns),
+          m_oDetail(rings[4], m_s32Reach + 1, picture.columns), m_oLines(rings[5], 4, picture.columns)
+    {}
+
+    void run()
+    {
+        const int rows = m_oPicture.rows, step = m_oOctave.step;
+        std::fill_n(m_oLines[2], m_s32Columns, short{0});
+        std::fill_n(m_oLines[3], m_s32Columns, short{64});
+        for (int r = 0; r < rows + step + m_s32Reach; ++r) {
+            if (r < rows)
+                across(r);
+            if (r >= step && r - step < rows)
+                down(r - step);
+            if (r >= step + m_s32Reach)
+                remove(r - step - m_s32Reach);
+        }
+    }
+
+private:
+    /// Beyond the border nothing flows, and gates are open.
+    void across(int r)
+    {
+        const int step = std::min(m_oOctave.step, m_s32Columns), between = m_s32Columns - step;
+        short *flow = m_oLines[0], *gates = m_oLines[1], *picture = m_oPicture[r];
+        std::fill_n(flow - step, step, short{0});
+        std::fill_n(gates - step, step, short{64});
+        flowLoop(picture, picture + step, m_oOctave.across, slopeOf(m_oOctave.across), flow, gates, between);
+        std::fill_n(flow + between, step, short{0});
+        std::fill_n(gates + between, step, short{64});
+        mixLoop(picture, flow - step, flow, m_oAcross[r], m_s32Columns);
+        addTwo(gates - step, gates, m_oOpen[r], m_s32Columns);
+        if (r >= m_oOctave.step)
+            flowLoop(m_oAcross[r - m_oOctave.step], m_oAcross[r], m_oOctave.down, slopeOf(m_oOctave.down),
+                     m_oFlow[r - m_oOctave.step], m_oGates[r - m_oOctave.step], m_s32Columns);
+    }
+
+    void down(int r)
+    {
+        const int step = m_oOctave.step;
+        short *none = m_oLines[2], *all = m_oLines[3];
+        const bool first = r < step, last = r + step >= m_oPicture.rows;
+        short* open = m_oOpen[r];
+        finishOctaveLine(m_oPicture[r], m_oAcross[r], first ? none : m_oFlow[r - step],
+                         last ? none : m_oFlow[r], first ? all : m_oGates[r - step], last ? all : m_oGates[r],
+                         open, m_oDetail[r], m_s32Columns);
+    }
+
+    void remove(int r)
+    {
+        const auto openOf = [&](int offset) {
+            return m_oOpen[std::clamp(r + offset * m_oOctave.spacing, 0, m_oPicture.rows - 1)];
+        };
+        short* sums = m_oLines[0];
+        sumFiveOpen(openOf(-2), openOf(-1), openOf(0), openOf(1), openOf(2), sums, m_s32Columns);
+        std::fill_n(sums - m_s32Reach, m_s32Reach, sums[0]);
+        std::fill_n(sums + m_s32Columns, m_s32Reach, sums[m_s32Columns - 1]);
+        removeLoop(sums, m_oOctave.spacing, m_oDetail[r], m_oRemoved[r], m_s32Columns);
+    }
+
+    Lanes& m_oPicture;
+    const Octave& m_oOctave;
+    Lanes& m_oRemoved;
+    int m_s32Columns;
+    int m_s32Reach;
+    Ring m_oAcross, m_oFlow, m_oGates, m_oOpen, m_oDetail, m_oLines;
+};
+
+void smoothOctaveFast(Lanes& picture, const Octave& octave, Lanes& removed, std::vector<Lanes>& rings)
+{
+    rings.resize(6);
+    OctaveWork(picture, octave, removed, rings).run();
+}
+
+VELMO_CLONES void finishLineLoop(const float* __restrict estimate, const short* __restrict removed,
+                                 const float* __restrict columns, float row, float unit, float level,
+                                 u16* __restrict out, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float stripe = columns[c] + row;
+        const float value = (estimate[c] - stripe) - static_cast<float>(removed[c]) * unit;
+        out[c] = static_cast<u16>(static_cast<int>(clamped(value + level, 0, 65535) + 0.5F));
+    }
+}
+
+void finishLineFast(const float* estimate, const short* removed, const Finish& finish, u16* out, int count)
+{
+    finishLineLoop(estimate, removed, finish.columns, finish.row, finish.unit, finish.level, out, count);
+}
+
+} // namespace
+
+constexpr Forms<SumDifferences> sumDifferences{"denoise: differences", sumDifferencesPlain,
+                                               sumDifferencesFast};
+constexpr Forms<TakeResidual> takeResidual{"denoise: residual", takeResidualPlain, takeResidualFast};
+constexpr Forms<Halve> halve{"denoise: halve", halvePlain, halveFast};
+constexpr Forms<SumGradients> sumGradients{"denoise: gradients", sumGradientsPlain, sumGradientsFast};
+constexpr Forms<ExplainByShift> explainByShift{"denoise: shift", explainByShiftPlain, explainByShiftFast};
+constexpr Forms<SumOfFive> sumOfFive{"denoise: five lines", sumOfFivePlain, sumOfFiveFast};
+constexpr Forms<UpdateLine> updateLine{"denoise: update", updateLinePlain, updateLineFast};
+constexpr Forms<SplitAcross> splitAcross{"denoise: split across", splitAcrossPlain, splitAcrossFast};
+constexpr Forms<SplitDown> splitDown{"denoise: split down", splitDownPlain, splitDownFast};
+constexpr Forms<ToLanes> toLanes{"denoise: lanes", toLanesPlain, toLanesFast};
+constexpr Forms<SumAcross> sumAcross{"denoise: sum across", sumAcrossPlain, sumAcrossFast};
+constexpr Forms<SumDown> sumDown{"denoise: sum down", sumDownPlain, sumDownFast};
+constexpr Forms<SlideLine> slideLine{"denoise: slide", slideLinePlain, slideLineFast};
+constexpr Forms<SubtractStripes> subtractStripes{"denoise: stripes", subtractStripesPlain,
+                                                 subtractStripesFast};
+constexpr Forms<SmoothOctave> smoothOctave{"denoise: octave", smoothOctavePlain, smoothOctaveFast};
+constexpr Forms<FinishLine> finishLine{"denoise: finish", finishLinePlain, finishLineFast};
+
+} // namespace velmo::camera

@@ -1,0 +1,198 @@
+// Not installed.
+#pragma once
+
+#include "core/Forms.h"
+
+#include <cstdint>
+#include <vector>
+
+/// The loops of camera/stages/Denoiser.h, each over one line of a frame unless it says otherwise.
+
+namespace velmo::camera {
+
+using exp::Forms;
+using u16 = std::uint16_t;
+
+/// A new frame and the estimate that it is compared with.
+struct Comparison
+{
+    const u16* frame;
+    const float* estimate;
+    float level; ///< of the frame, above that of the estimate
+};
+
+/// A sum of values cut to a limit, and how many of them did not need it.
+struct ClippedSum
+{
+    int sum = 0;
+    int inside = 0;
+};
+
+/// Values between -60 and 60: `(frame - estimate - level) * scale`, rounded, the outer ones cut to that
+/// limit. Adds them up over the line, and to the sums of each column.
+constexpr int s32LineClip = 60;
+using SumDifferences = ClippedSum(const Comparison& of, float scale, int* sums, int* inside, int count);
+SumDifferences sumDifferencesPlain;
+extern const Forms<SumDifferences> sumDifferences;
+
+/// A stripe is taken off a frame, and a share of it goes into the estimate.
+struct Stripes
+{
+    const float* columns; ///< of each column
+    float row;
+    float share;
+};
+
+/// What is left of the difference: exact, and in fifths of its deviation, whole numbers between -35 and 35.
+/// @param estimate  with the share of the stripes
+constexpr int s32ResidualClip = 35;
+constexpr int s32ResidualUnit = 5;
+using TakeResidual = void(const Comparison& of, const Stripes& stripes, float scale, float* estimate,
+                          float* residual, short* coarse, int count);
+TakeResidual takeResidualPlain;
+extern const Forms<TakeResidual> takeResidual;
+
+/// The means of two by two pixels, `count` of them.
+using Halve = void(const float* upper, const float* lower, float* out, int count);
+Halve halvePlain;
+extern const Forms<Halve> halve;
+
+/// Products of the gradient (x, y) of the estimate and the residual r, each in eight sums: column c counts in
+/// number c % 8 of them.
+struct GradientSums
+{
+    float xx[8] = {}, xy[8] = {}, yy[8] = {}, xr[8] = {}, yr[8] = {}, rr[8] = {};
+};
+/// The pixel left and right of each is read as well.
+using SumGradients = void(const float* above, const float* row, const float* below, const float* residual,
+                          float scale, GradientSums& sums, int count);
+SumGradients sumGradientsPlain;
+extern const Forms<SumGradients> sumGradients;
+
+/// How much of a pixel's residual a shift of the scene explains: p / (p + variance) with the square p of the
+/// product of shift and gradient, or `least` if that is more. The pixel left and right of each is read too.
+struct Shift
+{
+    float x, y, variance, least;
+};
+using ExplainByShift = void(const float* above, const float* row, const float* below, const Shift& shift,
+                            float* explained, int count);
+ExplainByShift explainByShiftPlain;
+extern const Forms<ExplainByShift> explainByShift;
+
+/// Sums of five coarse residuals above each other, and of their squares.
+using SumOfFive = void(const short* const* rows, short* sums, short* squares, int count);
+SumOfFive sumOfFivePlain;
+extern const Forms<SumOfFive> sumOfFive;
+
+/// One line of what changes from frame to frame.
+struct Update
+{
+    const short* sums; ///< of `sumOfFive`; the two left and right of the line are read as well
+    const short* squares;
+    const float* explained; ///< least share of the change that is none of noise
+    float deviation;        ///< of the residual
+    float leastGain;
+};
+/// Moves the estimate towards the frame: `estimate` and `age` are changed. Returns the sum over the pixels of
+/// how sure it is that they changed, in 256ths.
+using UpdateLine = int(const u16* frame, const Stripes& stripes, float level, const Update& update,
+                       float* estimate, float* age, int count);
+UpdateLine updateLinePlain;
+extern const Forms<UpdateLine> updateLine;
+
+/// Smooths by [1 2 1] / 4 of pixels `step` apart, and gives what is left. `step` pixels left and right of the
+/// line are read as well.
+using SplitAcross = void(const float* in, int step, float* low, float* high, int count);
+SplitAcross splitAcrossPlain;
+extern const Forms<SplitAcross> splitAcross;
+
+/// The same of lines above each other; adds the square of what is left to `squares`, and writes what is
+/// smooth unless `low` is null.
+using SplitDown = void(const float* above, const float* row, const float* below, float* low, float* squares,
+                       int count);
+SplitDown splitDownPlain;
+extern const Forms<SplitDown> splitDown;
+
+/// The estimate in whole numbers, modulo 2^16: `(estimate - base) * scale`, rounded.
+using ToLanes = void(const float* estimate, float base, float scale, short* out, int count);
+ToLanes toLanesPlain;
+extern const Forms<ToLanes> toLanes;
+
+/// Nine times the difference of each pixel from the mean of the nine around it on its line, cut to a limit:
+/// adds them to the sums of the columns. Four pixels left and right of the line are read as well.
+using SumAcross = void(const short* in, int limit, int* sums, int* inside, int count);
+SumAcross sumAcrossPlain;
+extern const Forms<SumAcross> sumAcross;
+
+/// The same against a mean along the columns: `nine` holds the sums of nine lines. Adds up the line.
+using SumDown = ClippedSum(const short* in, const short* nine, int limit, int count);
+SumDown sumDownPlain;
+extern const Forms<SumDown> sumDown;
+
+/// sums += entering - leaving
+using SlideLine = void(const short* entering, const short* leaving, short* sums, int count);
+SlideLine slideLinePlain;
+extern const Forms<SlideLine> slideLine;
+
+/// Takes stripes off a line: `row` and one for each column.
+using SubtractStripes = void(short* line, const short* columns, short row, int count);
+SubtractStripes subtractStripesPlain;
+extern const Forms<SubtractStripes> subtractStripes;
+
+/// A picture in 16-bit lanes: rows of `stride` with `margin` elements before and behind them.
+struct Lanes
+{
+    static constexpr int s32Margin = 16;
+
+    std::vector<short> values;
+    int rows = 0, columns = 0, stride = 0;
+
+    void create(int newRows, int newColumns)
+    {
+        rows = newRows, columns = newColumns, stride = newColumns + 2 * s32Margin;
+        values.assign(static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride), 0);
+    }
+    short* operator[](int row) { return values.data() + std::ptrdiff_t{row} * stride + s32Margin; }
+    const short* operator[](int row) const
+    {
+        return values.data() + std::ptrdiff_t{row} * stride + s32Margin;
+    }
+};
+
+/// Between neighbours that differ by up to `lower` a smoothing flows freely, from `upper` on not at all.
+struct Gate
+{
+    short lower, upper;
+};
+
+/// How one octave is smoothed.
+struct Octave
+{
+    int step;    ///< between the pixels that are smoothed with each other
+    int spacing; ///< between the five by five that tell whether a place is flat
+    Gate across, down;
+};
+
+/// One octave of a whole picture, in place: each pixel moves towards the mean of its neighbours `step` apart,
+/// across and then down, as far as the gates let it. `removed` gains what that took away, except where most
+/// gates nearby are closed: there is detail, and it stays.
+/// @param rings  memory for lines that are at work
+using SmoothOctave = void(Lanes& picture, const Octave& octave, Lanes& removed, std::vector<Lanes>& rings);
+SmoothOctave smoothOctavePlain;
+extern const Forms<SmoothOctave> smoothOctave;
+
+/// The result: the estimate without what is noise in it, at the level of the frame.
+struct Finish
+{
+    const float* columns; ///< stripes that stay
+    float row;
+    float unit; ///< of `removed`
+    float level;
+};
+using FinishLine = void(const float* estimate, const short* removed, const Finish& finish, u16* out,
+                        int count);
+FinishLine finishLinePlain;
+extern const Forms<FinishLine> finishLine;
+
+} // namespace velmo::camera

@@ -1,0 +1,221 @@
+#include "camera/stages/DenoiseKernel.h"
+#include "camera/stages/DenoiseLoops.h"
+
+#include <algorithm>
+
+namespace velmo::camera {
+
+ClippedSum sumDifferencesPlain(const Comparison& of, float scale, int* sums, int* inside, int count)
+{
+    ClippedSum line;
+    for (int c = 0; c < count; ++c) {
+        const float difference = (static_cast<float>(of.frame[c]) - of.estimate[c]) - of.level;
+        const int value = rounded(clamped(difference * scale, -s32LineClip, s32LineClip));
+        const int counts = value > -s32LineClip && value < s32LineClip ? 1 : 0;
+        sums[c] += value;
+        inside[c] += counts;
+        line.sum += value;
+        line.inside += counts;
+    }
+    return line;
+}
+
+void takeResidualPlain(const Comparison& of, const Stripes& stripes, float scale, float* estimate,
+                       float* residual, short* coarse, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float stripe = stripes.columns[c] + stripes.row;
+        estimate[c] = of.estimate[c] + stripes.share * stripe;
+        residual[c] = ((static_cast<float>(of.frame[c]) - of.level) - stripe) - estimate[c];
+        coarse[c] =
+            static_cast<short>(rounded(clamped(residual[c] * scale, -s32ResidualClip, s32ResidualClip)));
+    }
+}
+
+void halvePlain(const float* upper, const float* lower, float* out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = ((upper[2 * c] + upper[2 * c + 1]) + (lower[2 * c] + lower[2 * c + 1])) * 0.25F;
+}
+
+void sumGradientsPlain(const float* above, const float* row, const float* below, const float* residual,
+                       float scale, GradientSums& sums, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float x = gradientX(above, row, below, c) * scale, y = gradientY(above, below, c) * scale;
+        const float r = residual[c];
+        const int lane = c % 8;
+        sums.xx[lane] += x * x;
+        sums.xy[lane] += x * y;
+        sums.yy[lane] += y * y;
+        sums.xr[lane] += x * r;
+        sums.yr[lane] += y * r;
+        sums.rr[lane] += r * r;
+    }
+}
+
+void explainByShiftPlain(const float* above, const float* row, const float* below, const Shift& shift,
+                         float* explained, int count)
+{
+    for (int c = 0; c < count; ++c)
+        explained[c] = explainedShare(shift, gradientX(above, row, below, c), gradientY(above, below, c));
+}
+
+void sumOfFivePlain(const short* const* rows, short* sums, short* squares, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        int sum = 0, square = 0;
+        for (int r = 0; r < 5; ++r) {
+            sum += rows[r][c];
+            square += rows[r][c] * rows[r][c];
+        }
+        sums[c] = static_cast<short>(sum);
+        squares[c] = static_cast<short>(square);
+    }
+}
+
+int updateLinePlain(const u16* frame, const Stripes& stripes, float level, const Update& update,
+                    float* estimate, float* age, int count)
+{
+    int changed = 0;
+    for (int c = 0; c < count; ++c) {
+        int sum = 0, square = 0;
+        for (int d = -2; d <= 2; ++d) {
+            sum += update.sums[c + d];
+            square += update.squares[c + d];
+        }
+        const float stripe = stripes.columns[c] + stripes.row;
+        const float before = estimate[c] + stripes.share * stripe;
+        const float residual = ((static_cast<float>(frame[c]) - level) - stripe) - before;
+        changed += updatePixel(residual, before, static_cast<float>(sum), static_cast<float>(square),
+                               update.explained[c], update, estimate[c], age[c]);
+    }
+    return changed;
+}
+
+void splitAcrossPlain(const float* in, int step, float* low, float* high, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        low[c] = (in[c - step] + in[c + step]) * 0.25F + in[c] * 0.5F;
+        high[c] = in[c] - low[c];
+    }
+}
+
+void splitDownPlain(const float* above, const float* row, const float* below, float* low, float* squares,
+                    int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float smooth = (above[c] + below[c]) * 0.25F + row[c] * 0.5F;
+        const float rest = row[c] - smooth;
+        squares[c] += rest * rest;
+        if (low != nullptr)
+            low[c] = smooth;
+    }
+}
+
+void toLanesPlain(const float* estimate, float base, float scale, short* out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = static_cast<short>(static_cast<int>((estimate[c] - base) * scale));
+}
+
+void sumAcrossPlain(const short* in, int limit, int* sums, int* inside, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        int nine = 0;
+        for (int d = -4; d <= 4; ++d)
+            nine += in[c + d];
+        const int value = std::clamp<int>(static_cast<short>(9 * in[c] - nine), -limit, limit);
+        sums[c] += value;
+        inside[c] += std::abs(value) < limit ? 1 : 0;
+    }
+}
+
+ClippedSum sumDownPlain(const short* in, const short* nine, int limit, int count)
+{
+    ClippedSum line;
+    for (int c = 0; c < count; ++c) {
+        const int value = std::clamp<int>(static_cast<short>(9 * in[c] - nine[c]), -limit, limit);
+        line.sum += value;
+        line.inside += std::abs(value) < limit ? 1 : 0;
+    }
+    return line;
+}
+
+void slideLinePlain(const short* entering, const short* leaving, short* sums, int count)
+{
+    for (int c = 0; c < count; ++c)
+        sums[c] = static_cast<short>(sums[c] + entering[c] - leaving[c]);
+}
+
+void subtractStripesPlain(short* line, const short* columns, short row, int count)
+{
+    for (int c = 0; c < count; ++c)
+        line[c] = static_cast<short>(line[c] - columns[c] - row);
+}
+
+namespace {
+
+/// What flows into a pixel from its neighbour, in 64ths. Beyond the border there is nothing, and all is open.
+struct Flow
+{
+    short amount = 0;
+    short open = 64;
+};
+
+Flow flowBetween(const Lanes& picture, int row, int column, int otherRow, int otherColumn, Gate gate)
+{
+    if (otherRow < 0 || otherColumn < 0 || otherRow >= picture.rows || otherColumn >= picture.columns)
+        return {};
+    const auto difference = static_cast<short>(picture[otherRow][otherColumn] - picture[row][column]);
+    const short open = opening(difference, gate, slopeOf(gate));
+    return {static_cast<short>(open * difference), open};
+}
+
+/// Along one direction; adds to `open` how far the two gates of each pixel are open.
+Lanes smoothed(const Lanes& picture, int stepDown, int stepAcross, Gate gate, Lanes& open)
+{
+    Lanes out = picture;
+    for (int r = 0; r < picture.rows; ++r)
+        for (int c = 0; c < picture.columns; ++c) {
+            const Flow before = flowBetween(picture, r, c, r - stepDown, c - stepAcross, gate);
+            const Flow after = flowBetween(picture, r, c, r + stepDown, c + stepAcross, gate);
+            out[r][c] = static_cast<short>(picture[r][c] + ((after.amount + before.amount + 128) >> 8));
+            open[r][c] = static_cast<short>(open[r][c] + before.open + after.open);
+        }
+    return out;
+}
+
+} // namespace
+
+void smoothOctavePlain(Lanes& picture, const Octave& octave, Lanes& removed, std::vector<Lanes>& rings)
+{
+    rings.resize(0);
+    Lanes open;
+    open.create(picture.rows, picture.columns);
+    const Lanes smooth =
+        smoothed(smoothed(picture, 0, octave.step, octave.across, open), octave.step, 0, octave.down, open);
+    for (int r = 0; r < picture.rows; ++r)
+        for (int c = 0; c < picture.columns; ++c) {
+            int sum = 0;
+            for (int i = -2; i <= 2; ++i)
+                for (int j = -2; j <= 2; ++j)
+                    sum += open[std::clamp(r + i * octave.spacing, 0, picture.rows - 1)]
+                               [std::clamp(c + j * octave.spacing, 0, picture.columns - 1)];
+            const auto detail = static_cast<short>(picture[r][c] - smooth[r][c]);
+            removed[r][c] =
+                static_cast<short>(removed[r][c] + takenOff(detail, flatness(static_cast<short>(sum))));
+        }
+    picture = smooth;
+}
+
+void finishLinePlain(const float* estimate, const short* removed, const Finish& finish, u16* out, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const float stripe = finish.columns[c] + finish.row;
+        const float value = (estimate[c] - stripe) - static_cast<float>(removed[c]) * finish.unit;
+        out[c] = static_cast<u16>(static_cast<int>(clamped(value + finish.level, 0, 65535) + 0.5F));
+    }
+}
+
+} // namespace velmo::camera

@@ -1,0 +1,125 @@
+// Not installed.
+#pragma once
+
+#include "camera/Frame.h"
+#include "camera/stages/DenoiseKernel.h"
+
+#include <array>
+#include <vector>
+
+namespace velmo::camera {
+
+/// How much is taken off.
+struct DenoiseStrength
+{
+    float leastGain; ///< with which the estimate follows the frames: smaller is a longer mean
+    float gates;     ///< how far what the spatial step takes for noise goes, 1 as measured
+};
+
+/// Takes noise and stripes off the frames of a stream, whatever their size is: nothing about the camera has
+/// to be known.
+///
+/// It keeps an estimate E of the scene, float per pixel, and its age. A frame z passes these steps:
+///
+/// 1. Level: the median of z - E, made precise by the mean of what is within noise. E keeps its level.
+/// 2. Stripes that change: for columns and rows, the clipped means of z - E in four segments. What the
+///    segments agree on is a stripe, and taken off z. A small share goes into E, which so finds their mean.
+/// 3. Movement: the shift that best explains the residual r = z - E by the slope of E, by least squares in
+///    tiles none of which has more than its say. A sudden one starts E anew.
+/// 4. Change: where r has more energy than noise in five by five pixels, in one, or in their sum, or where
+/// the
+///    shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then a
+///    running mean.
+/// 5. Stripes that stay: the same segments, against the nine pixels around, in E; only as large as noise.
+/// 6. Noise in E: the energy of its finest diagonal octave where the next octave has least.
+/// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise. Where most
+///    neighbours differ by more is texture, and stays.
+///
+/// The result is E less 5 and 7, at the level of z. It is not fed back: 1 to 4 see E alone, so nothing runs
+/// away. No frame waits for a later one.
+///
+/// After the first frame of a size, nothing is allocated.
+class Denoiser
+{
+public:
+    explicit Denoiser(DenoiseStrength strength);
+
+    /// @param in   frames of less than 16 rows or columns pass as they are
+    /// @param out  becomes as large as `in`; may be `in`
+    void process(const Frame& in, Frame& out);
+
+private:
+    using Line = std::vector<float>;
+
+    /// Means of lines in four segments of their length.
+    struct Segments
+    {
+        static constexpr int s32Count = 4;
+
+        std::array<std::vector<int>, s32Count> sums, inside; ///< of values; of how many within the limit
+        std::array<int, s32Count> pixels{};                  ///< how many were added to a line
+        Line means, doubts;                                  ///< of the segments' means; variances of these
+        float common = 0;                                    ///< variance of what the segments agree on
+        Line copy;                                           ///< memory
+
+        void clear(std::size_t lines);
+        /// @param unit     in which the sums count
+        /// @param reach    what so many lines before and after have in common is no stripe; 0 for any
+        /// @param segment  memory
+        void average(float unit, int reach, Line& segment);
+    };
+
+    struct Block
+    {
+        float fine, coarse, structure; ///< energy: diagonal of two octaves, all of the second
+    };
+
+    void start(const Frame& frame);
+    void follow(const Frame& frame);
+    void findLevel(const Frame& frame);
+    float deviationOf(const Frame& frame);
+    void findStripes(const Frame& frame, float deviation);
+    void shrinkStripes(const Segments& lines, float deviation, Line& stripes);
+    void takeResiduals(const Frame& frame);
+    void findShift();
+    void explain(int row);
+    void update(const Frame& frame);
+    void addBlocks(int row);
+    void findNoise();
+    void findFixedStripes();
+    void finish(Frame& out);
+
+    float* estimate(int row) { return m_vecEstimate.data() + std::ptrdiff_t{row} * m_s32Columns; }
+    Stripes stripesOf(int row) const
+    {
+        return {m_vecColumns.data(), m_vecRows[static_cast<std::size_t>(row)], m_fStripeShare};
+    }
+
+    DenoiseStrength m_oStrength;
+    int m_s32Rows = 0, m_s32Columns = 0;
+    int m_s32Frames = 0;
+
+    Line m_vecEstimate, m_vecAge;
+    float m_fBase = 0;      ///< a value in the middle of the first frame
+    float m_fLevel = 0;     ///< of the frame above the estimate
+    float m_fDeviation = 0; ///< of the residual
+    float m_fNoise = 0;     ///< of the estimate
+    float m_fRatio = 1;     ///< of its second octave to what white noise has there
+    float m_fChanged = 1;   ///< share of the pixels that the last frame changed
+    float m_fShiftX = 0, m_fShiftY = 0;
+    float m_fCut = 0; ///< how sure it is that the whole scene is another
+
+    Segments m_oSegments, m_oRowSegments;
+    Line m_vecColumns, m_vecRows; ///< stripes of this frame
+    float m_fStripeShare = 0;     ///< of them that the estimate takes over
+    Line m_vecFixedColumns, m_vecFixedRows;
+
+    // Memory for what lasts no longer than a frame.
+    Line m_vecSorted, m_vecSegment, m_vecLines, m_vecHalfEstimate, m_vecHalfResidual;
+    std::vector<Block> m_vecBlocks;
+    std::vector<short> m_vecFixedLanes;
+    Lanes m_oCoarse, m_oSums, m_oPicture, m_oRemoved;
+    std::vector<Lanes> m_vecRings;
+};
+
+} // namespace velmo::camera

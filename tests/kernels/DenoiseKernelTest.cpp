@@ -1,0 +1,253 @@
+// The loops of the denoiser.
+
+#include "camera/stages/DenoiseKernel.h"
+#include "tests/kernels/KernelTest.h"
+
+#include <array>
+
+using namespace velmo::camera;
+
+namespace {
+
+constexpr int s32Margin = 16;
+
+float between(Random& random, float low, float high)
+{
+    return low + (high - low) * static_cast<float>(random(0, 1 << 20)) / (1 << 20);
+}
+
+/// Values around a level, some of them far away. Pixels before and behind the line belong to it.
+std::vector<float> line(Random& random, int count, float level, float spread)
+{
+    std::vector<float> all(static_cast<std::size_t>(count + 2 * s32Margin));
+    for (float& value : all)
+        value = random.oneIn(9) ? between(random, 0, 65535) : between(random, level - spread, level + spread);
+    return all;
+}
+
+std::vector<short> lanes(Random& random, int count, int reach)
+{
+    return random.values<short>(static_cast<std::size_t>(count + 2 * s32Margin), -reach, reach);
+}
+
+struct Compared
+{
+    std::vector<u16> frame;
+    std::vector<float> estimate, columns;
+    float level, row, share, scale;
+    int count;
+
+    explicit Compared(Random& random, int round)
+        : level(between(random, -300, 300)), row(between(random, -5, 5)), share(between(random, 0, 1)),
+          scale(between(random, 0.01F, 40)), count(round)
+    {
+        const float middle = between(random, 0, 65535), spread = random.pick({1.0F, 20.0F, 3000.0F});
+        estimate = line(random, count, middle, spread);
+        columns = line(random, count, 0, 8);
+        for (const float value : line(random, count, middle + level, spread))
+            frame.push_back(static_cast<u16>(std::min(65535.0F, std::max(0.0F, value))));
+    }
+    Comparison of() const { return {frame.data(), estimate.data(), level}; }
+    Stripes stripes() const { return {columns.data(), row, share}; }
+};
+
+template <class Function, class Draw>
+void add(std::vector<KernelCase>& all, const Forms<Function>& forms, Draw draw)
+{
+    all.push_back(kernel(forms, 150, draw));
+}
+
+void addFrameLoops(std::vector<KernelCase>& all)
+{
+    add(all, sumDifferences, [](Random& random, int round) {
+        return [in = Compared(random, round)](auto& form) {
+            std::vector<int> sums(in.frame.size(), 5), inside(in.frame.size(), 7);
+            const ClippedSum sum = form(in.of(), in.scale, sums.data(), inside.data(), in.count);
+            return Left() << sum.sum << sum.inside << sums << inside;
+        };
+    });
+    add(all, takeResidual, [](Random& random, int round) {
+        return [in = Compared(random, round)](auto& form) {
+            Guarded<float> estimate(in.frame.size()), residual(in.frame.size());
+            Guarded<short> coarse(in.frame.size());
+            form(in.of(), in.stripes(), in.scale, estimate.data(), residual.data(), coarse.data(), in.count);
+            return Left() << estimate.all << residual.all << coarse.all;
+        };
+    });
+    add(all, updateLine, [](Random& random, int round) {
+        const std::vector<short> sums = lanes(random, round, 175), squares = lanes(random, round, 6125);
+        const std::vector<float> ages = line(random, round, 20, 19.5F),
+                                 least = line(random, round, 0, 0.001F);
+        return [=, in = Compared(random, round)](auto& form) {
+            std::vector<float> estimate = in.estimate, age = ages, explained = least;
+            for (float& value : explained)
+                value = std::min(1.0F, std::max(0.0F, value));
+            const int changed = form(
+                in.frame.data(), in.stripes(), in.level,
+                {sums.data() + s32Margin, squares.data() + s32Margin, explained.data(), 1 / in.scale, 0.07F},
+                estimate.data(), age.data(), in.count);
+            return Left() << changed << estimate << age;
+        };
+    });
+    add(all, finishLine, [](Random& random, int round) {
+        const std::vector<short> removed = lanes(random, round, 500);
+        return [=, in = Compared(random, round)](auto& form) {
+            Guarded<u16> out(in.frame.size());
+            form(in.estimate.data(), removed.data(), {in.columns.data(), in.row, 0.07F, in.level}, out.data(),
+                 in.count);
+            return Left() << out.all;
+        };
+    });
+}
+
+void addFloatLoops(std::vector<KernelCase>& all)
+{
+    const auto three = [](Random& random, int count) {
+        const float level = between(random, 0, 65535), spread = between(random, 0, 300);
+        return std::array<std::vector<float>, 4>{
+            line(random, count, level, spread), line(random, count, level, spread),
+            line(random, count, level, spread), line(random, count, 0, 10)};
+    };
+    add(all, halve, [=](Random& random, int round) {
+        return [=, in = three(random, 2 * round)](auto& form) {
+            Guarded<float> out(static_cast<std::size_t>(round));
+            form(in[0].data(), in[1].data(), out.data(), round);
+            return Left() << out.all;
+        };
+    });
+    add(all, sumGradients, [=](Random& random, int round) {
+        return [=, in = three(random, round)](auto& form) {
+            GradientSums sums;
+            sums.xy[round % 8] = 3;
+            form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, in[3].data(), 1 / 16.0F, sums, round);
+            Left left;
+            for (int i = 0; i < 8; ++i)
+                left << sums.xx[i] << sums.xy[i] << sums.yy[i] << sums.xr[i] << sums.yr[i] << sums.rr[i];
+            return left;
+        };
+    });
+    add(all, explainByShift, [=](Random& random, int round) {
+        const Shift shift{between(random, -1, 1), between(random, -1, 1), between(random, 0.02F, 900),
+                          random.oneIn(2) ? 0 : between(random, 0, 1)};
+        return [=, in = three(random, round)](auto& form) {
+            Guarded<float> out(static_cast<std::size_t>(round));
+            form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, shift, out.data(), round);
+            return Left() << out.all;
+        };
+    });
+    add(all, splitAcross, [=](Random& random, int round) {
+        const int step = random(1, 2);
+        return [=, in = three(random, round)](auto& form) {
+            Guarded<float> low(static_cast<std::size_t>(round)), high(static_cast<std::size_t>(round));
+            form(in[0].data() + 2, step, low.data(), high.data(), round);
+            return Left() << low.all << high.all;
+        };
+    });
+    add(all, splitDown, [=](Random& random, int round) {
+        const bool keep = random.oneIn(2);
+        return [=, in = three(random, round)](auto& form) {
+            Guarded<float> low(static_cast<std::size_t>(round));
+            std::vector<float> squares = in[3];
+            form(in[0].data(), in[1].data(), in[2].data(), keep ? low.data() : nullptr, squares.data(),
+                 round);
+            return Left() << low.all << squares;
+        };
+    });
+    add(all, toLanes, [=](Random& random, int round) {
+        return [=, in = three(random, round)](auto& form) {
+            Guarded<short> out(static_cast<std::size_t>(round));
+            form(in[0].data(), 30000, 32 / 0.7F, out.data(), round);
+            return Left() << out.all;
+        };
+    });
+}
+
+void addLaneLoops(std::vector<KernelCase>& all)
+{
+    add(all, sumOfFive, [](Random& random, int round) {
+        return [=, in = lanes(random, 5 * round, s32ResidualClip)](auto& form) {
+            Guarded<short> sums(static_cast<std::size_t>(round)), squares(static_cast<std::size_t>(round));
+            const short* rows[5];
+            for (int i = 0; i < 5; ++i)
+                rows[i] = in.data() + i * round;
+            form(rows, sums.data(), squares.data(), round);
+            return Left() << sums.all << squares.all;
+        };
+    });
+    add(all, sumAcross, [](Random& random, int round) {
+        return [=, in = lanes(random, round, random.pick({20, 200, 32767}))](auto& form) {
+            std::vector<int> sums(in.size(), 3), inside(in.size(), 4);
+            form(in.data() + 4, 864, sums.data(), inside.data(), round);
+            return Left() << sums << inside;
+        };
+    });
+    add(all, sumDown, [](Random& random, int round) {
+        const int reach = random.pick({20, 200, 32767});
+        return [=, in = lanes(random, round, reach), nine = lanes(random, round, reach)](auto& form) {
+            const ClippedSum sum = form(in.data(), nine.data(), 864, round);
+            return Left() << sum.sum << sum.inside;
+        };
+    });
+    add(all, slideLine, [](Random& random, int round) {
+        return [=, in = lanes(random, round, 32767), out = lanes(random, round, 32767)](auto& form) {
+            std::vector<short> sums(in.size(), 30000);
+            form(in.data(), out.data(), sums.data(), round);
+            return Left() << sums;
+        };
+    });
+    add(all, subtractStripes, [](Random& random, int round) {
+        const auto row = static_cast<short>(random(-500, 500));
+        return [=, in = lanes(random, round, 32767), columns = lanes(random, round, 500)](auto& form) {
+            std::vector<short> picture = in;
+            form(picture.data(), columns.data(), row, round);
+            return Left() << picture;
+        };
+    });
+}
+
+/// Steps and noise, at any height of the 16-bit circle.
+Lanes picture(Random& random, int rows, int columns)
+{
+    Lanes all;
+    all.create(rows, columns);
+    const int noise = random.pick({0, 30, 90, 300, 32767}), level = random(-32768, 32767);
+    for (int r = 0; r < rows; ++r)
+        for (int c = 0; c < columns; ++c)
+            all[r][c] =
+                static_cast<short>(level + random(-noise, noise) + (c > columns / 2 ? 700 : 0) + 3 * r);
+    return all;
+}
+
+Left& operator<<(Left& left, Lanes& lanes)
+{
+    for (int r = 0; r < lanes.rows; ++r)
+        left << std::vector<short>(lanes[r], lanes[r] + lanes.columns);
+    return left;
+}
+
+} // namespace
+
+std::vector<KernelCase> denoiseKernels()
+{
+    std::vector<KernelCase> all;
+    addFrameLoops(all);
+    addFloatLoops(all);
+    addLaneLoops(all);
+    add(all, smoothOctave, [](Random& random, int round) {
+        const auto gate = [&] {
+            const auto lower = static_cast<short>(random(1, 110));
+            return Gate{lower, static_cast<short>(lower * 9 / 4 + 1)};
+        };
+        const Octave octave{1 << round % 4, 1 + round % 2, gate(), gate()};
+        const Lanes in = picture(random, random(1, 45), random(1, 70));
+        return [=](auto& form) {
+            Lanes smooth = in, removed = in;
+            std::vector<Lanes> rings;
+            form(smooth, octave, removed, rings);
+            Left left;
+            left << smooth << removed;
+            return left;
+        };
+    });
+    return all;
+}
