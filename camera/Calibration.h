@@ -12,7 +12,8 @@ struct Calibration
 {
     std::string origin = "calibration"; ///< where the bad pixels come from, for messages
     std::vector<exp::vision::BadPixel> badPixels;
-    std::string unit = "counts"; ///< what its values mean, as Scale::parse takes it
+    std::string unit = "counts"; ///< what its values mean, as Scale::parse takes it; frames of a signed unit
+                                 ///< come in the order of Scale::reorder
 };
 
 } // namespace velmo::camera
