@@ -89,6 +89,8 @@ TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
             << made;
     }
     EXPECT_THAT(said("measure a.tiff --unit counts --csv"), Not(HasSubstr("°C"))); // what is typed wins
+    EXPECT_EQ(shell("clean a.tiff --quiet --out -").output, bytes("a.raw"));
+    EXPECT_EQ(shell("clean - --raw 6x4 --out - <a.raw").output, bytes("a.raw"));
     const ProgramRun mixed = call("measure a.tiff run_0.png");
     EXPECT_EQ(mixed.code, 2);
     EXPECT_THAT(mixed.errors, HasSubstr("kelvin/64"));
