@@ -10,6 +10,7 @@ namespace velmo::recordings {
 namespace {
 
 constexpr double maxCount = 65535;
+constexpr double belowAll = -273.16; ///< under absolute zero: scales read "below" there
 
 /// Neighbouring counts have to be different temperatures in single precision.
 double smallestGain(const DegreeRange& range)
@@ -25,6 +26,11 @@ DegreeRange widened(DegreeRange range, const cv::Mat& degrees, const std::string
     for (int y = 0; y < degrees.rows; ++y)
         for (int x = 0; x < degrees.cols; ++x) {
             const float value = degrees.at<float>(y, x);
+            if (value == -std::numeric_limits<float>::infinity()) {
+                range.low = std::min(range.low, belowAll);
+                range.high = std::max(range.high, belowAll);
+                continue;
+            }
             if (!std::isfinite(value))
                 VELMO_THROW(what + ": no temperature at x " + std::to_string(x) + ", y " + std::to_string(y) +
                             (std::isnan(value) ? " (not a number)" : " (infinite)"));

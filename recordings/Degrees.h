@@ -14,9 +14,10 @@ struct DegreeRange
     double high = -std::numeric_limits<double>::infinity();
 };
 
-/// The range widened by an image of CV_32FC1.
+/// The range widened by an image of CV_32FC1. Minus infinity is what is colder than can be measured: it makes
+/// the range begin under absolute zero.
 /// @param what  what messages call the image: "run.npy, frame 3"
-/// @throws Exception  that names the place of a value that is no number, or an infinite one
+/// @throws Exception  that names the place of a value that is no number, or plus infinity
 DegreeRange widened(DegreeRange range, const cv::Mat& degrees, const std::string& what);
 
 /// Counts that stand for degrees Celsius: gain * count + offset.
@@ -30,7 +31,7 @@ struct DegreeScale
     /// finest steps that reach from its lowest to its highest temperature.
     static DegreeScale holding(const DegreeRange& range);
 
-    /// @param degrees  CV_32FC1, within the range
+    /// @param degrees  CV_32FC1, within the range; minus infinity is 0
     /// @returns the nearest counts
     cv::Mat_<unsigned short> counts(const cv::Mat& degrees) const;
 };

@@ -207,6 +207,17 @@ TEST_F(Formats, OfDegreesBecomeCountsOfOneScale)
     ASSERT_EQ(std::sscanf(source->unit().c_str(), "linear:%lf:%lf", &gain, &offset), 2);
     EXPECT_NEAR(gain, 0.01, 1e-8);
     EXPECT_EQ(offset, 0);
+
+    // What was below all temperatures is under absolute zero, where no scale has any; 20.01 degrees above it
+    // are the last of 65535 steps.
+    writeAll(createNpy(output("a.npy")), {(cv::Mat_<float>(1, 3) << -HUGE_VALF, -253.15F, -263.155F)});
+    const auto cold = openFrameFiles("one", {path("a.npy")}, true);
+    Frame counts;
+    ASSERT_TRUE(cold->next(counts));
+    EXPECT_EQ(counts(0, 0), 0);
+    EXPECT_EQ(counts(0, 1), 65535);
+    EXPECT_NEAR(counts(0, 2), 32767.5, 1);
+    EXPECT_THAT(cold->unit(), testing::EndsWith(":-273.16000000000003"));
 }
 
 TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
