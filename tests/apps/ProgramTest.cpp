@@ -185,6 +185,9 @@ TEST_F(Program, ListsDrawsAndKeepsPalettes)
     said("palettes import two.csv --name Two --out two.xml");
     said("palettes export two --file two.xml --out again.xml");
     EXPECT_THAT(said("palettes --csv --file again.xml"), HasSubstr("\ntwo,2,#0080FF,#0A141E\n"));
+    write("dark.png", Frame(2, 2, static_cast<unsigned short>(0)));
+    said("render dark.png --range 0:100 --palette-file two.xml --out two.png"); // its first palette
+    EXPECT_EQ(picture("two.png")(0, 0), cv::Vec3b(255, 128, 0));
 }
 
 TEST_F(Program, ShowsWhatEachStageDoes)

@@ -147,9 +147,9 @@ TEST_F(Promises, AnInterruptEndsEveryCommandAndLeavesNothing)
 
 TEST_F(Promises, TextsFromOutsideCannotSpeakToTheTerminal)
 {
-    const std::string escape = "\x1b]0;title\x07";
+    const std::string escape = "\x1b]0;title\x07\xC2\x9B";
     const ProgramRun run = call("render " + escape + ".pgm --out o");
-    EXPECT_EQ(run.errors, "thermal: \\x1b]0;title\\x07.pgm: no such file or folder\n");
+    EXPECT_EQ(run.errors, "thermal: \\x1b]0;title\\x07\\xc2\\x9b.pgm: no such file or folder\n");
     EXPECT_LT(call("render f.pgm --out o --range 5:" + std::string(900000, '9')).errors.size(), 1100U);
     write("evil.pgm", "P5 9999999999 1" + escape);
     EXPECT_EQ(call("render evil.pgm --out o").errors.find('\x1b'), std::string::npos);

@@ -28,8 +28,8 @@ WITHOUT_FAULT = []  # tests that fail without one say nothing about others
 PROGRAMS = {
     "core": ["imgproc_tests", "kernel_tests"],
     "vision": ["imgproc_tests", "kernel_tests", "allocation_tests", "platform_tests"],
-    "camera": ["camera_tests", "allocation_tests"],
-    "recordings": ["recordings/recordings_tests"],
+    "camera": ["camera_tests", "allocation_tests", "apps/thermal_tests"],
+    "recordings": ["recordings/recordings_tests", "apps/thermal_tests"],
     "apps": ["apps/thermal_tests"],
 }
 

@@ -1,5 +1,6 @@
 #include "tests/TemporaryFolder.h"
 
+#include "recordings/ByteOrder.h"
 #include "recordings/FrameFiles.h"
 #include "recordings/GreyWriters.h"
 #include "recordings/PngFile.h"
@@ -286,6 +287,12 @@ TEST_F(Formats, OfOneRecordingHaveOneUnit)
     EXPECT_THROW(readBoth("2.pgm", true), exp::Exception);
     EXPECT_NO_THROW(readBoth("2.pgm", false));
     EXPECT_THROW(readBoth("3.npy", false), exp::Exception); // counts and degrees
+}
+
+TEST(ByteOrder, IsTurnedInEveryChannel)
+{
+    const cv::Mat values = cv::Mat(2, 18, CV_16U, cv::Scalar(0x0102)).reshape(6);
+    EXPECT_EQ(cv::countNonZero(inOrder(values, true).reshape(1) == 0x0201), 36);
 }
 
 } // namespace

@@ -139,9 +139,7 @@ TEST(BlobPicture, MarksBlobsAndLeavesTheRestAlone)
     BlobTracker tracker;
     tracker.label(blobs);
     const Picture before(40, 60, cv::Vec3b(100, 100, 100));
-    cv::theRNG().state = 5;
     const Picture after = withBlobs(before, blobs, tracker, 2);
-    EXPECT_EQ(cv::theRNG().state, 5U);
     ASSERT_EQ(after.size(), cv::Size(120, 80));
     const cv::Vec3b outline = after(40, 40), inside = after(43, 43);
     EXPECT_NE(outline, before(0, 0));
@@ -151,4 +149,5 @@ TEST(BlobPicture, MarksBlobsAndLeavesTheRestAlone)
     EXPECT_EQ(after(58, 58), before(0, 0));
     EXPECT_EQ(cv::norm(after, withBlobs(before, blobs, tracker, 2)), 0);
     EXPECT_EQ(cv::norm(before, withBlobs(before, {}, tracker, 1)), 0);
+    EXPECT_THROW(withBlobs(Picture(28, 60), blobs, tracker, 1), velmo::exp::Exception); // one row short
 }

@@ -21,4 +21,14 @@ TEST(Pixels, MeasureNoiseInFractionsOfADigit)
     EXPECT_NEAR(results.dMeanNetd, 0.0577, 0.003);
 }
 
+TEST(Pixels, HaveToRiseFromEachFrameToTheNext)
+{
+    velmo::camera::PixelDetection detection(0, true);
+    // The first pixel falls at last, and stays above where it began.
+    for (const auto& [first, second] : {std::pair(1000, 900), {1200, 1000}, {1100, 1100}})
+        detection.add((Frame(1, 2) << first, second));
+    EXPECT_EQ(detection.map()(0, 0), 32);
+    EXPECT_EQ(detection.map()(0, 1), 0);
+}
+
 } // namespace
