@@ -24,7 +24,8 @@ class BuildByCMake(build_ext):
         if not tree:
             tree = os.path.abspath(self.build_temp)
             subprocess.check_call(["cmake", "-S", ROOT, "-B", tree, *OPTIONS])
-            subprocess.check_call(["cmake", "--build", tree, "--target", "velmo_python", "--parallel"])
+            jobs = str(os.cpu_count() or 1)  # without a number, make starts all at once
+            subprocess.check_call(["cmake", "--build", tree, "--target", "velmo_python", "--parallel", jobs])
         prefix = os.path.abspath(self.build_lib)
         subprocess.check_call(["cmake", "--install", tree, "--component", "wheel", "--prefix", prefix])
 

@@ -148,6 +148,10 @@ void addConverter(py::module_& module)
              "resize_lookup_table_humid(air_temperature, humidity, palette)\n\n"
              "Builds the table for palletize_humid, in steps of a tenth of a percent.")
         .def(
+            "fill_color_regions",
+            [](Converter& self) { unlocked(self.mutex, [&] { self.converter.fillColorRegions(0, 65535); }); },
+            "fill_color_regions()\n\nPaints all regions into the table.")
+        .def(
             "create_color_region",
             [](Converter& self, py::handle id, py::handle upper, py::handle lower, py::handle color) {
                 const auto key = static_cast<unsigned>(inRange(id, "id", 0, 0x7fffffff));

@@ -294,6 +294,21 @@ void addPixelSearch(py::module_& module)
 void addDrawing(py::module_& module)
 {
     module.def(
+        "make_lens_map",
+        [](double k1, double k2, double fx, double fy, double cx, double cy, std::pair<int, int> shape) {
+            const cv::Size size(inRange(py::int_(shape.second), "shape", 1, 16384),
+                                inRange(py::int_(shape.first), "shape", 1, 16384));
+            cv::Mat map;
+            unlocked([&] { map = camera::makeLensMap({k1, k2, fx, fy, cx, cy}, size); });
+            return copied(map);
+        },
+        py::arg("k1"), py::arg("k2"), py::arg("fx"), py::arg("fy"), py::arg("cx"), py::arg("cy"),
+        py::arg("shape"),
+        "make_lens_map(k1, k2, fx, fy, cx, cy, shape) -> rows x cols x 6 uint16\n\n"
+        "The map that undoes a lens: a point at distance r from the axis, in focal lengths, is seen at\n"
+        "r (1 + k1 r^2 + k2 r^4). fx, fy: focal lengths, cx, cy: the axis, in pixels. As write_lens_map "
+        "keeps it.");
+    module.def(
         "undistort",
         [](py::handle frame, py::handle map) {
             const cv::Mat image = countsView(frame);

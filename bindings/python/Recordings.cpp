@@ -5,6 +5,7 @@
 
 #include "core/Exception.h"
 #include "recordings/Frames.h"
+#include "recordings/LensFile.h"
 #include "recordings/Outputs.h"
 #include "recordings/PaletteFile.h"
 #include "recordings/PaletteFormats.h"
@@ -282,6 +283,18 @@ void addFiles(py::module_& module)
             });
         },
         py::arg("path"), py::arg("map"), "write_pixel_map(path, map)\n\nA grey PGM of 16 bits.");
+    module.def(
+        "write_lens_map",
+        [](py::handle path, py::handle map) {
+            const cv::Mat channels = view(map, "map", CV_MAKETYPE(CV_16U, 6));
+            writeWhole(path, [&](Outputs& outputs, const std::string& file) {
+                recordings::writeLensMap(outputs.file(file), channels);
+            });
+        },
+        py::arg("path"), py::arg("map"),
+        "write_lens_map(path, map)\n\n"
+        "rows x cols x 6 uint16 as a PAM file, which DistortionCorrection.load_pixel_corr_info_from_pxm "
+        "reads.");
     module.def(
         "read_records", [](py::handle path) { return recordArray(recordings::readRecords(pathText(path))); },
         py::arg("path"), "read_records(path) -> records of BAD_PIXEL");
