@@ -15,8 +15,7 @@
 #endif
 
 /// The same for loops written in vector types: NAME(parameters) runs NAMEOf<bytes>(arguments) with the
-/// vectors that the level has. Wider ones would be taken to pieces, and so would comparisons of the 64 bytes
-/// of x86-64-v4.
+/// vectors that the level has. Wider ones would be taken to pieces.
 #if VELMO_HAS_CLONES
 #define VELMO_CLONE_OF_WIDTH(level, bytes, name, parameters, arguments)                                      \
     __attribute__((target(level))) void name parameters                                                      \
@@ -24,11 +23,14 @@
         name##Of<bytes> arguments;                                                                           \
     }
 #define VELMO_CLONES_BY_WIDTH(name, parameters, arguments)                                                   \
+    VELMO_CLONE_OF_WIDTH("arch=x86-64-v4", 64, name, parameters, arguments)                                  \
     VELMO_CLONE_OF_WIDTH("arch=x86-64-v3", 32, name, parameters, arguments)                                  \
     VELMO_CLONE_OF_WIDTH("arch=x86-64-v2", 16, name, parameters, arguments)                                  \
     VELMO_CLONE_OF_WIDTH("default", 16, name, parameters, arguments)
 #else
-#if defined(__AVX2__)
+#if defined(__AVX512BW__)
+#define VELMO_VECTOR_BYTES 64
+#elif defined(__AVX2__)
 #define VELMO_VECTOR_BYTES 32
 #else
 #define VELMO_VECTOR_BYTES 16

@@ -40,6 +40,38 @@ VELMO_INLINE Shorts<bytes> all(int value)
     return Shorts<bytes>{} + static_cast<short>(value);
 }
 
+/// All bits of the lanes for which it is so. Comparisons of 64 bytes would be taken to pieces.
+/// @param a, b  no more than 32767 apart
+template <class Vector>
+VELMO_INLINE Vector isLess(const Vector& a, const Vector& b)
+{
+    if constexpr (sizeof(Vector) < 64)
+        return a < b;
+    else
+        return (a - b) >> 15;
+}
+
+template <class Vector>
+VELMO_INLINE Vector isNot0(const Vector& a)
+{
+    if constexpr (sizeof(Vector) < 64) {
+        return a != 0;
+    } else {
+        using Unsigned = typename Lanes<64>::Unsigned;
+        return -reinterpret_cast<Vector>(lower(reinterpret_cast<Unsigned>(a), Unsigned{} + 1));
+    }
+}
+
+/// @param mask  all bits of a lane, or none
+template <class Vector>
+VELMO_INLINE Vector choose(const Vector& mask, const Vector& yes, const Vector& no)
+{
+    if constexpr (sizeof(Vector) < 64)
+        return mask ? yes : no;
+    else
+        return (yes & mask) | (no & ~mask);
+}
+
 /// A line of values, read a vector at a time.
 template <int bytes>
 struct Line

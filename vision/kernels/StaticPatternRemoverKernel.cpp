@@ -21,7 +21,7 @@ namespace {
 
 /// Lanes of the widest vectors. Lines have as many before their first value, and twice as many behind their
 /// last.
-constexpr int room = 16;
+constexpr int room = 32;
 
 /// What a row is filtered with. Four values before the first one and behind the last one repeat these.
 struct PatternLines
@@ -118,16 +118,16 @@ VELMO_INLINE void learnColumns(const PatternLines& l, std::ptrdiff_t count,
         storeShorts(l.lineRests + c, lineRest);
         storeShorts(l.lineDeviations + c, line);
 
-        const V calm = (block < thresholdLow) | (line < threshold);
-        const V rest = block < line - (line >> 2) - (line >> 4) ? blockRest : lineRest;
+        const V calm = isLess(block, thresholdLow) | isLess(line, threshold);
+        const V rest = choose<V>(isLess<V>(block, line - (line >> 2) - (line >> 4)), blockRest, lineRest);
         V fraction = fractions[c] - ((corrections[c] + rest) & calm);
         V whole = wholes[c] + (fraction >> 10);
         // At a limit, 0 remains above and 1023 below.
-        const auto below = reinterpret_cast<typename Lanes<bytes>::Unsigned>(whole < least) >> 6;
-        fraction = (fraction & 1023 & (whole < most)) | reinterpret_cast<V>(below);
+        const auto below = reinterpret_cast<typename Lanes<bytes>::Unsigned>(isLess(whole, least)) >> 6;
+        fraction = (fraction & 1023 & isLess(whole, most)) | reinterpret_cast<V>(below);
         whole = higher(lower(whole, most), least - 1);
         // Toward zero by 4; -3 to -1 become 1 to 3 and stay there.
-        fraction += (((whole >> 15) & 8) - 4) & ((whole | fraction >> 2) != 0);
+        fraction += (((whole >> 15) & 8) - 4) & isNot0<V>(whole | fraction >> 2);
         whole += fraction >> 10;
         storeShorts(l.fractions + c, fraction & 1023);
         storeShorts(l.wholes + c, whole);
@@ -156,7 +156,7 @@ VELMO_INLINE Shorts<bytes> estimate(const PatternLines& l, std::ptrdiff_t c, con
         Line<bytes>{l.lineRests}[c] - counts<V>(leftFours[c - 4] + rightFours[c + 1] - 8 * centre);
     const V block = Line<bytes>{l.blockDeviations}[c], line = Line<bytes>{l.lineDeviations}[c];
     const V apart = higher(block, line) - lower(block, line), difference = ofLine - ofBlock;
-    return ofBlock + (apart < close ? difference >> 1 : difference & (line < block));
+    return ofBlock + choose<V>(isLess(apart, close), difference >> 1, difference & isLess(line, block));
 }
 
 /// The output of the pixels from `c` on with their states before the row, and these after it. They always fit
@@ -172,10 +172,10 @@ VELMO_INLINE void learnPixels(const PatternLines& l, std::ptrdiff_t c, const Pat
     const V correction = (state >> 5) - (state >> 15);
     const V x = Line<bytes>{l.row}[c];
     const V sum = counts<V>(Line<bytes>{l.corrections}[c]) + counts(correction);
-    storeShorts(out, x - (sum & (x != 32767)));
+    storeShorts(out, x - (sum & isNot0<V>(x ^ 32767)));
 
     const V calmer = lower<V>(Line<bytes>{l.blockDeviations}[c], Line<bytes>{l.lineDeviations}[c]);
-    const V step = (correction + estimate<bytes>(l, c, threshold >> 2)) & (calmer < threshold);
+    const V step = (correction + estimate<bytes>(l, c, threshold >> 2)) & isLess(calmer, threshold);
     state = lower<V>(higher<V>(state - step, least), most);
     // One step toward zero.
     storeWidened(states, lower<V>(state + 1, higher<V>(state - 1, V{})));
