@@ -48,6 +48,7 @@ struct Row
 
 constexpr Row rows[] = {
     {"temporal noise per pixel", "temporal", &NoiseFigures::temporal},
+    {"slow noise per pixel", "slow", &NoiseFigures::slow},
     {"column stripes", "columns", &NoiseFigures::columns},
     {"row stripes", "rows", &NoiseFigures::rows},
     {"column stripes in time", "columns_in_time", &NoiseFigures::columnsInTime},

@@ -72,6 +72,8 @@ py::dict noiseFigures(Noise& self)
     dict["columns"] = figures.columns;
     dict["rows"] = figures.rows;
     dict["pattern"] = figures.pattern;
+    dict["slow"] = figures.slow;
+    dict["unchanged"] = figures.unchanged;
     dict["drift"] = figures.drift;
     return dict;
 }
@@ -90,6 +92,7 @@ void addMeters(py::module_& module)
              "figures() -> dict of frames, shape, low, high, temporal (noise of a pixel in time), "
              "columns_in_time and\n"
              "rows_in_time (stripes that change), columns and rows (that stay), pattern (pixel to pixel), "
+             "slow (noise over the whole recording), unchanged (share of pixels), "
              "drift (of the\n"
              "level, first to last frame); nan where there are too few frames");
     py::class_<Fidelity>(

@@ -94,7 +94,7 @@ double NoiseMeter::Deviation::median(std::size_t count) const
     const double n = static_cast<double>(count);
     Values deviation;
     cv::sqrt(cv::max((m_oSquares - m_oSum.mul(m_oSum) / n) / (n - 1), 0.0), deviation);
-    return medianOf(deviation) / std::sqrt(2.0);
+    return medianOf(deviation);
 }
 
 void NoiseMeter::add(const Frame& frame)
@@ -110,12 +110,17 @@ void NoiseMeter::add(const Frame& frame)
     Values values;
     frame.convertTo(values, CV_64F);
     m_vecLevels.push_back(medianOf(values));
-    if (m_nFrames == 0)
+    if (m_nFrames == 0) {
         m_oSum = values.clone();
-    else {
+        m_oFirst = values;
+        m_oChanged = cv::Mat_<unsigned char>::zeros(values.size());
+    } else {
         m_oSum += values;
         compare(values);
     }
+    const Values change = values - m_oFirst;
+    m_oSteady.add(change - medianOf(change));
+    m_oChanged |= change != 0;
     m_oPrevious = values;
     ++m_nFrames;
 }
@@ -143,9 +148,13 @@ NoiseFigures NoiseMeter::figures() const
     figures.size = m_oSum.size();
     figures.low = m_dLow;
     figures.high = m_dHigh;
-    figures.temporal = m_oPixels.median(differences);
-    figures.columnsInTime = m_oColumns.median(differences);
-    figures.rowsInTime = m_oRows.median(differences);
+    // A difference has the noise of two.
+    figures.temporal = m_oPixels.median(differences) / std::sqrt(2.0);
+    figures.columnsInTime = m_oColumns.median(differences) / std::sqrt(2.0);
+    figures.rowsInTime = m_oRows.median(differences) / std::sqrt(2.0);
+    figures.slow = m_oSteady.median(m_nFrames);
+    figures.unchanged =
+        1 - cv::countNonZero(m_oChanged) / static_cast<double>(std::max<std::size_t>(1, m_oChanged.total()));
     figures.columns = stripes(mean);
     figures.rows = stripes(mean.t());
     figures.pattern = pixelPattern(mean);

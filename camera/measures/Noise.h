@@ -19,6 +19,8 @@ struct NoiseFigures
     double low = 0; ///< least and greatest value
     double high = 0;
     double temporal = 0;      ///< noise of a pixel in time: median over the pixels
+    double slow = 0;          ///< the same over the whole recording: slow noise is in it, too
+    double unchanged = 0;     ///< share of the pixels whose value never changed
     double columnsInTime = 0; ///< the same of the columns' means: stripes that change
     double rowsInTime = 0;
     double columns = 0; ///< column stripes that stay
@@ -31,8 +33,10 @@ struct NoiseFigures
 ///
 /// Noise in time is the standard deviation of the difference between consecutive frames, divided by the
 /// square root of 2, the change of the whole frame's level taken out: a scene that stands still drops out,
-/// and the median over the pixels drops what moves. What stays is measured on the mean of all frames, as
-/// 1.4826 times the median absolute deviation from a smoothed version, so that edges count little.
+/// and the median over the pixels drops what moves. That sees fast noise; the slow noise of uncooled sensors
+/// is in the standard deviation of each pixel over all frames, the level taken out. What stays is measured on
+/// the mean of all frames, as 1.4826 times the median absolute deviation from a smoothed version, so that
+/// edges count little.
 class VELMO_API NoiseMeter
 {
 public:
@@ -49,6 +53,7 @@ private:
         cv::Mat_<double> m_oSquares;
 
         void add(const cv::Mat_<double>& values);
+        /// The median over the elements of their standard deviations.
         double median(std::size_t count) const;
     };
 
@@ -57,7 +62,10 @@ private:
     std::size_t m_nFrames = 0;
     double m_dLow = 0;
     double m_dHigh = 0;
+    cv::Mat_<double> m_oFirst;
     cv::Mat_<double> m_oPrevious;
+    cv::Mat_<unsigned char> m_oChanged;
+    Deviation m_oSteady;
     cv::Mat_<double> m_oSum;
     Deviation m_oPixels;
     Deviation m_oColumns;

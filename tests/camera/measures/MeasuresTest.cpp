@@ -56,6 +56,21 @@ TEST_F(Measures, NoiseInTimeIsThatOfThePixelsWhateverTheLevelDoes)
     EXPECT_NEAR(figures.rowsInTime, 20 / std::sqrt(80.0), 0.4);
 }
 
+TEST_F(Measures, SlowNoiseIsNotLostBetweenConsecutiveFrames)
+{
+    std::vector<double> walk = normals(60 * 80, 20);
+    const NoiseFigures figures = figuresOf([&](int frame, int row, int column) {
+        double& value = walk[static_cast<std::size_t>(row * 80 + column)];
+        value = row < 6 ? 0 : 0.8 * value + 0.6 * normal(20); // keeps its deviation, and 0.8 of itself
+        return 9000 + 150 * (frame / 10) + value;
+    });
+    EXPECT_NEAR(figures.slow, 20 * std::sqrt(1 - 9.0 / 40),
+                1.2); // 40 frames are as many as 40 / 9 fresh ones
+    EXPECT_NEAR(figures.temporal, 20 * std::sqrt(1 - 0.8), 1);
+    EXPECT_EQ(figures.unchanged, 0);
+    EXPECT_EQ(figuresOf([](int frame, int row, int) { return row < 15 ? 7 : frame; }).unchanged, 0.25);
+}
+
 TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
 {
     const std::vector<double> steps = normals(80, 30);
