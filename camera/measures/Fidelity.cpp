@@ -15,16 +15,18 @@ constexpr double dSteepest = 0.98;    ///< edges: steeper than this share of the
 constexpr double dFarBeyondNoise = 8; ///< of the deviation of the frame's own differences
 constexpr double dLeastChange = 12;   ///< counts: below that, coarse values look like movement
 
-cv::Mat_<double> slopeOf(const cv::Mat_<double>& mean)
+struct Gradient
 {
-    cv::Mat_<double> right;
-    cv::Mat_<double> down;
-    cv::Sobel(mean, right, CV_64F, 1, 0);
-    cv::Sobel(mean, down, CV_64F, 0, 1);
-    cv::Mat_<double> slope;
-    cv::magnitude(right, down, slope);
-    return slope;
-}
+    explicit Gradient(const cv::Mat_<double>& mean)
+    {
+        cv::Sobel(mean, right, CV_64F, 1, 0);
+        cv::Sobel(mean, down, CV_64F, 0, 1);
+    }
+
+    cv::Mat_<double> squared() const { return right.mul(right) + down.mul(down); }
+
+    cv::Mat_<double> right, down;
+};
 
 } // namespace
 
@@ -56,12 +58,12 @@ FidelityFigures FidelityMeter::figures() const
     FidelityFigures figures = {dNone, dNone};
     if (m_nFrames == 0)
         return figures;
-    const cv::Mat_<double> before = slopeOf(m_oSumBefore);
-    const cv::Mat_<double> after = slopeOf(m_oSumAfter);
-    const cv::Mat steepest = before >= quantileOf(before, dSteepest);
-    const double slope = cv::mean(before, steepest)[0];
-    if (slope > 0)
-        figures.edges = cv::mean(after, steepest)[0] / slope;
+    const Gradient before(m_oSumBefore), after(m_oSumAfter);
+    const cv::Mat_<double> slope = before.squared();
+    const cv::Mat steepest = slope >= quantileOf(slope, dSteepest);
+    const cv::Mat_<double> along = before.right.mul(after.right) + before.down.mul(after.down);
+    if (const double steepness = cv::mean(slope, steepest)[0]; steepness > 0)
+        figures.edges = cv::mean(along, steepest)[0] / steepness;
     if (m_dChanged > 0)
         figures.ghosting = m_dMissed / m_dChanged;
     return figures;

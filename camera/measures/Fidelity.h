@@ -24,8 +24,9 @@ public:
     void add(const Frame& before, const Frame& after);
 
     /// Edges: where the mean of the unfiltered frames is steepest (one pixel in fifty), the mean of the
-    /// filtered ones has what share of that slope. Ghosting: where a pixel changes from frame to frame by
-    /// far more than noise, the filtered one misses what share of that change.
+    /// filtered ones has what share of that slope, along it: noise has no direction and adds nothing.
+    /// Ghosting: where a pixel changes from frame to frame by far more than noise, the filtered one misses
+    /// what share of that change.
     FidelityFigures figures() const;
 
 private:
