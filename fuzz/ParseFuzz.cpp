@@ -1,5 +1,6 @@
 // The numbers of the command line; the first byte chooses the kind.
 
+#include "camera/pixels/PixelMap.h"
 #include "camera/settings/Parse.h"
 #include "camera/temperature/Scale.h"
 
@@ -40,9 +41,12 @@ void parse(int kind, const std::string& text)
         require(numbers[1] >= 0 && numbers[1] <= 100);
         require(numbers[2] >= 0 && numbers[2] <= 0xffffff);
         require(numbers[3] >= 0 && numbers[3] <= 1e12);
-    } else {
+    } else if (kind == 3) {
         const Scale scale = Scale::parse(text);
         require(Scale::parse(scale.text()).text() == scale.text());
+    } else {
+        const PixelMap map = parsePixelList(text, {40, 30});
+        require(cv::countNonZero(parsePixelList(pixelList(map), {40, 30}) != map) == 0);
     }
 }
 
@@ -53,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0)
         return 0;
     try {
-        parse(data[0] % 4, std::string(data + 1, data + size));
+        parse(data[0] % 5, std::string(data + 1, data + size));
     } catch (const velmo::exp::Exception&) {
     }
     return 0;

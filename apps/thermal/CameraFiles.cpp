@@ -1,7 +1,7 @@
 #include "apps/thermal/CameraFiles.h"
 
+#include "apps/thermal/PixelMapFiles.h"
 #include "recordings/PaletteFile.h"
-#include "recordings/PixelFiles.h"
 
 #include <iostream>
 
@@ -19,9 +19,9 @@ Calibration readFilesOf(Settings& settings, Outputs& outputs)
             settings.set("colours/palette", first);
     }
     Calibration calibration;
-    if (const std::string file = settings.text("pixels/records"); !file.empty()) {
+    if (const std::string file = settings.text("pixels/records"); !file.empty() && file != "auto") {
         calibration.origin = file;
-        calibration.badPixels = readRecords(file);
+        calibration.badPixels = readReplacements(file);
         outputs.protect({file});
     }
     return calibration;

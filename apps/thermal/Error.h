@@ -12,4 +12,11 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Everything went well but for the result, which is hardly true; nothing is written. Ends with code 3.
+class DoubtfulResult : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
 } // namespace thermal

@@ -2,11 +2,14 @@
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
+#include "apps/thermal/PixelMapFiles.h"
+#include "apps/thermal/PixelsCommands.h"
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"
 #include "apps/thermal/Terminal.h"
 #include "camera/pixels/PixelDetection.h"
 #include "camera/pixels/PixelOverlay.h"
+#include "camera/pixels/Replacements.h"
 #include "camera/settings/Parse.h"
 #include "recordings/Outputs.h"
 #include "recordings/PixelFiles.h"
@@ -206,7 +209,8 @@ void detect(const DetectOptions& options)
 void addDetect(CLI::App& pixels)
 {
     auto options = std::make_shared<DetectOptions>();
-    CLI::App& command = *pixels.add_subcommand("detect", "Finds bad pixels and writes a map of them");
+    CLI::App& command = *pixels.add_subcommand(
+        "detect", "Runs a detector of your choice and writes a map; 'find' needs no choice");
     options->input.addTo(command);
     command.get_option("INPUT")->required(false);
     options->settings.addTo(command, {"temperature/unit"});
@@ -256,7 +260,7 @@ struct RecordsOptions
 {
     std::string map;
     std::string out;
-    unsigned int radius = 0;
+    unsigned int radius = u32UsualRadius;
     TableFormat format;
 };
 
@@ -264,11 +268,15 @@ void makeRecords(const RecordsOptions& options)
 {
     Outputs outputs;
     outputs.protect({options.map});
-    const std::vector<BadPixel> records =
-        BadPixelTools::calculateReplacePixels(readPixelMap(options.map), options.radius);
-    writeRecords(outputs.file(options.out), records);
+    const Replacements replacements = replacementsOf(readAnyMap(options.map), options.radius);
+    writeRecords(outputs.file(options.out), replacements.records);
     outputs.commit();
-    std::cout << records.size() << " records in " << forTerminal(options.out) << '\n';
+    std::cout << replacements.records.size() << " records in " << forTerminal(options.out) << '\n';
+    if (!replacements.widened.empty())
+        std::cout << "No good pixel within " << options.radius << " of these; up to " << replacements.widest
+                  << " away was searched for them:\n";
+    for (const cv::Point& pixel : replacements.widened)
+        std::cout << "  " << pixel.x << ',' << pixel.y << '\n';
 }
 
 void addRecords(CLI::App& pixels)
@@ -276,9 +284,11 @@ void addRecords(CLI::App& pixels)
     auto options = std::make_shared<RecordsOptions>();
     CLI::App& command =
         *pixels.add_subcommand("records", "Finds the pixels that replace those of a map, four for each");
-    command.add_option("MAP", options->map, "A map, as detect writes it; 0 is a good pixel")->required();
-    command.add_option("--radius", options->radius, "How far to look for good pixels")
-        ->required()
+    command.add_option("MAP", options->map, "A map, as find writes it; 0 is a good pixel")->required();
+    command
+        .add_option("--radius", options->radius,
+                    "How far to look for good pixels; further only for what has none there")
+        ->capture_default_str()
         ->check(CLI::Range(1, s32Most))
         ->type_name("N");
     command.add_option("--out", options->out, "The records, a .pgm for render --bad-pixels")
@@ -324,6 +334,8 @@ void addPixelsCommand(CLI::App& program)
 {
     CLI::App& command = *program.add_subcommand("pixels", "Finds bad pixels and what replaces them");
     command.require_subcommand(1);
+    addPixelsFind(command);
+    addPixelsMaps(command);
     addDetect(command);
     addRecords(command);
     addShow(command);

@@ -1,6 +1,7 @@
 #include "apps/thermal/Program.h"
 
 #include "apps/thermal/Commands.h"
+#include "apps/thermal/Error.h"
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Terminal.h"
 
@@ -19,11 +20,14 @@
 namespace thermal {
 namespace {
 
-int complain(const std::string& message)
+constexpr int s32BadUsage = 2;
+constexpr int s32Doubtful = 3;
+
+int complain(const std::string& message, int code = s32BadUsage)
 {
-    constexpr int s32BadUsage = 2;
+    std::cout.flush();
     std::cerr << complaint(message) << std::flush;
-    return s32BadUsage;
+    return code;
 }
 
 int runCommand(CLI::App& program, int argc, const char* const* argv)
@@ -40,6 +44,8 @@ int runCommand(CLI::App& program, int argc, const char* const* argv)
     } catch (const CLI::ParseError& error) {
         // Code 0 is how --help and --version ask to be printed.
         return error.get_exit_code() == 0 ? program.exit(error) : complain(error.what());
+    } catch (const DoubtfulResult& doubt) {
+        return complain(doubt.what(), s32Doubtful);
     } catch (const cv::Exception& error) {
         return complain(error.err); // what() is a report of several lines
     } catch (const std::exception& error) {

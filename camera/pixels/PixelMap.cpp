@@ -1,5 +1,8 @@
 #include "camera/pixels/PixelMap.h"
 
+#include "camera/settings/Parse.h"
+
+#include "core/Exception.h"
 #include "vision/imgproc/BadPixel.h"
 
 #include <sstream>
@@ -34,6 +37,33 @@ std::string pixelList(const PixelMap& map)
             if (map(y, x) != 0)
                 text << x << ',' << y << ',' << map(y, x) << ',' << reasonsOf(map(y, x)) << '\n';
     return text.str();
+}
+
+PixelMap parsePixelList(const std::string& text, cv::Size size)
+{
+    PixelMap map(size, 0);
+    std::istringstream lines(text);
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        const bool heading = number == 1 && line.rfind("x", 0) == 0;
+        if (line.empty() || heading)
+            continue;
+        const std::vector<std::string> fields = split(line, ',');
+        const std::string what = "line " + std::to_string(number);
+        if (fields.size() < 2)
+            VELMO_THROW(what + ": x,y is needed");
+        const Form place = {{"x", Field::Kind::Whole, 0, double(size.width - 1)},
+                            {"y", Field::Kind::Whole, 0, double(size.height - 1)}};
+        const std::vector<double> at = parseForm(fields[0] + "," + fields[1], what, place, ',');
+        int flags = exp::vision::BadPixelTools::u32BadHomogenity;
+        if (fields.size() > 2)
+            flags =
+                static_cast<int>(parseForm(fields[2], what, {{"flags", Field::Kind::Whole, 1, 65535}})[0]);
+        map(static_cast<int>(at[1]), static_cast<int>(at[0])) |= flags;
+    }
+    return map;
 }
 
 } // namespace velmo::camera

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Exception.h"
 #include "core/Export.h"
 
 #include <opencv2/core.hpp>
@@ -28,5 +29,10 @@ VELMO_API std::string reasonsOf(int flags, const std::vector<PixelReason>& reaso
 
 /// A line of comma-separated values for each bad pixel under a line of headings: x, y, flags, reasons.
 VELMO_API std::string pixelList(const PixelMap& map);
+
+/// Reads such a list back, also one of x,y alone, and with other things behind the flags; headings may be
+/// missing. What has no flags is marked as by the histogram.
+/// @throws Exception  that names the line
+VELMO_API PixelMap parsePixelList(const std::string& text, cv::Size size);
 
 } // namespace velmo::camera

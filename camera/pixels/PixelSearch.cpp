@@ -143,6 +143,13 @@ std::size_t PixelSearch::frames() const
     return m_pStatistics->m_nFrames;
 }
 
+Frame PixelSearch::mean() const
+{
+    Frame mean;
+    m_pStatistics->mean().convertTo(mean, CV_16U, 1, 32768);
+    return mean;
+}
+
 PixelFindings PixelSearch::find() const
 {
     if (frames() == 0)

@@ -77,6 +77,9 @@ public:
 
     std::size_t frames() const;
 
+    /// The mean of the frames so far; less the shutter plus 32768, if there is one.
+    Frame mean() const;
+
     /// What the frames so far tell.
     /// @throws Exception  if there was none
     PixelFindings find() const;

@@ -59,8 +59,13 @@ std::vector<Key> makeKeys()
     const int maxThreshold = StaticPatternRemover::s32MaxThreshold;
     const int maxLimit = StaticPatternRemover::s32MaxLimit;
     return {
-        {"pixels/records", "--bad-pixels", text("FILE"), "", "",
-         "Replace defective pixels before anything else: records that 'thermal pixels records' wrote"},
+        {"pixels/records",
+         "--bad-pixels",
+         {{"auto"}, {}, "FILE", false},
+         "",
+         "",
+         "Replace defective pixels before anything else: those of a map that 'thermal pixels find' wrote, or "
+         "of records; auto learns them on the first 20 frames"},
 
         {"temperature/unit", "--unit", text("UNIT"), "", "auto",
          "What values mean: counts, centikelvin, decikelvin, kelvin/16, kelvin/64, celsius/10, "
@@ -121,10 +126,8 @@ std::vector<Key> makeKeys()
           false},
          "degrees or counts",
          "auto",
-         "Values at the ends of the palette: auto (of the frames, gliding after them), lock (of the first 10 "
-         "frames "
-         "together, held; widened if more than 1 % of a frame lies outside), fixed ones, or percentiles like "
-         "p1:p99"},
+         "Values at the ends of the palette: auto (each frame's own), lock (of the first 10 frames together, "
+         "held), fixed ones, or percentiles like p1:p99"},
         {"colours/regions",
          "--region",
          {{}, {{{"LOW", value}, {"HIGH", value}, {"RRGGBB", colour}}}, "", true},

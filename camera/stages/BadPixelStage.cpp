@@ -1,9 +1,15 @@
 #include "camera/stages/BadPixelStage.h"
 
+#include "camera/pixels/PixelSearch.h"
+#include "camera/pixels/Replacements.h"
 #include "camera/settings/Parse.h"
 
 #include "core/Exception.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -35,10 +41,16 @@ public:
 private:
     static unsigned short meanOf(const Frame& frame, const BadPixel& record)
     {
-        int sum = 2; // half of 4: to the nearest
-        for (const Pixel& good : record.replacePixel)
-            sum += frame(good.y, good.x);
-        return static_cast<unsigned short>(sum / 4);
+        constexpr std::int64_t noise = 8; // counts: differences below say nothing
+        const auto value = [&](int slot) -> std::int64_t {
+            const Pixel good = record.replacePixel[slot];
+            return frame(good.y, good.x);
+        };
+        const std::int64_t right = value(0), below = value(1), above = value(2), left = value(3);
+        const std::int64_t across = std::abs(left - right) + noise, along = std::abs(above - below) + noise;
+        const std::int64_t whole = across + along; // half of twice that: to the nearest
+        return static_cast<unsigned short>(((left + right) * along + (above + below) * across + whole) /
+                                           (2 * whole));
     }
 
     void checkPositions(cv::Size size)
@@ -66,10 +78,41 @@ private:
     cv::Size m_oChecked;
 };
 
+/// Learns on the first frames.
+class LearningStage : public Stage
+{
+public:
+    std::string name() const override { return m_pStage ? m_pStage->name() : "bad pixels auto"; }
+
+    void apply(Frame& frame) override
+    {
+        if (m_oSearch) {
+            m_oSearch->add(frame);
+            if (m_oSearch->frames() < nFramesToLearn)
+                return;
+            const PixelFindings findings = m_oSearch->find();
+            m_oSearch.reset();
+            std::vector<BadPixel> records;
+            if (findings.overshot().empty())
+                records = replacementsOf(findings.map()).records;
+            m_pStage = std::make_unique<BadPixelStage>("bad pixels auto", std::move(records));
+        }
+        m_pStage->apply(frame);
+    }
+
+private:
+    static constexpr std::size_t nFramesToLearn = 20;
+
+    std::optional<PixelSearch> m_oSearch{PixelSearch()};
+    std::unique_ptr<Stage> m_pStage;
+};
+
 } // namespace
 
-std::unique_ptr<Stage> makeBadPixelStage(const Calibration& calibration)
+std::unique_ptr<Stage> makeBadPixelStage(const Settings& settings, const Calibration& calibration)
 {
+    if (settings.text("pixels/records") == "auto")
+        return std::make_unique<LearningStage>();
     if (calibration.badPixels.empty())
         return nullptr;
     return std::make_unique<BadPixelStage>(calibration.origin, calibration.badPixels);

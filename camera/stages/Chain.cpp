@@ -14,7 +14,7 @@ namespace velmo::camera {
 
 Chain::Chain(const Settings& settings, const Calibration& calibration)
 {
-    add(makeBadPixelStage(calibration));
+    add(makeBadPixelStage(settings, calibration));
     add(makePatternStage(settings));
     add(makeTemporalStage(settings));
     add(makeSpatialStage(settings));

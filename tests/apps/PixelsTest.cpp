@@ -79,6 +79,74 @@ TEST_F(Pixels, AreFoundByNetdAndInLines)
     EXPECT_THAT(json, HasSubstr("\n]\n,\"pixels\":\n["));
 }
 
+TEST_F(Pixels, AreFoundByOneCommandThatServesThePicture)
+{
+    const auto spoil = [](Frame& frame, int) {
+        frame(2, 3) = 0;
+        frame(7, 12) += 500;
+    };
+    writeFrames("clean", 20, 10000, [](Frame&, int) {});
+    writeFrames("f", 20, 10000, spoil);
+    const ProgramRun find = call("pixels find f*.pgm --out map.pgm");
+    ASSERT_EQ(find.code, 0) << find.errors;
+    EXPECT_THAT(find.output, HasSubstr("twinkling"));
+    EXPECT_THAT(bytes("map.csv"), testing::MatchesRegex("x,y,flags,reasons,deviations,cluster\n"
+                                                        "3,2,64,dead,-[0-9.]+,1\n12,7,64,hot,[0-9.]+,1\n"));
+    const ProgramRun json = call("pixels find f*.pgm --out other.pgm --json");
+    EXPECT_THAT(json.output, HasSubstr("\"dead\""));
+
+    // The wall rises evenly, so that what replaces them is what was there.
+    ASSERT_EQ(call("render clean19.pgm --range 11000:12000 --out clean.png").code, 0);
+    ASSERT_EQ(call("render f19.pgm --bad-pixels map.pgm --range 11000:12000 --out f.png").code, 0);
+    EXPECT_EQ(cv::norm(picture("clean.png"), picture("f.png")), 0);
+    ASSERT_EQ(call("render f*.pgm --bad-pixels auto --range 11000:12000 --out all").code, 0);
+    EXPECT_EQ(cv::norm(picture("clean.png"), picture("all/frame_0019.png")), 0);
+}
+
+TEST_F(Pixels, AreNotBelievedWhenTheyAreTooMany)
+{
+    writeFrames("f", 1, 10000, [](Frame& frame, int) {
+        for (int n = 0; n < 15; ++n)
+            frame(1 + n % 3 * 4, 1 + n / 3 * 4) = 0;
+    });
+    const ProgramRun find = call("pixels find f0.pgm --out map.pgm");
+    EXPECT_EQ(find.code, 3);
+    EXPECT_THAT(find.errors, HasSubstr("15 of 240 pixels are flagged, most of them as dead"));
+    EXPECT_EQ(folder.entries().size(), 1U);
+    ASSERT_EQ(call("pixels find f0.pgm --out map.pgm --force").code, 0);
+    EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("map.pgm"))), 15);
+}
+
+TEST_F(Pixels, ComeInMapsMasksAndListsOfManyKinds)
+{
+    cv::Mat_<unsigned char> mask(12, 20, static_cast<unsigned char>(0));
+    mask(4, 5) = 255;
+    cv::imwrite(path("mask.png"), mask);
+    write("list.csv", std::string("x,y\n19,11\n5,4\n"));
+    for (const char* const name : {"all.pgm", "all.png", "all.npy", "all.csv"})
+        ASSERT_EQ(call(std::string("pixels merge list.csv mask.png --out ") + name).code, 0) << name;
+    EXPECT_EQ(bytes("all.csv"), "x,y,flags,reasons\n5,4,64,spread\n19,11,64,spread\n");
+    EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("all.pgm"))), 2);
+    for (const char* const name : {"all.pgm", "all.png", "all.npy", "all.csv"}) {
+        const ProgramRun diff = call(std::string("pixels diff mask.png ") + name + " --out diff.png --csv");
+        EXPECT_THAT(diff.output, HasSubstr("new,1\ngone,0\nin both,1\n")) << diff.errors;
+        EXPECT_THAT(diff.output, HasSubstr("19,11,new,spread"));
+    }
+    EXPECT_THAT(call("pixels merge list.csv --out l.pgm").errors, HasSubstr("--size"));
+    EXPECT_THAT(call("pixels merge list.csv --size 19x12 --out l.pgm").errors, HasSubstr("line 2"));
+}
+
+TEST_F(Pixels, InTheMidstOfAClusterAreReplacedFromFurtherAway)
+{
+    PixelMap map(15, 15, 0);
+    map(cv::Rect(3, 3, 9, 9)) = 64;
+    velmo::recordings::writePixelMap(velmo::recordings::OutputFile(path("map.pgm"), "map.pgm"), map);
+    const ProgramRun records = call("pixels records map.pgm --radius 4 --out records.pgm");
+    EXPECT_THAT(records.output, testing::EndsWith("searched for them:\n  7,7\n"));
+    EXPECT_THAT(call("pixels show records.pgm --csv").output,
+                HasSubstr("\n7,7,\"12,7\",\"7,12\",\"7,2\",\"2,7\"\n"));
+}
+
 TEST_F(Pixels, AreNoneInACleanFrame)
 {
     writeFrames("f", 1, 10000, [](Frame&, int) {});
@@ -102,7 +170,7 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
                     {"pixels detect --netd f0.pgm cold f0.pgm 30 --out map.pgm", "cold"},
                     {"pixels detect --netd f0.pgm 20 30 --out map.pgm", "--netd"},
                     {"pixels records missing.pgm --radius 3 --out r.pgm", "missing.pgm"},
-                    {"pixels records bad.pgm --radius 3 --out r.pgm", "no replace pixel"},
+                    {"pixels records bad.pgm --radius 3 --out r.pgm", "without a good pixel"},
                     {"pixels show missing.pgm", "missing.pgm"},
                     {"render f0.pgm --bad-pixels missing.pgm --out f.png", "missing.pgm"}});
     said("pixels detect f0.pgm --spread 1 --offset 9000 --out map.pgm");
