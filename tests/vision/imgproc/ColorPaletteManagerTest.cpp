@@ -168,16 +168,18 @@ TEST_F(ColorPaletteManagerTest, ListsColorsWhileItRegistersThem)
 TEST_F(ColorPaletteManagerTest, ServesManyThreads)
 {
     const Palette dark(30, 0), light(300, 255);
-    Manager::addPalette("p", dark);
+    Manager::loadPalettes({});
+    Manager::addPalette("mine", dark);
     // An operation a thread: one that does not lock is in step with none of the others.
     const std::function<bool(int)> operations[] = {
-        [&](int n) { return Manager::addPalette("p", n % 2 != 0 ? dark : light), true; },
+        [&](int n) { return Manager::addPalette("mine", n % 2 != 0 ? dark : light), true; },
         [&](int) {
-            const Palette colors = Manager::getPaletteColors("p");
+            const Palette colors = Manager::getPaletteColors("mine");
             return colors == dark || colors == light;
         },
-        [](int) { return Manager::setSupportedColorPalettes({"p"}), true; },
-        [](int) { return Manager::setActivePalette("p"), true; },
+        [](int) { return Manager::setSupportedColorPalettes({"mine"}), true; },
+        [](int) { return Manager::setActivePalette("mine"), true; },
+        [](int) { return Manager::setActivePalette("Ironbow"), true; },
         [](int) { return !Manager::getSupportedPalettesColors().empty(); },
         [](int) { return !Manager::getSupportedPalettesNames().empty(); },
         [](int) { return !Manager::getAvailableColorPalettes().empty(); },
@@ -192,7 +194,7 @@ TEST_F(ColorPaletteManagerTest, ServesManyThreads)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_THAT(failures, testing::Each(0));
-    EXPECT_THAT(Manager::getSupportedPalettesNames(), ElementsAre("Ironbow", "p"));
+    EXPECT_THAT(Manager::getSupportedPalettesNames(), ElementsAre("Ironbow", "mine"));
 }
 
 TEST_F(ColorPaletteManagerTest, LoadsFilesOfSeveralPalettes)
