@@ -79,6 +79,9 @@ void render(const RenderOptions& options)
     painter.finish();
     outputs.commit();
     tellOfSingleFrame(settings, frames);
+    if (const std::size_t times = camera.range().widenings(); times > 0)
+        std::cerr << "thermal: --range lock: widened " << times << (times == 1 ? " time" : " times")
+                  << ", as more than 1 % of a frame lay outside\n";
     const Degrees degrees = camera.thermometer().degrees();
     if (const auto& air = camera.colouring().air())
         std::cout << "dew point of the air: "

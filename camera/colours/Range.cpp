@@ -5,6 +5,7 @@
 #include "core/Exception.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace velmo::camera {
 namespace {
@@ -82,11 +83,43 @@ ValueRange RangeRule::of(const Frame& frame)
     case Kind::Percentiles:
         return percentiles(frame, m_dLowPercent, m_dHighPercent, m_vecHistogram);
     case Kind::Automatic:
-        return automatic(frame);
+        return glide(automatic(frame));
+    case Kind::Lock:
+        if (learning())
+            learn(frame);
+        else
+            widen(frame);
+        return m_oHeld;
     default:
-        learn(frame);
         return m_oHeld;
     }
+}
+
+ValueRange RangeRule::glide(ValueRange target)
+{
+    constexpr double dShare = 1 / 8.0; // of the way, per frame
+    constexpr double dSameScene = 0.5; // what both ranges have in common, of what they have together
+    const double common = std::min<double>(m_dHigh, target.high) - std::max<double>(m_dLow, target.low);
+    const double together = std::max<double>(m_dHigh, target.high) - std::min<double>(m_dLow, target.low);
+    const double share = m_dLow == m_dHigh || common < dSameScene * together ? 1 : dShare;
+    m_dLow += share * (target.low - m_dLow);
+    m_dHigh += share * (target.high - m_dHigh);
+    return {static_cast<unsigned short>(std::lround(m_dLow)),
+            static_cast<unsigned short>(std::lround(m_dHigh))};
+}
+
+void RangeRule::widen(const Frame& frame)
+{
+    constexpr std::size_t nOneIn = 100;
+    std::size_t outside = 0;
+    for (int r = 0; r < frame.rows; ++r)
+        outside += static_cast<std::size_t>(
+            std::count_if(frame[r], frame[r] + frame.cols,
+                          [&](unsigned short value) { return value < m_oHeld.low || value > m_oHeld.high; }));
+    if (outside * nOneIn <= frame.total())
+        return;
+    m_oHeld = unite(m_oHeld, automatic(frame));
+    ++m_nWidenings;
 }
 
 ValueRange RangeRule::automatic(const Frame& frame)

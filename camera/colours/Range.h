@@ -32,8 +32,13 @@ public:
     /// @throws Exception  for a range that the thermometer cannot read, or that is empty
     explicit RangeRule(const Settings& settings = {}, const Thermometer& thermometer = Thermometer());
 
-    /// The range for the next frame. What is locked learns from it as long as it does.
+    /// The range for the next frame. What is automatic glides after the frames, in some eight of them, and
+    /// jumps where the scene becomes another. What is locked learns as long as it does, and is widened by a
+    /// frame of which more than 1 percent lies outside.
     ValueRange of(const Frame& frame);
+
+    /// How often what is locked was widened.
+    std::size_t widenings() const { return m_nWidenings; }
 
     /// Whether the first frames still decide about the range that is held then.
     bool learning() const;
@@ -51,12 +56,17 @@ private:
     };
 
     ValueRange automatic(const Frame& frame);
+    ValueRange glide(ValueRange target);
+    void widen(const Frame& frame);
 
     Kind m_eKind = Kind::Automatic;
     ValueRange m_oHeld = {0, 65535};
     double m_dLowPercent = 0;
     double m_dHighPercent = 100;
     std::size_t m_nLearnt = 0;
+    std::size_t m_nWidenings = 0;
+    double m_dLow = 0; ///< of what glides; equal before the first frame
+    double m_dHigh = 0;
     std::vector<unsigned> m_vecHistogram; ///< kept for its memory
 };
 

@@ -126,8 +126,10 @@ std::vector<Key> makeKeys()
           false},
          "degrees or counts",
          "auto",
-         "Values at the ends of the palette: auto (each frame's own), lock (of the first 10 frames together, "
-         "held), fixed ones, or percentiles like p1:p99"},
+         "Values at the ends of the palette: auto (of the frames, gliding after them), lock (of the first 10 "
+         "frames "
+         "together, held; widened if more than 1 % of a frame lies outside), fixed ones, or percentiles like "
+         "p1:p99"},
         {"colours/regions",
          "--region",
          {{}, {{{"LOW", value}, {"HIGH", value}, {"RRGGBB", colour}}}, "", true},

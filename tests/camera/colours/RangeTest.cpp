@@ -53,6 +53,24 @@ TEST(Range, AutomaticDoesNotStretchAFlatFrame)
     }
 }
 
+TEST(Range, AutomaticGlidesAndJumpsToAnotherScene)
+{
+    const auto between = [](int low, int high) {
+        Frame frame(10, 10, static_cast<unsigned short>(low));
+        frame.rowRange(5, 10) = high;
+        return frame;
+    };
+    RangeRule rule = ruleOf("auto");
+    EXPECT_EQ(rule.of(between(1000, 2000)).high, 2000);
+    EXPECT_EQ(rule.of(between(1080, 2160)).low, 1010); // an eighth of the way
+    EXPECT_EQ(rule.of(between(1080, 2160)).high, 2038);
+    for (int i = 0; i < 60; ++i)
+        rule.of(between(1080, 2160));
+    EXPECT_EQ(rule.of(between(1080, 2160)).high, 2160);
+    EXPECT_EQ(rule.of(between(1080, 9000)).high, 9000);
+    EXPECT_EQ(rule.of(between(30000, 30900)).low, 30000);
+}
+
 TEST(Range, FixedIsWhatWasTyped)
 {
     EXPECT_EQ(rangeOf("29000:30000", countingFrame()), std::pair(29000, 30000));
@@ -70,9 +88,15 @@ TEST(Range, LockIsThatOfTheFirstFramesTogether)
         if (frames < 10)
             rule.hold();
         EXPECT_FALSE(rule.learning());
-        const velmo::camera::ValueRange range = rule.of(flat(5000));
-        EXPECT_EQ(range.low, 990);
-        EXPECT_EQ(range.high, 1010 + 100 * (frames - 1));
+        Frame later(10, 10, static_cast<unsigned short>(1000));
+        later(0, 0) = 5000; // 1 percent
+        EXPECT_EQ(rule.of(later).low, 990);
+        EXPECT_EQ(rule.of(later).high, 1010 + 100 * (frames - 1));
+        EXPECT_EQ(rule.widenings(), 0U);
+        later(0, 1) = 5000;
+        EXPECT_EQ(rule.of(later).high, 5000);
+        EXPECT_EQ(rule.of(flat(5000)).low, 990);
+        EXPECT_EQ(rule.widenings(), 1U);
     }
 }
 

@@ -1,0 +1,62 @@
+#include "bench/Bench.h"
+#include "bench/Scene.h"
+#include "camera/stages/Denoiser.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <array>
+#include <memory>
+
+using namespace velmo::camera;
+
+namespace {
+
+/// A few frames of one scene with fresh noise, again and again.
+struct Stream
+{
+    explicit Stream(cv::Size size) : out(size)
+    {
+        cv::RNG random(5);
+        for (Frame& frame : frames) {
+            cv::Mat_<float> noise(size);
+            random.fill(noise, cv::RNG::NORMAL, 0, 4);
+            cv::Mat_<float> values;
+            scene(size).convertTo(values, CV_32F);
+            cv::Mat(values + noise).convertTo(frame, CV_16U);
+        }
+    }
+
+    const Frame& next() { return frames[number++ % frames.size()]; }
+
+    std::array<Frame, 4> frames;
+    std::size_t number = 0;
+    Denoiser denoiser{{0.07F, 1}};
+    Frame out, median, average;
+    cv::Mat_<float> real, bilateral, mean;
+};
+
+Job denoise(cv::Size size)
+{
+    const auto stream = std::make_shared<Stream>(size);
+    Job job(4 * static_cast<std::size_t>(size.area()), static_cast<std::size_t>(size.area()));
+    job.ours([=] { stream->denoiser.process(stream->next(), stream->out); });
+    // Neither finds out how large the noise is, nor sees stripes.
+    job.peer("medianBlur", [=] { cv::medianBlur(stream->next(), stream->median, 3); });
+    job.peer("bilateralFilter", [=] {
+        stream->next().convertTo(stream->real, CV_32F);
+        cv::bilateralFilter(stream->real, stream->bilateral, 5, 12, 1.5);
+    });
+    job.peer("accumulateWeighted", [=] {
+        if (stream->mean.empty())
+            stream->next().convertTo(stream->mean, CV_32F);
+        cv::accumulateWeighted(stream->next(), stream->mean, 0.1);
+        stream->mean.convertTo(stream->average, CV_16U);
+    });
+    if (size.width == 640)
+        job.atMost(1, "bilateralFilter");
+    return job;
+}
+
+const Registration registration("denoise", denoise);
+
+} // namespace
