@@ -159,7 +159,8 @@ void Denoiser::start(const Frame& frame)
     m_oPicture.create(m_s32Rows, m_s32Columns);
     m_oCoarse.create(m_s32Rows, m_s32Columns);
     m_oSums.create(2, m_s32Columns);
-    m_vecHalfEstimate.assign(static_cast<std::size_t>((m_s32Rows / 2) * (m_s32Columns / 2 + 2)), 0);
+    m_vecHalfEstimate.assign(
+        static_cast<std::size_t>(m_s32Rows / 2) * static_cast<std::size_t>(m_s32Columns / 2 + 2), 0);
     m_vecHalfResidual = m_vecHalfEstimate;
 }
 
@@ -271,7 +272,7 @@ void Denoiser::shrinkStripes(const Segments& lines, float deviation, Line& strip
 void Denoiser::takeResiduals(const Frame& frame)
 {
     const int half = m_s32Columns / 2;
-    m_vecLines.resize(static_cast<std::size_t>(4 * m_s32Columns));
+    m_vecLines.resize(4 * static_cast<std::size_t>(m_s32Columns));
     for (int r = 0; r < m_s32Rows; ++r) {
         float* from = m_vecLines.data() + (r % 2) * m_s32Columns;
         float* residual = from + 2 * m_s32Columns;
@@ -381,7 +382,7 @@ void Denoiser::explain(int row)
 
 void Denoiser::update(const Frame& frame)
 {
-    m_vecLines.resize(static_cast<std::size_t>(4 * (m_s32Columns + 2)));
+    m_vecLines.resize(4 * static_cast<std::size_t>(m_s32Columns + 2));
     std::int64_t changed = 0;
     for (int r = 0; r < m_s32Rows; ++r) {
         explain(r);
@@ -404,7 +405,7 @@ void Denoiser::addBlocks(int row)
     constexpr float fFine = 0.375F, fCoarse = 0.109375F, fEdges = 0.137109F;
     constexpr int reach = 3, lines = s32Block + 2 * reach; // of the first octave; the second reads two less
     const int stride = m_s32Columns + 2 * s32LineMargin;
-    m_vecLines.resize(static_cast<std::size_t>((4 * lines + 5) * stride));
+    m_vecLines.resize(static_cast<std::size_t>(4 * lines + 5) * static_cast<std::size_t>(stride));
     const auto lineOf = [&](int set, int index) {
         return m_vecLines.data() + std::ptrdiff_t{set * lines + index} * stride + s32LineMargin;
     };
