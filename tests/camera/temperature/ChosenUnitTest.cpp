@@ -1,0 +1,89 @@
+#include "camera/temperature/ChosenUnit.h"
+#include "core/Exception.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using velmo::camera::ChosenUnit;
+using velmo::camera::Settings;
+using velmo::exp::Exception;
+
+using Choices = std::vector<std::pair<const char*, const char*>>;
+
+ChosenUnit chosen(const Choices& choices, const std::string& recorded = "centikelvin")
+{
+    Settings settings;
+    for (const auto& [path, value] : choices)
+        settings.set(path, std::string(value));
+    return ChosenUnit(settings, recorded);
+}
+
+constexpr const char* heron = "planck:21106.77,1501,1,-7340,0.012545";
+
+TEST(ChosenUnit, IsWhatIsTypedOrElseWhatTheRecordingSaysOrWhatIsNeeded)
+{
+    EXPECT_EQ(chosen({}).seen.text(), "centikelvin");
+    EXPECT_EQ(chosen({}, "").seen.text(), "counts");
+    EXPECT_EQ(chosen({{"temperature/unit", "kelvin/64"}}).seen.text(), "kelvin/64");
+    EXPECT_EQ(chosen({{"temperature/unit", "counts"}}).seen.text(), "counts");
+    EXPECT_EQ(chosen({{"colours/humidity", "20:50"}}, "counts").seen.text(), "centikelvin");
+    EXPECT_EQ(chosen({{"colours/insulation", "20:0"}}, "kelvin/16").seen.text(), "kelvin/16");
+    EXPECT_EQ(chosen({}).radiometry, "");
+}
+
+TEST(ChosenUnit, ReadsObjectsAsTheirSurroundingsLeaveThem)
+{
+    // What looks like 30 degrees, solved by bisection from the forward form in double precision.
+    const std::pair<Choices, double> objects[] = {
+        {{{"temperature/emissivity", "0.95"}, {"temperature/reflected", "10"}}, 30.951826},
+        {{{"temperature/emissivity", "0.9"},
+          {"temperature/reflected", "-40"},
+          {"temperature/transmission", "0.9"},
+          {"temperature/air", "5:50"}},
+         37.821391},
+        {{{"temperature/reflected", "10"}, {"temperature/transmission", "0.9"}},
+         31.999760}, // air as mirrored
+        {{{"temperature/distance", "100"}, {"temperature/air", "20:50"}}, 30.634578},
+        {{{"temperature/distance", "1000"}, {"temperature/air", "5:80"}}, 34.144502},
+        {{{"temperature/window", "0.8:40"}}, 27.351819},
+        {{{"temperature/emissivity", "0.5"}, {"temperature/band", "total"}}, 39.098150},
+        {{{"temperature/emissivity", "0.5"}, {"temperature/band", "1300,1.2"}}, 39.255406}};
+    for (const auto& [choices, celsius] : objects) {
+        const ChosenUnit unit = chosen(choices);
+        EXPECT_NEAR(unit.thermometer.read(30315), celsius, 1e-4) << unit.radiometry;
+        EXPECT_EQ(unit.seen.celsius(30315), 30);
+    }
+    EXPECT_NEAR(chosen({{"temperature/emissivity", "0.9"},
+                        {"temperature/reflected", "50"},
+                        {"temperature/degrees", "F"}},
+                       heron)
+                    .thermometer.read(17917),
+                23.874081 * 1.8 + 32, 1e-4);
+    EXPECT_THAT(
+        chosen({{"temperature/emissivity", "0.9"}, {"temperature/window", "0.8:5"}}, heron).radiometry,
+        AllOf(HasSubstr("0.9 mirror 20.0 °C"), HasSubstr("window of 5.0 °C"), HasSubstr("band 1501,1")));
+}
+
+TEST(ChosenUnit, RefusesWhatContradictsItselfOrSaysNothing)
+{
+    const Choices wrong[] = {
+        {{"temperature/unit", "celsius"}},
+        {{"temperature/unit", "counts"}, {"temperature/emissivity", "0.9"}},
+        {{"temperature/distance", "5"}},
+        {{"temperature/air", "20:50"}},
+        {{"temperature/distance", "5"}, {"temperature/air", "20:50"}, {"temperature/transmission", "0.9"}},
+        {{"temperature/emissivity", "0.9"}, {"temperature/reflected", "-274"}},
+        {{"temperature/unit", heron}, {"temperature/emissivity", "0.9"}, {"temperature/band", "1430"}}};
+    for (const Choices& choices : wrong)
+        EXPECT_THROW(chosen(choices), Exception) << choices.back().first;
+}
+
+} // namespace
