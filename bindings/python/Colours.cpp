@@ -1,4 +1,5 @@
 #include "bindings/python/Arrays.h"
+#include "bindings/python/Camera.h"
 #include "bindings/python/Module.h"
 
 #include "camera/colours/Palettes.h"
@@ -207,8 +208,9 @@ void addPalettes(py::module_& module)
             "Makes a palette available and supported; replaces one of the same name. A name has no \"/\".")
         .def_static("load_palettes", &Manager::loadPalettes, py::arg("files"),
                     "Registers the built-in palettes, then loads XML storage files in their order.")
-        .def_static("load_file", &Manager::loadFile, py::arg("path"),
-                    "Makes every top-level entry of an XML storage file available and supported.")
+        .def_static(
+            "load_file", [](py::handle path) { Manager::loadFile(pathText(path)); }, py::arg("path"),
+            "Makes every top-level entry of an XML storage file available and supported.")
         .def_static(
             "get_palette_colors",
             [](const std::string& name) { return paletteArray(Manager::getPaletteColors(name)); },

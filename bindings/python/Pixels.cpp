@@ -1,6 +1,7 @@
 #include "bindings/python/Records.h"
 
 #include "bindings/python/Arrays.h"
+#include "bindings/python/Camera.h"
 #include "bindings/python/Module.h"
 
 #include "vision/imgproc/BadPixel.h"
@@ -167,7 +168,7 @@ void addBadPixels(py::module_& module)
             "The records as a map image: N x 10 int16. Error if there are more than 65535.")
         .def_static(
             "load_bad_pixel_from_pxm",
-            [](const std::string& path) { return recordArray(BadPixelTools::loadBadPixelFromPxm(path)); },
+            [](py::handle path) { return recordArray(BadPixelTools::loadBadPixelFromPxm(pathText(path))); },
             py::arg("path"),
             "The records of a map image. Error if the file cannot be opened or is no such image.");
 }
@@ -184,9 +185,9 @@ void addDistortion(py::module_& module)
         "of it and its neighbours.")
         .def_static(
             "load_pixel_corr_info_from_pxm",
-            [](const std::string& path, py::handle height, py::handle width) {
+            [](py::handle path, py::handle height, py::handle width) {
                 return recordArray(DistortionCorrection::loadPixelCorrInfoFromPxm(
-                    path, inRange(height, "height", 0, 65535), inRange(width, "width", 0, 65535)));
+                    pathText(path), inRange(height, "height", 0, 65535), inRange(width, "width", 0, 65535)));
             },
             py::arg("path"), py::arg("height") = 0, py::arg("width") = 0,
             "Reads a map: an image of the PxM family with six 16-bit channels. height, width: rows and "

@@ -204,7 +204,7 @@ def test_pictures_palettes_maps_and_records_are_files(tmp_path):
     assert velmo.Camera({"pixels/records": str(tmp_path / "records.pgm")}).stages
     lens = velmo.make_lens_map(-0.2, 0, 150, 150, 80, 60, (120, 160))
     velmo.write_lens_map(tmp_path / "lens.pam", lens)
-    straight = velmo.DistortionCorrection.load_pixel_corr_info_from_pxm(str(tmp_path / "lens.pam"), 120, 160)
+    straight = velmo.DistortionCorrection.load_pixel_corr_info_from_pxm(tmp_path / "lens.pam", 120, 160)
     assert straight["weights"].tolist() == lens[..., 2:].reshape(-1, 4).tolist()
     wall = np.full((120, 160), 30000, np.uint16)
     assert (velmo.undistort(wall, straight) == wall).all()

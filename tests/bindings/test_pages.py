@@ -36,7 +36,7 @@ def test_an_archive_is_examined_by_two_processes(tmp_path):
     (tmp_path / "in" / "broken.png").write_bytes(b"no picture")
     command = [sys.executable, ROOT / "docs/examples/archive.py", tmp_path / "in", tmp_path / "out"]
     done = subprocess.run(
-        [*command, "--option", "denoise=true"], capture_output=True, text=True, timeout=200, env=os.environ
+        [*command, "--option", "denoise=true"], capture_output=True, text=True, timeout=400, env=os.environ
     )
     assert done.returncode == 1 and "broken.png: " in done.stderr and "3/3, 1 failed" in done.stderr
     rows = list(csv.DictReader(open(tmp_path / "out" / "figures.csv")))
