@@ -53,7 +53,7 @@ Job denoise(cv::Size size)
         stream->mean.convertTo(stream->average, CV_16U);
     });
     if (size.width == 640)
-        job.atMost(1, "bilateralFilter");
+        job.atMost(1.5, "bilateralFilter");
     return job;
 }
 
