@@ -26,7 +26,7 @@ public:
     {
         if (!m_pSource->next(frame))
             return false;
-        if (m_oRows.start < 0 || m_oRows.end > frame.rows || m_oRows.size() < 1)
+        if (m_oRows.start < 0 || m_oRows.end > frame.rows || m_oRows.end <= m_oRows.start)
             VELMO_THROW(name() + ": there are no rows " + std::to_string(m_oRows.start) + " to " +
                         std::to_string(m_oRows.end) + " in frames of " + std::to_string(frame.rows));
         frame = frame.rowRange(m_oRows);

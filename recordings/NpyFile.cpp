@@ -148,6 +148,7 @@ private:
     {
         const std::uint64_t frame =
             static_cast<std::uint64_t>(CV_ELEM_SIZE(m_s32Type)) * static_cast<std::uint64_t>(m_oSize.area());
+        // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): a size has passed requireImageSize
         if (bytes % frame != 0 || bytes / frame != m_nFrames)
             VELMO_THROW(m_strName + ": its header says " + std::to_string(m_nFrames) + " frames of " +
                         std::to_string(frame) + " bytes, behind it are " + std::to_string(bytes) + " bytes");

@@ -50,7 +50,7 @@ fs::path parentOf(const fs::path& path)
 fs::path folderAt(const fs::path& folder, const std::string& target)
 {
     std::error_code error;
-    const fs::path found = fs::canonical(folder, error);
+    fs::path found = fs::canonical(folder, error);
     if (error || !fs::is_directory(found, error))
         VELMO_THROW(target + ": there is no folder " + folder.string());
     return found;
@@ -277,7 +277,7 @@ fs::path Outputs::add(const std::string& target)
     if (made != m_mapNewFolders.end())
         return made->second / path.filename();
     const fs::path folder = folderAt(parent, target);
-    const fs::path from = placeIn(folder, target).path() / path.filename();
+    fs::path from = placeIn(folder, target).path() / path.filename();
     if (!m_mapMoves.emplace(folder / path.filename(), Move{from, target}).second)
         VELMO_THROW(target + ": is to be written twice");
     return from;

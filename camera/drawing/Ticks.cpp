@@ -16,8 +16,8 @@ Ticks Ticks::of(double low, double high, int most)
         const double first = std::ceil(low / step - 1e-9), last = std::floor(high / step + 1e-9);
         if (last - first + 1 > most)
             continue;
-        for (double n = first; n <= last; ++n)
-            ticks.places.push_back(n * step + 0.0); // no minus before a zero
+        for (int n = 0; n <= static_cast<int>(last - first); ++n)
+            ticks.places.push_back((first + n) * step + 0.0); // no minus before a zero
         ticks.decimals = std::max(0, -power - (factor == 10 ? 1 : 0));
         break;
     }
