@@ -47,7 +47,7 @@ PixelMap parsePixelList(const std::string& text, cv::Size size)
     for (int number = 1; std::getline(lines, line); ++number) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
-        const bool heading = number == 1 && line.rfind("x", 0) == 0;
+        const bool heading = number == 1 && !line.empty() && line.front() == 'x';
         if (line.empty() || heading)
             continue;
         const std::vector<std::string> fields = split(line, ',');

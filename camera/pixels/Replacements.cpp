@@ -8,7 +8,6 @@ namespace velmo::camera {
 
 using exp::vision::BadPixel;
 using exp::vision::BadPixelTools;
-using exp::vision::Pixel;
 
 Replacements replacementsOf(const PixelMap& map, unsigned int radius)
 {
