@@ -28,6 +28,7 @@ public:
 private:
     cv::Size m_oSize;
     bool m_bFullRange;
+    cv::Mat_<cv::Vec3b> m_oRoomy; ///< a picture with room behind its rows
     SwsContext* m_pContext;
 };
 
