@@ -6,8 +6,6 @@
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <memory>
 #include <string>
@@ -115,17 +113,16 @@ void showBlobs(const BlobsOptions& options)
 
 } // namespace
 
-void addBlobsCommand(CLI::App& program)
+void addBlobsCommand(const Command& program)
 {
     auto options = std::make_shared<BlobsOptions>();
-    CLI::App& command =
-        *program.add_subcommand("blobs", "Finds warm or cold things, measures and follows them");
+    const Command command = program.sub("blobs", "Finds warm or cold things, measures and follows them");
     options->input.addTo(command);
     options->output.addTo(command);
     options->settings.addTo(command,
                             {"blobs", "temperature", "pixels", "noise", "frame", "colours", "picture"});
     options->format.addTo(command);
-    command.callback([options] { showBlobs(*options); });
+    command.run([options] { showBlobs(*options); });
 }
 
 } // namespace thermal

@@ -5,8 +5,6 @@
 #include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/SettingsOptions.h"
 
-#include <CLI/App.hpp>
-
 #include <memory>
 #include <string>
 
@@ -73,28 +71,27 @@ void clean(const CleanOptions& options)
 
 } // namespace
 
-void addCleanCommand(CLI::App& program)
+void addCleanCommand(const Command& program)
 {
     auto options = std::make_shared<CleanOptions>();
-    CLI::App& command =
-        *program.add_subcommand("clean", "Writes the frames behind the filters, with all their 16 bits");
+    const Command command =
+        program.sub("clean", "Writes the frames behind the filters, with all their 16 bits");
     options->input.addTo(command);
     command
-        .add_option(
-            "--out", options->out,
-            "Where the frames go: a .tiff, .npy, .raw or .mkv of all, a .png or .pgm of one, a folder, "
-            "or - for raw frames to standard output")
-        ->required()
-        ->type_name("PATH");
-    command.add_option("--format", options->format, "What a folder gets")
-        ->check(CLI::IsMember({"png", "pgm"}))
-        ->capture_default_str()
-        ->type_name("png|pgm");
-    command.add_flag("--celsius-float", options->celsius,
-                     "Degrees Celsius of the objects as 32-bit floats, into a .tiff or .npy");
+        .option("--out", options->out,
+                "Where the frames go: a .tiff, .npy, .raw or .mkv of all, a .png or .pgm of one, a folder, "
+                "or - for raw frames to standard output")
+        .required()
+        .form("PATH");
+    command.option("--format", options->format, "What a folder gets")
+        .oneOf({"png", "pgm"})
+        .showDefault()
+        .form("png|pgm");
+    command.flag("--celsius-float", options->celsius,
+                 "Degrees Celsius of the objects as 32-bit floats, into a .tiff or .npy");
     addFps(command, options->fps);
     options->settings.addTo(command, {"temperature", "pixels", "noise", "frame"});
-    command.callback([options] { clean(*options); });
+    command.run([options] { clean(*options); });
 }
 
 } // namespace thermal

@@ -1,22 +1,20 @@
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "apps/thermal/Options.h"
 
 namespace thermal {
 
 // Each command adds itself, its options and what it does to the program.
-void addBlobsCommand(CLI::App& program);
-void addCleanCommand(CLI::App& program);
-void addConvertCommand(CLI::App& program);
-void addDemoCommand(CLI::App& program);
-void addMeasureCommand(CLI::App& program);
-void addPixelsCommand(CLI::App& program);
-void addRenderCommand(CLI::App& program);
-void addNoiseCommand(CLI::App& program);
-void addPalettesCommand(CLI::App& program);
-void addSettingsCommand(CLI::App& program);
-void addUndistortCommand(CLI::App& program);
+void addBlobsCommand(const Command& program);
+void addCleanCommand(const Command& program);
+void addConvertCommand(const Command& program);
+void addDemoCommand(const Command& program);
+void addMeasureCommand(const Command& program);
+void addPixelsCommand(const Command& program);
+void addRenderCommand(const Command& program);
+void addNoiseCommand(const Command& program);
+void addPalettesCommand(const Command& program);
+void addSettingsCommand(const Command& program);
+void addUndistortCommand(const Command& program);
 
 } // namespace thermal

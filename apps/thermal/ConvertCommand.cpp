@@ -9,8 +9,6 @@
 #include "recordings/RawStream.h"
 #include "vision/imgproc/ColorConvert.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <memory>
 #include <optional>
@@ -205,39 +203,39 @@ void convert(const ConvertOptions& options)
 
 } // namespace
 
-void addConvertCommand(CLI::App& program)
+void addConvertCommand(const Command& program)
 {
     auto options = std::make_shared<ConvertOptions>();
-    CLI::App& command = *program.add_subcommand(
+    const Command command = program.sub(
         "convert", "Turns frames of the visual sensor into pictures, and pictures into encoder frames");
     command
-        .add_option("INPUT", options->inputs,
-                    "Raw files or - for standard input; with --from png picture files, a folder or a quoted "
-                    "pattern")
-        ->required();
-    command.add_option("--raw", options->raw, "Size of the raw frames")->type_name("WxH");
+        .option("INPUT", options->inputs,
+                "Raw files or - for standard input; with --from png picture files, a folder or a quoted "
+                "pattern")
+        .required();
+    command.option("--raw", options->raw, "Size of the raw frames").form("WxH");
     command
-        .add_option("--from", options->from,
-                    "What the input is: yuyv, uyvy, uy1vy0 (two bytes per pixel), ycbcr (three), or png for "
-                    "pictures of any kind")
-        ->required()
-        ->check(CLI::IsMember({"yuyv", "uyvy", "uy1vy0", "ycbcr", "png"}))
-        ->type_name("LAYOUT");
+        .option("--from", options->from,
+                "What the input is: yuyv, uyvy, uy1vy0 (two bytes per pixel), ycbcr (three), or png for "
+                "pictures of any kind")
+        .required()
+        .oneOf({"yuyv", "uyvy", "uy1vy0", "ycbcr", "png"})
+        .form("LAYOUT");
     command
-        .add_option("--to", options->to,
-                    "What to make of it: png for pictures, or ycbcr or yuv2 as the encoder takes them")
-        ->check(CLI::IsMember({"png", "ycbcr", "yuv2"}))
-        ->required()
-        ->type_name("LAYOUT");
+        .option("--to", options->to,
+                "What to make of it: png for pictures, or ycbcr or yuv2 as the encoder takes them")
+        .oneOf({"png", "ycbcr", "yuv2"})
+        .required()
+        .form("LAYOUT");
     command
-        .add_option("--out", options->out,
-                    "Where pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder; or the file "
-                    "for raw frames")
-        ->required()
-        ->type_name("PATH");
+        .option("--out", options->out,
+                "Where pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder; or the file "
+                "for raw frames")
+        .required()
+        .form("PATH");
     addFps(command, options->fps);
     addQuiet(command, options->quiet);
-    command.callback([options] { convert(*options); });
+    command.run([options] { convert(*options); });
 }
 
 } // namespace thermal

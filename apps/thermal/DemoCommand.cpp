@@ -15,8 +15,6 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include <CLI/App.hpp>
-
 #include <chrono>
 #include <cstdio>
 #include <iostream>
@@ -227,20 +225,18 @@ void demo(const DemoOptions& options)
 
 } // namespace
 
-void addDemoCommand(CLI::App& program)
+void addDemoCommand(const Command& program)
 {
     auto options = std::make_shared<DemoOptions>();
-    CLI::App& command = *program.add_subcommand("demo", "Runs every stage on a simulated camera");
-    command.add_option("--out", options->out, "The folder for the pictures")
-        ->capture_default_str()
-        ->type_name("DIR");
+    const Command command = program.sub("demo", "Runs every stage on a simulated camera");
+    command.option("--out", options->out, "The folder for the pictures").showDefault().form("DIR");
     command
-        .add_option("--record", options->record,
-                    "Keep the raw frames, too: a .tiff, .mkv, .npy, .raw or a folder")
-        ->type_name("PATH");
+        .option("--record", options->record,
+                "Keep the raw frames, too: a .tiff, .mkv, .npy, .raw or a folder")
+        .form("PATH");
     options->format.addTo(command);
     addQuiet(command, options->quiet);
-    command.callback([options] { demo(*options); });
+    command.run([options] { demo(*options); });
 }
 
 } // namespace thermal

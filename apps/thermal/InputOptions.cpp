@@ -6,8 +6,6 @@
 #include "camera/settings/Parse.h"
 #include "camera/temperature/ChosenUnit.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <utility>
 
@@ -96,24 +94,24 @@ std::unique_ptr<FrameSource> openAll(const InputOptions& input, Outputs& outputs
 
 } // namespace
 
-CLI::Option& InputOptions::addTo(CLI::App& command)
+Option InputOptions::addTo(const Command& command)
 {
-    CLI::Option& option =
-        *command
-             .add_option(
-                 "INPUT", inputs,
-                 "16-bit PGM, PNG, TIFF or .npy files, a folder of them, a quoted pattern like 'run/*.pgm', "
-                 "or a film of grey values; with --raw raw files, or - for standard input")
-             ->required();
+    const Option option =
+        command
+            .option(
+                "INPUT", inputs,
+                "16-bit PGM, PNG, TIFF or .npy files, a folder of them, a quoted pattern like 'run/*.pgm', "
+                "or a film of grey values; with --raw raw files, or - for standard input")
+            .required();
     command
-        .add_option("--raw", raw,
-                    "The inputs are raw frames of this size, 16-bit values, low byte first; with :be the "
-                    "high one")
-        ->type_name("WxH[:be]");
+        .option("--raw", raw,
+                "The inputs are raw frames of this size, 16-bit values, low byte first; with :be the "
+                "high one")
+        .form("WxH[:be]");
     command
-        .add_option("--rows", rows,
-                    "Only the rows from A to before B are picture: for cameras that add rows of telemetry")
-        ->type_name("A:B");
+        .option("--rows", rows,
+                "Only the rows from A to before B are picture: for cameras that add rows of telemetry")
+        .form("A:B");
     addQuiet(command, quiet);
     return option;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/thermal/Options.h"
 #include "camera/Settings.h"
 #include "recordings/Frames.h"
 #include "recordings/Outputs.h"
@@ -8,11 +9,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-class Option;
-} // namespace CLI
 
 namespace thermal {
 
@@ -25,7 +21,7 @@ struct InputOptions
     bool quiet = false; ///< no progress bar
 
     /// @returns the option of the inputs, so that a command can do without them
-    CLI::Option& addTo(CLI::App& command);
+    Option addTo(const Command& command);
 
     /// Opens the recording, and protects it from the command's outputs. Its unit is what the settings choose,
     /// its values are in the order of what they mean. Says what was taken for the way from object to camera,

@@ -10,8 +10,6 @@
 #include "camera/measures/ShapeMeter.h"
 #include "camera/measures/ShapePicture.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <limits>
 #include <map>
@@ -31,25 +29,24 @@ namespace {
 class ShapeOptions
 {
 public:
-    void addTo(CLI::App& command)
+    void addTo(const Command& command)
     {
-        m_pCommand = &command;
+        m_oCommand = command;
         add(Shape::Kind::Spot, "--spot", "X,Y[:R]",
             "A pixel: column X, row Y, from 0; with R all pixels that are no farther away");
         add(Shape::Kind::Box, "--box", "X,Y,W,H", "W columns from X on, H rows from Y on");
         add(Shape::Kind::Line, "--line", "X1,Y1,X2,Y2", "The pixels on a line, both ends");
         add(Shape::Kind::Polygon, "--polygon", "X1,Y1,X2,Y2,...", "What corners enclose, and its edge");
-        m_mapKinds[command.add_flag("--whole", "The whole frame; also without any other shape")] =
-            Shape::Kind::Whole;
+        command.flag("--whole", m_bWhole, "The whole frame; also without any other shape");
+        m_mapKinds["--whole"] = Shape::Kind::Whole;
     }
 
     std::vector<Shape> shapes() const
     {
         std::vector<Shape> shapes;
-        std::map<const CLI::Option*, std::size_t> seen;
-        for (const CLI::Option* option : m_pCommand->parse_order())
+        for (const auto& [option, value] : m_oCommand->typed())
             if (const auto kind = m_mapKinds.find(option); kind != m_mapKinds.end())
-                shapes.push_back(Shape::parse(kind->second, option->results()[seen[option]++]));
+                shapes.push_back(Shape::parse(kind->second, value));
         if (shapes.empty())
             shapes.push_back(Shape::parse(Shape::Kind::Whole, ""));
         return shapes;
@@ -59,13 +56,14 @@ private:
     void add(Shape::Kind kind, const char* name, const char* form, const char* help)
     {
         const std::string description = std::string(help) + "; may be repeated";
-        CLI::Option* option = m_pCommand->add_option(name, description);
-        option->type_name(form)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-        m_mapKinds[option] = kind;
+        m_oCommand->option(name, m_vecTexts, description).form(form).repeated();
+        m_mapKinds[name] = kind;
     }
 
-    CLI::App* m_pCommand = nullptr;
-    std::map<const CLI::Option*, Shape::Kind> m_mapKinds;
+    std::optional<Command> m_oCommand;
+    std::map<std::string, Shape::Kind> m_mapKinds;
+    bool m_bWhole = false;               // this and the next are only for the parser,
+    std::vector<std::string> m_vecTexts; // which does not tell the order in which it fills them
 };
 
 struct MeasureOptions
@@ -80,7 +78,7 @@ struct MeasureOptions
     std::string csvFrames;
     std::string overlay;
     double fps = 9;
-    const CLI::Option* givenFps = nullptr;
+    std::optional<Option> givenFps;
 };
 
 /// One row per shape and frame, and one per difference.
@@ -211,7 +209,7 @@ void measure(const MeasureOptions& options)
     });
     if (overlay)
         overlay->finish();
-    const bool timed = options.givenFps->count() > 0;
+    const bool timed = options.givenFps->given();
     if (!options.plot.empty())
         writePicture(outputs, options.plot,
                      course.draw(meter, timed ? std::optional(options.fps) : std::nullopt));
@@ -225,35 +223,30 @@ void measure(const MeasureOptions& options)
 
 } // namespace
 
-void addMeasureCommand(CLI::App& program)
+void addMeasureCommand(const Command& program)
 {
     auto options = std::make_shared<MeasureOptions>();
-    CLI::App& command = *program.add_subcommand(
-        "measure", "Measures spots, boxes, lines, polygons or whole frames, frame by frame");
+    const Command command =
+        program.sub("measure", "Measures spots, boxes, lines, polygons or whole frames, frame by frame");
     options->input.addTo(command);
     options->shapes.addTo(command);
+    command.option("--delta", options->deltas, "The mean of one shape less that of another; may be repeated")
+        .repeated()
+        .form("box1-box2");
+    command.option("--histogram", options->bins, "How many pixels of all frames lie in each of BINS steps")
+        .between(1, 65536)
+        .form("BINS");
+    command.option("--plot", options->plot, "Draw how the means go over time into this .png").form("PATH");
+    command.option("--csv-frames", options->csvFrames, "A folder for whole frames as comma-separated values")
+        .form("FOLDER");
     command
-        .add_option("--delta", options->deltas, "The mean of one shape less that of another; may be repeated")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->type_name("box1-box2");
-    command
-        .add_option("--histogram", options->bins, "How many pixels of all frames lie in each of BINS steps")
-        ->check(CLI::Range(1, 65536))
-        ->type_name("BINS");
-    command.add_option("--plot", options->plot, "Draw how the means go over time into this .png")
-        ->type_name("PATH");
-    command
-        .add_option("--csv-frames", options->csvFrames, "A folder for whole frames as comma-separated values")
-        ->type_name("FOLDER");
-    command
-        .add_option("--overlay", options->overlay,
-                    "Pictures with the shapes over them: a .png for one, a film, or a folder")
-        ->type_name("PATH");
-    options->givenFps = &addFps(command, options->fps);
+        .option("--overlay", options->overlay,
+                "Pictures with the shapes over them: a .png for one, a film, or a folder")
+        .form("PATH");
+    options->givenFps = addFps(command, options->fps);
     options->settings.addTo(command, {"temperature", "pixels", "noise", "frame", "colours", "picture"});
     options->format.addTo(command);
-    command.callback([options] { measure(*options); });
+    command.run([options] { measure(*options); });
 }
 
 } // namespace thermal

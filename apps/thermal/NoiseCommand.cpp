@@ -11,8 +11,6 @@
 #include "camera/measures/Statistics.h"
 #include "recordings/PictureSink.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <iostream>
@@ -236,26 +234,25 @@ void noise(const NoiseOptions& options)
 
 } // namespace
 
-void addNoiseCommand(CLI::App& program)
+void addNoiseCommand(const Command& program)
 {
     auto options = std::make_shared<NoiseOptions>();
-    CLI::App& command = *program.add_subcommand("noise", "Measures the noise of a recording");
+    const Command command = program.sub("noise", "Measures the noise of a recording");
     options->input.addTo(command);
-    command.add_flag("--compare", options->compare,
-                     "Measure before and after the filters; those of --denoise if none are given");
+    command.flag("--compare", options->compare,
+                 "Measure before and after the filters; those of --denoise if none are given");
     options->settings.addTo(command, {"temperature", "pixels", "noise", "frame", "colours"});
     command
-        .add_option("--out", options->out,
-                    "With --compare: draw the last frame before and after into this .png")
-        ->type_name("PATH");
+        .option("--out", options->out, "With --compare: draw the last frame before and after into this .png")
+        .form("PATH");
     command
-        .add_option("--skip", options->skip,
-                    "Filter the first N frames but measure from the next one on, so that "
-                    "filters have learnt")
-        ->capture_default_str()
-        ->type_name("N");
+        .option("--skip", options->skip,
+                "Filter the first N frames but measure from the next one on, so that "
+                "filters have learnt")
+        .showDefault()
+        .form("N");
     options->format.addTo(command);
-    command.callback([options] { noise(*options); });
+    command.run([options] { noise(*options); });
 }
 
 } // namespace thermal

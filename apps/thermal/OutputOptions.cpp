@@ -1,30 +1,27 @@
 #include "apps/thermal/OutputOptions.h"
 
-#include <CLI/App.hpp>
-
 namespace thermal {
 
-void OutputOptions::addTo(CLI::App& command)
+void OutputOptions::addTo(const Command& command)
 {
     command
-        .add_option("--out", out,
-                    "Where the pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder")
-        ->required()
-        ->type_name("PATH");
+        .option("--out", out, "Where the pictures go: a .png for one, a film (.mp4, .mkv, .avi), or a folder")
+        .required()
+        .form("PATH");
     addFps(command, fps);
 }
 
-void addForce(CLI::App& command, bool& force)
+void addForce(const Command& command, bool& force)
 {
-    command.add_flag("--force", force, "Replace files that join --out and are there already; never an input");
+    command.flag("--force", force, "Replace files that join --out and are there already; never an input");
 }
 
-CLI::Option& addFps(CLI::App& command, double& fps)
+Option addFps(const Command& command, double& fps)
 {
-    return *command.add_option("--fps", fps, "Pictures per second of a film")
-                ->check(CLI::Range(0.1, 240.0))
-                ->capture_default_str()
-                ->type_name("N");
+    return command.option("--fps", fps, "Pictures per second of a film")
+        .between(0.1, 240.0)
+        .showDefault()
+        .form("N");
 }
 
 velmo::recordings::FrameFormat countsOf(const velmo::camera::Scale& scale)

@@ -1,16 +1,12 @@
 #pragma once
 
+#include "apps/thermal/Options.h"
 #include "camera/temperature/Scale.h"
 #include "recordings/Frames.h"
 #include "recordings/PictureSink.h"
 
 #include <memory>
 #include <string>
-
-namespace CLI {
-class App;
-class Option;
-} // namespace CLI
 
 namespace thermal {
 
@@ -20,7 +16,7 @@ struct OutputOptions
     std::string out;
     double fps = 9;
 
-    void addTo(CLI::App& command);
+    void addTo(const Command& command);
 
     /// @throws Exception  as recordings::openSink
     std::unique_ptr<velmo::recordings::ImageWriter> open(velmo::recordings::Outputs& outputs,
@@ -28,10 +24,10 @@ struct OutputOptions
 };
 
 /// Adds the option that lets files be replaced that join the one that was named.
-void addForce(CLI::App& command, bool& force);
+void addForce(const Command& command, bool& force);
 
 /// Adds the option that says how fast a film is.
-CLI::Option& addFps(CLI::App& command, double& fps);
+Option addFps(const Command& command, double& fps);
 
 /// How files keep the counts of a recording of this scale.
 velmo::recordings::FrameFormat countsOf(const velmo::camera::Scale& scale);

@@ -9,8 +9,6 @@
 
 #include "vision/imgproc/ColorPaletteManager.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <memory>
 #include <string>
@@ -86,19 +84,19 @@ void listPalettes(const PalettesOptions& options)
     table.print(std::cout, options.format);
 }
 
-void addPaletteFile(CLI::App& command, std::string& file)
+void addPaletteFile(const Command& command, std::string& file)
 {
-    command.add_option("--file,--palette-file", file, "An XML file of further palettes")->type_name("FILE");
+    command.option("--file,--palette-file", file, "An XML file of further palettes").form("FILE");
 }
 
-void addExport(CLI::App& palettes)
+void addExport(const Command& palettes)
 {
     auto options = std::make_shared<ExchangeOptions>();
-    CLI::App& command = *palettes.add_subcommand("export", "Writes one palette into an XML file");
-    command.add_option("NAME", options->name, "One of 'thermal palettes'")->required();
+    const Command command = palettes.sub("export", "Writes one palette into an XML file");
+    command.option("NAME", options->name, "One of 'thermal palettes'").required();
     addPaletteFile(command, options->paletteFile);
-    command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
-    command.callback([options] {
+    command.option("--out", options->out, "The XML file").required().form("FILE");
+    command.run([options] {
         Outputs outputs;
         palettesOf(options->paletteFile, outputs);
         const Palette palette = findPalette(options->name);
@@ -107,18 +105,17 @@ void addExport(CLI::App& palettes)
     });
 }
 
-void addImport(CLI::App& palettes)
+void addImport(const Command& palettes)
 {
     auto options = std::make_shared<ExchangeOptions>();
-    CLI::App& command =
-        *palettes.add_subcommand("import", "Makes an XML file of a palette of another program");
+    const Command command = palettes.sub("import", "Makes an XML file of a palette of another program");
     command
-        .add_option("FILE", options->input,
-                    "A .csv, .pal (JASC), .gpl (GIMP), .act (Adobe colour table) or .lut of 768 bytes")
-        ->required();
-    command.add_option("--name", options->name, "The palette's name in the new file")->required();
-    command.add_option("--out", options->out, "The XML file")->required()->type_name("FILE");
-    command.callback([options] {
+        .option("FILE", options->input,
+                "A .csv, .pal (JASC), .gpl (GIMP), .act (Adobe colour table) or .lut of 768 bytes")
+        .required();
+    command.option("--name", options->name, "The palette's name in the new file").required();
+    command.option("--out", options->out, "The XML file").required().form("FILE");
+    command.run([options] {
         Outputs outputs;
         outputs.protect({options->input});
         const Palette palette = importPalette(options->input);
@@ -129,18 +126,17 @@ void addImport(CLI::App& palettes)
 
 } // namespace
 
-void addPalettesCommand(CLI::App& program)
+void addPalettesCommand(const Command& program)
 {
     auto options = std::make_shared<PalettesOptions>();
-    CLI::App& command =
-        *program.add_subcommand("palettes", "Lists the palettes, writes and reads files of them");
+    const Command command = program.sub("palettes", "Lists the palettes, writes and reads files of them");
     addPaletteFile(command, options->paletteFile);
     addExport(command);
     addImport(command);
-    command.add_option("--out", options->out, "Draw them all into this .png")->type_name("PATH");
+    command.option("--out", options->out, "Draw them all into this .png").form("PATH");
     options->format.addTo(command);
-    command.callback([options, &command] {
-        if (command.get_subcommands().empty())
+    command.run([options, command] {
+        if (!command.hasSub())
             listPalettes(*options);
     });
 }

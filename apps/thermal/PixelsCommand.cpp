@@ -15,8 +15,6 @@
 #include "recordings/PixelFiles.h"
 #include "recordings/PngFile.h"
 
-#include <CLI/App.hpp>
-
 #include <filesystem>
 #include <iostream>
 #include <limits>
@@ -206,61 +204,58 @@ void detect(const DetectOptions& options)
     printTables(std::cout, tables, options.format);
 }
 
-void addDetect(CLI::App& pixels)
+void addDetect(const Command& pixels)
 {
     auto options = std::make_shared<DetectOptions>();
-    CLI::App& command = *pixels.add_subcommand(
-        "detect", "Runs a detector of your choice and writes a map; 'find' needs no choice");
-    options->input.addTo(command);
-    command.get_option("INPUT")->required(false);
+    const Command command =
+        pixels.sub("detect", "Runs a detector of your choice and writes a map; 'find' needs no choice");
+    options->input.addTo(command).required(false); // --netd names its own
     options->settings.addTo(command, {"temperature/unit"});
     command
-        .add_option("--out", options->out,
-                    "The map, a .pgm of flags; a .csv with every pixel and its reasons and a .png join it")
-        ->required()
-        ->type_name("MAP");
+        .option("--out", options->out,
+                "The map, a .pgm of flags; a .csv with every pixel and its reasons and a .png join it")
+        .required()
+        .form("MAP");
     command
-        .add_option("--spread", options->minCount,
-                    "Values outside the core of the histogram, whose bins (2 % of the mean) hold MINCOUNT "
-                    "pixels or more; in every frame of the input")
-        ->check(CLI::Range(1, s32Most))
-        ->type_name("MINCOUNT");
+        .option("--spread", options->minCount,
+                "Values outside the core of the histogram, whose bins (2 % of the mean) hold MINCOUNT "
+                "pixels or more; in every frame of the input")
+        .between(1, s32Most)
+        .form("MINCOUNT");
     command
-        .add_option(
-            "--offset", options->offset,
-            "Take this off every value of the input first: the bins become 2 % of what is left, which "
-            "suits values far from zero, such as hundredths of a kelvin")
-        ->check(CLI::Range(0, 65535))
-        ->capture_default_str()
-        ->type_name("N");
+        .option("--offset", options->offset,
+                "Take this off every value of the input first: the bins become 2 % of what is left, which "
+                "suits values far from zero, such as hundredths of a kelvin")
+        .between(0, 65535)
+        .showDefault()
+        .form("N");
     command
-        .add_option("--rows-columns", options->rowsColumns,
-                    "Whole columns and rows with more bad pixels than these limits")
-        ->type_name("COLUMN:ROW");
-    command.add_flag(
-        "--monotony", options->monotony,
-        "Values that do not rise from each frame to the next; the input is in order of temperature");
+        .option("--rows-columns", options->rowsColumns,
+                "Whole columns and rows with more bad pixels than these limits")
+        .form("COLUMN:ROW");
+    command.flag("--monotony", options->monotony,
+                 "Values that do not rise from each frame to the next; the input is in order of temperature");
     command
-        .add_option("--netd", options->netd,
-                    "Odd responsivity, noise or NETD between two series, each of a uniform target at one "
-                    "temperature")
-        ->expected(4)
-        ->type_name("FRAMES1 T1 FRAMES2 T2");
+        .option("--netd", options->netd,
+                "Odd responsivity, noise or NETD between two series, each of a uniform target at one "
+                "temperature")
+        .values(4)
+        .form("FRAMES1 T1 FRAMES2 T2");
     command
-        .add_option("--netd-tolerance", options->netdTolerances,
-                    "How far from the means is good, relative to them")
-        ->capture_default_str()
-        ->type_name("RESPONSIVITY:NOISE:NETD");
+        .option("--netd-tolerance", options->netdTolerances,
+                "How far from the means is good, relative to them")
+        .showDefault()
+        .form("RESPONSIVITY:NOISE:NETD");
     addForce(command, options->force);
     options->format.addTo(command);
-    command.callback([options] { detect(*options); });
+    command.run([options] { detect(*options); });
 }
 
 struct RecordsOptions
 {
     std::string map;
     std::string out;
-    unsigned int radius = u32UsualRadius;
+    int radius = static_cast<int>(u32UsualRadius);
     TableFormat format;
 };
 
@@ -268,7 +263,8 @@ void makeRecords(const RecordsOptions& options)
 {
     Outputs outputs;
     outputs.protect({options.map});
-    const Replacements replacements = replacementsOf(readAnyMap(options.map), options.radius);
+    const Replacements replacements =
+        replacementsOf(readAnyMap(options.map), static_cast<unsigned>(options.radius));
     writeRecords(outputs.file(options.out), replacements.records);
     outputs.commit();
     std::cout << replacements.records.size() << " records in " << forTerminal(options.out) << '\n';
@@ -279,22 +275,22 @@ void makeRecords(const RecordsOptions& options)
         std::cout << "  " << pixel.x << ',' << pixel.y << '\n';
 }
 
-void addRecords(CLI::App& pixels)
+void addRecords(const Command& pixels)
 {
     auto options = std::make_shared<RecordsOptions>();
-    CLI::App& command =
-        *pixels.add_subcommand("records", "Finds the pixels that replace those of a map, four for each");
-    command.add_option("MAP", options->map, "A map, as find writes it; 0 is a good pixel")->required();
+    const Command command =
+        pixels.sub("records", "Finds the pixels that replace those of a map, four for each");
+    command.option("MAP", options->map, "A map, as find writes it; 0 is a good pixel").required();
     command
-        .add_option("--radius", options->radius,
-                    "How far to look for good pixels; further only for what has none there")
-        ->capture_default_str()
-        ->check(CLI::Range(1, s32Most))
-        ->type_name("N");
-    command.add_option("--out", options->out, "The records, a .pgm for render --bad-pixels")
-        ->required()
-        ->type_name("FILE");
-    command.callback([options] { makeRecords(*options); });
+        .option("--radius", options->radius,
+                "How far to look for good pixels; further only for what has none there")
+        .showDefault()
+        .between(1, s32Most)
+        .form("N");
+    command.option("--out", options->out, "The records, a .pgm for render --bad-pixels")
+        .required()
+        .form("FILE");
+    command.run([options] { makeRecords(*options); });
 }
 
 std::string positionText(Pixel pixel)
@@ -319,21 +315,21 @@ void showRecords(const RecordsOptions& options)
     table.print(std::cout, options.format);
 }
 
-void addShow(CLI::App& pixels)
+void addShow(const Command& pixels)
 {
     auto options = std::make_shared<RecordsOptions>();
-    CLI::App& command = *pixels.add_subcommand("show", "Prints records: each bad pixel and what replaces it");
-    command.add_option("FILE", options->map, "Records, as the command of that name writes them")->required();
+    const Command command = pixels.sub("show", "Prints records: each bad pixel and what replaces it");
+    command.option("FILE", options->map, "Records, as the command of that name writes them").required();
     options->format.addTo(command);
-    command.callback([options] { showRecords(*options); });
+    command.run([options] { showRecords(*options); });
 }
 
 } // namespace
 
-void addPixelsCommand(CLI::App& program)
+void addPixelsCommand(const Command& program)
 {
-    CLI::App& command = *program.add_subcommand("pixels", "Finds bad pixels and what replaces them");
-    command.require_subcommand(1);
+    const Command command = program.sub("pixels", "Finds bad pixels and what replaces them");
+    command.requireSub();
     addPixelsFind(command);
     addPixelsMaps(command);
     addDetect(command);

@@ -1,14 +1,12 @@
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "apps/thermal/Options.h"
 
 namespace thermal {
 
 // Parts of the command pixels with files of their own.
 
-void addPixelsFind(CLI::App& pixels);
-void addPixelsMaps(CLI::App& pixels); ///< merge and diff
+void addPixelsFind(const Command& pixels);
+void addPixelsMaps(const Command& pixels); ///< merge and diff
 
 } // namespace thermal

@@ -10,8 +10,6 @@
 #include "recordings/PixelFiles.h"
 #include "recordings/PngFile.h"
 
-#include <CLI/App.hpp>
-
 #include <cmath>
 #include <filesystem>
 #include <iostream>
@@ -124,30 +122,30 @@ void find(const FindOptions& options)
 
 } // namespace
 
-void addPixelsFind(CLI::App& pixels)
+void addPixelsFind(const Command& pixels)
 {
     auto options = std::make_shared<FindOptions>();
-    CLI::App& command = *pixels.add_subcommand(
+    const Command command = pixels.sub(
         "find",
         "Finds defective pixels in a recording of anything, each with its reasons, without a choice to make");
     options->input.addTo(command);
     options->settings.addTo(command, {"temperature/unit"});
     command
-        .add_option(
+        .option(
             "--shutter", options->shutter,
             "Frames of the closed shutter, for raw frames that were never corrected: their mean is taken off")
-        ->type_name("FILE...");
+        .form("FILE...");
     command
-        .add_option(
+        .option(
             "--out", options->out,
             "The map, a .pgm of flags for --bad-pixels; a .csv with every pixel and its reasons and a .png "
             "join it")
-        ->required()
-        ->type_name("MAP");
-    command.add_flag("--force", options->force,
-                     "Write the map even if more than 5 % is flagged, and replace files that join --out");
+        .required()
+        .form("MAP");
+    command.flag("--force", options->force,
+                 "Write the map even if more than 5 % is flagged, and replace files that join --out");
     options->format.addTo(command);
-    command.callback([options] { find(*options); });
+    command.run([options] { find(*options); });
 }
 
 } // namespace thermal

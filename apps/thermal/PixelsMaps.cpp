@@ -8,8 +8,6 @@
 #include "recordings/FileList.h"
 #include "recordings/PngFile.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <memory>
 #include <string>
@@ -94,37 +92,33 @@ void diff(const MapsOptions& options)
     printTables(std::cout, {{"counts", counts}, {"pixels", pixels}}, options.format);
 }
 
-void addSize(CLI::App& command, MapsOptions& options)
+void addSize(const Command& command, MapsOptions& options)
 {
-    command.add_option("--size", options.size, "Size of the frames, where only .csv lists are given")
-        ->type_name("WxH");
+    command.option("--size", options.size, "Size of the frames, where only .csv lists are given").form("WxH");
 }
 
 } // namespace
 
-void addPixelsMaps(CLI::App& pixels)
+void addPixelsMaps(const Command& pixels)
 {
     auto options = std::make_shared<MapsOptions>();
-    CLI::App& merging =
-        *pixels.add_subcommand("merge", "Makes one map of several, or one map another kind of file: .pgm of "
-                                        "flags, .csv of x,y, .png mask, .npy");
-    merging
-        .add_option("MAP", options->maps, "Maps, masks and lists; what is bad in one is bad in all of them")
-        ->required();
+    const Command merging =
+        pixels.sub("merge", "Makes one map of several, or one map another kind of file: .pgm of "
+                            "flags, .csv of x,y, .png mask, .npy");
+    merging.option("MAP", options->maps, "Maps, masks and lists; what is bad in one is bad in all of them")
+        .required();
     addSize(merging, *options);
-    merging.add_option("--out", options->out, "The map, a .pgm, .csv, .png or .npy")
-        ->required()
-        ->type_name("MAP");
-    merging.callback([options] { merge(*options); });
+    merging.option("--out", options->out, "The map, a .pgm, .csv, .png or .npy").required().form("MAP");
+    merging.run([options] { merge(*options); });
 
     auto two = std::make_shared<MapsOptions>();
-    CLI::App& comparing = *pixels.add_subcommand(
-        "diff", "Tells which pixels are new in the second map and gone from the first");
-    comparing.add_option("MAP", two->maps, "Two maps, masks or lists")->required()->expected(2);
+    const Command comparing =
+        pixels.sub("diff", "Tells which pixels are new in the second map and gone from the first");
+    comparing.option("MAP", two->maps, "Two maps, masks or lists").required().values(2);
     addSize(comparing, *two);
-    comparing.add_option("--out", two->out, "A picture of it, a .png")->type_name("FILE");
+    comparing.option("--out", two->out, "A picture of it, a .png").form("FILE");
     two->format.addTo(comparing);
-    comparing.callback([two] { diff(*two); });
+    comparing.run([two] { diff(*two); });
 }
 
 } // namespace thermal

@@ -2,19 +2,14 @@
 
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
+#include "apps/thermal/Options.h"
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Terminal.h"
 
 #include <opencv2/core.hpp>
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
-
-#include <algorithm>
 #include <iostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace thermal {
@@ -30,20 +25,13 @@ int complain(const std::string& message, int code = s32BadUsage)
     return code;
 }
 
-int runCommand(CLI::App& program, int argc, const char* const* argv)
+int runCommand(CommandLine& line, int argc, const char* const* argv)
 {
     try {
-        // CLI11 takes them from the end.
-        std::vector<std::string> words = withValuesLeftOut({argv + 1, argv + argc});
-        std::reverse(words.begin(), words.end());
-        program.parse(std::move(words));
-        if (program.get_subcommands().empty())
+        if (!line.run(withValuesLeftOut({argv + 1, argv + argc})))
             return complain("a command is needed, see thermal --help");
         std::cout.flush();
         return std::cout ? 0 : complain("cannot write to standard output");
-    } catch (const CLI::ParseError& error) {
-        // Code 0 is how --help and --version ask to be printed.
-        return error.get_exit_code() == 0 ? program.exit(error) : complain(error.what());
     } catch (const DoubtfulResult& doubt) {
         return complain(doubt.what(), s32Doubtful);
     } catch (const cv::Exception& error) {
@@ -57,13 +45,10 @@ int runCommand(CLI::App& program, int argc, const char* const* argv)
 
 int runProgram(int argc, const char* const* argv)
 {
-    CLI::App program{
-        "Looks at recordings of thermal cameras: cleans the frames and turns them into pictures.", "thermal"};
-    program.set_version_flag("--version", "thermal " THERMAL_VERSION);
-    // Not more; that there is one is checked here, since a misspelt one deserves its own message.
-    program.require_subcommand(0, 1);
-    program.get_formatter()->column_width(36);
-
+    CommandLine line(
+        "thermal", "Looks at recordings of thermal cameras: cleans the frames and turns them into pictures.",
+        "thermal " THERMAL_VERSION);
+    const Command program = line.program();
     addBlobsCommand(program);
     addCleanCommand(program);
     addConvertCommand(program);
@@ -76,7 +61,7 @@ int runProgram(int argc, const char* const* argv)
     addSettingsCommand(program);
     addUndistortCommand(program);
 
-    return runCommand(program, argc, argv);
+    return runCommand(line, argc, argv);
 }
 
 } // namespace thermal

@@ -2,8 +2,6 @@
 
 #include "apps/thermal/Terminal.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <iostream>
 #include <utility>
@@ -19,9 +17,9 @@ std::string progressBar(std::size_t done, std::size_t total, std::size_t width)
            "/" + std::to_string(total);
 }
 
-void addQuiet(CLI::App& command, bool& quiet)
+void addQuiet(const Command& command, bool& quiet)
 {
-    command.add_flag("--quiet", quiet, "No progress bar");
+    command.flag("--quiet", quiet, "No progress bar");
 }
 
 Progress::Progress(std::string what, std::optional<std::size_t> total, bool quiet)

@@ -1,13 +1,11 @@
 #pragma once
 
+#include "apps/thermal/Options.h"
+
 #include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
-
-namespace CLI {
-class App;
-}
 
 namespace thermal {
 
@@ -39,7 +37,7 @@ private:
 inline const std::string clearLine = "\r\033[K";
 
 /// Adds the option that switches the bar off.
-void addQuiet(CLI::App& command, bool& quiet);
+void addQuiet(const Command& command, bool& quiet);
 
 /// "[######......] 12/24": `width` cells between the brackets.
 std::string progressBar(std::size_t done, std::size_t total, std::size_t width);

@@ -4,8 +4,6 @@
 #include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/SettingsOptions.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -90,14 +88,14 @@ void render(const RenderOptions& options)
 
 } // namespace
 
-void addRenderCommand(CLI::App& program)
+void addRenderCommand(const Command& program)
 {
     auto options = std::make_shared<RenderOptions>();
-    CLI::App& command = *program.add_subcommand("render", "Turns frames into pictures");
+    const Command command = program.sub("render", "Turns frames into pictures");
     options->input.addTo(command);
     options->output.addTo(command);
     options->settings.addTo(command, {"temperature", "pixels", "noise", "frame", "colours", "picture"});
-    command.callback([options] { render(*options); });
+    command.run([options] { render(*options); });
 }
 
 } // namespace thermal

@@ -2,14 +2,12 @@
 #include "apps/thermal/SettingsOptions.h"
 #include "camera/settings/Reference.h"
 
-#include <CLI/App.hpp>
-
 #include <iostream>
 #include <memory>
 
 namespace thermal {
 
-void addSettingsCommand(CLI::App& program)
+void addSettingsCommand(const Command& program)
 {
     struct Options
     {
@@ -17,12 +15,12 @@ void addSettingsCommand(CLI::App& program)
         bool reference = false;
     };
     auto options = std::make_shared<Options>();
-    CLI::App& command = *program.add_subcommand(
+    const Command command = program.sub(
         "settings", "Prints a file of all settings, with what they do: thermal settings > camera.ini");
     options->settings.addTo(command,
                             {"temperature", "pixels", "noise", "frame", "colours", "picture", "blobs"});
-    command.add_flag("--reference", options->reference, "Print the page docs/settings.md instead");
-    command.callback([options] {
+    command.flag("--reference", options->reference, "Print the page docs/settings.md instead");
+    command.run([options] {
         velmo::recordings::Outputs none;
         std::cout << (options->reference ? velmo::camera::settingsReference()
                                          : options->settings.settings(none).ini());

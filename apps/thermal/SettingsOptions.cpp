@@ -4,8 +4,6 @@
 #include "camera/settings/Keys.h"
 #include "recordings/ByteFile.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 
 namespace thermal {
@@ -55,32 +53,31 @@ std::vector<std::string> withValuesLeftOut(std::vector<std::string> words)
     return words;
 }
 
-void SettingsOptions::addTo(CLI::App& command, const std::vector<std::string>& sections)
+void SettingsOptions::addTo(const Command& command, const std::vector<std::string>& sections)
 {
     command
-        .add_option("--settings", m_strFile,
-                    "A file of settings, as 'thermal settings' writes one; options stand above it")
-        ->type_name("FILE");
+        .option("--settings", m_strFile,
+                "A file of settings, as 'thermal settings' writes one; options stand above it")
+        .form("FILE");
     const auto wanted = [&](const std::string& path) {
         return std::any_of(sections.begin(), sections.end(), [&](const std::string& section) {
             return path == section || path.rfind(section + "/", 0) == 0;
         });
     };
     if (wanted("temperature/unit"))
-        command.add_flag("--celsius", m_bCelsius, "The same as --unit centikelvin");
+        command.flag("--celsius", m_bCelsius, "The same as --unit centikelvin");
     for (const Key& key : keys()) {
         if (!wanted(key.path))
             continue;
         Typed& typed = m_mapTyped[key.path];
         typed.m_strOption = key.option;
         if (key.kind.isFlag())
-            command.add_flag(key.option, typed.m_bFlag, helpOf(key));
-        else
-            command.add_option(key.option, typed.m_vecTexts, helpOf(key))
-                ->expected(1)
-                ->multi_option_policy(key.kind.list ? CLI::MultiOptionPolicy::TakeAll
-                                                    : CLI::MultiOptionPolicy::Throw)
-                ->type_name(joined(key.kind.shapes(), "|"));
+            command.flag(key.option, typed.m_bFlag, helpOf(key));
+        else {
+            Option option = command.option(key.option, typed.m_vecTexts, helpOf(key))
+                                .form(joined(key.kind.shapes(), "|"));
+            key.kind.list ? option.repeated() : option.values(1);
+        }
     }
 }
 

@@ -1,15 +1,12 @@
 #pragma once
 
+#include "apps/thermal/Options.h"
 #include "camera/Settings.h"
 #include "recordings/Outputs.h"
 
 #include <map>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace thermal {
 
@@ -18,7 +15,7 @@ class SettingsOptions
 {
 public:
     /// Adds --settings, and an option for each setting of these sections; a section may be one setting.
-    void addTo(CLI::App& command, const std::vector<std::string>& sections);
+    void addTo(const Command& command, const std::vector<std::string>& sections);
 
     /// What the file of --settings says, with what was typed above it. The file is protected from outputs.
     /// @throws Exception  that names the option, or the file and the setting

@@ -2,8 +2,6 @@
 
 #include "apps/thermal/Terminal.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -94,10 +92,10 @@ std::string forCsv(const Table::Cell& cell)
     return std::isfinite(number) ? shortest(number) : wordFor(number, "");
 }
 
-void TableFormat::addTo(CLI::App& command)
+void TableFormat::addTo(const Command& command)
 {
-    auto* asJson = command.add_flag("--json", json, "Print tables as JSON");
-    command.add_flag("--csv", csv, "Print tables as comma-separated values")->excludes(asJson);
+    const Option asJson = command.flag("--json", json, "Print tables as JSON");
+    command.flag("--csv", csv, "Print tables as comma-separated values").excludes(asJson);
 }
 
 void Table::add(std::vector<Cell> row)

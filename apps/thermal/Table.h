@@ -1,14 +1,12 @@
 #pragma once
 
+#include "apps/thermal/Options.h"
+
 #include <iosfwd>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace thermal {
 
@@ -18,7 +16,7 @@ struct TableFormat
     bool json = false;
     bool csv = false;
 
-    void addTo(CLI::App& command);
+    void addTo(const Command& command);
 };
 
 /// Rows of texts and numbers under headings; a table for people, or JSON or CSV for programs.

@@ -9,8 +9,6 @@
 #include "recordings/PictureSink.h"
 #include "vision/imgproc/DistortionCorrection.h"
 
-#include <CLI/App.hpp>
-
 #include <memory>
 #include <optional>
 #include <string>
@@ -85,29 +83,28 @@ void undistort(const UndistortOptions& options)
 
 } // namespace
 
-void addUndistortCommand(CLI::App& program)
+void addUndistortCommand(const Command& program)
 {
     auto options = std::make_shared<UndistortOptions>();
-    CLI::App& command =
-        *program.add_subcommand("undistort", "Straightens what the lens bends, or makes the map for it");
+    const Command command =
+        program.sub("undistort", "Straightens what the lens bends, or makes the map for it");
     options->input.addTo(command).required(false); // --make reads none
-    command.add_option("--map", options->map, "The distortion map: a PAM file of six 16-bit channels")
-        ->type_name("FILE");
+    command.option("--map", options->map, "The distortion map: a PAM file of six 16-bit channels")
+        .form("FILE");
     command
-        .add_option(
-            "--out", options->out,
-            "Where the 16-bit frames go: a .tiff, .npy, .raw or .mkv of all, a .png or .pgm of one, or a "
-            "folder; with --make the map file")
-        ->required()
-        ->type_name("PATH");
+        .option("--out", options->out,
+                "Where the 16-bit frames go: a .tiff, .npy, .raw or .mkv of all, a .png or .pgm of one, or a "
+                "folder; with --make the map file")
+        .required()
+        .form("PATH");
     command
-        .add_option("--make", options->make,
-                    "Write a map for a lens of this radial model: K1,K2 bend it, FX,FY are focal lengths, "
-                    "CX,CY the middle, all four in pixels")
-        ->type_name("K1,K2,FX,FY,CX,CY");
-    command.add_option("--size", options->size, "Size of the frames for --make")->type_name("WxH");
+        .option("--make", options->make,
+                "Write a map for a lens of this radial model: K1,K2 bend it, FX,FY are focal lengths, "
+                "CX,CY the middle, all four in pixels")
+        .form("K1,K2,FX,FY,CX,CY");
+    command.option("--size", options->size, "Size of the frames for --make").form("WxH");
     options->settings.addTo(command, {"temperature/unit"});
-    command.callback([options] { undistort(*options); });
+    command.run([options] { undistort(*options); });
 }
 
 } // namespace thermal
