@@ -14,6 +14,14 @@ target_compile_options(velmo_options INTERFACE
 if(VELMO_WERROR)
     target_compile_options(velmo_options INTERFACE -Werror)
 endif()
+# Half of the time to compile goes into the headers of others. (A compiler cache does better without.)
+function(velmo_precompile target)
+    if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+        target_precompile_headers(${target} PRIVATE
+            <opencv2/core.hpp> <functional> <map> <memory> <optional> <string> <vector> ${ARGN})
+    endif()
+endfunction()
+
 if(NOT VELMO_TARGET_CLONES)
     target_compile_definitions(velmo_options INTERFACE VELMO_NO_CLONES)
 endif()

@@ -16,6 +16,7 @@ function(velmo_library name)
     add_library(${name}_objects OBJECT ${sources})
     target_include_directories(${name}_objects PUBLIC "${PROJECT_SOURCE_DIR}")
     target_link_libraries(${name}_objects PUBLIC opencv_core opencv_imgproc PRIVATE velmo_options)
+    velmo_precompile(${name}_objects)
 
     string(REPLACE vision_ "" short "${name}")
     add_library(${name} SHARED)
