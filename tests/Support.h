@@ -1,15 +1,33 @@
 #pragma once
 
 #include "core/Exception.h"
+#include "tests/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <opencv2/core.hpp>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <memory>
+#include <numeric>
 #include <random>
+#include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
-/// What several families need to state their expectations.
+/// What all tests need to state their expectations.
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using velmo::exp::Exception;
 
 /// What a call is refused with: the message, and the function that its location names.
 struct Refusal
@@ -28,12 +46,12 @@ struct Refusal
     }
 };
 
-template <class Call>
-Refusal refusal(Call call)
+template <class Call, class... Given>
+Refusal refusal(Call call, const Given&... given)
 {
     try {
-        call();
-    } catch (const velmo::exp::Exception& error) {
+        call(given...);
+    } catch (const Exception& error) {
         const std::string& location = error.location();
         const std::size_t name = location.rfind(": ") + 2;
         return {error.what(), location.substr(name, location.rfind("(..)\n") - name)};
@@ -58,3 +76,35 @@ cv::Mat_<T> randomMat(cv::Size size, int low, int high, std::mt19937& random)
         element = static_cast<T>(value(random));
     return matrix;
 }
+
+/// Each row is refused with a message that holds its words.
+/// @param call  takes the first of a row
+template <class Call>
+void expectRefused(const std::vector<std::pair<std::string, std::string>>& rows, Call call)
+{
+    for (const auto& [given, words] : rows)
+        EXPECT_THAT(refusal(call, given).message, HasSubstr(words)) << given;
+}
+
+/// A test with files, in a folder that is gone afterwards.
+class FilesTest : public testing::Test
+{
+protected:
+    std::string path(const std::string& name) const { return folder.path() / name; }
+
+    /// Writes a file, and the folders above it; returns its path.
+    std::string put(const std::string& name, const std::string& bytes) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << bytes;
+        return path(name);
+    }
+
+    std::string bytes(const std::string& name) const
+    {
+        std::ifstream file(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    TemporaryFolder folder;
+};

@@ -2,8 +2,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 class BlobsCommand : public ProgramFixture
 {
 protected:

@@ -1,11 +1,8 @@
 #include "apps/thermal/Progress.h"
+
 #include "apps/thermal/Simulator.h"
 #include "apps/thermal/Table.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <sstream>
+#include "tests/Support.h"
 
 namespace {
 

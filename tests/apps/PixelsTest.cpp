@@ -5,8 +5,7 @@
 
 namespace {
 
-using testing::HasSubstr;
-using velmo::camera::PixelMap;
+using namespace velmo::camera;
 
 class Pixels : public ProgramFixture
 {
@@ -87,19 +86,16 @@ TEST_F(Pixels, AreFoundByOneCommandThatServesThePicture)
     };
     writeFrames("clean", 20, 10000, [](Frame&, int) {});
     writeFrames("f", 20, 10000, spoil);
-    const ProgramRun find = call("pixels find f*.pgm --out map.pgm");
-    ASSERT_EQ(find.code, 0) << find.errors;
-    EXPECT_THAT(find.output, HasSubstr("twinkling"));
+    EXPECT_THAT(said("pixels find f*.pgm --out map.pgm"), HasSubstr("twinkling"));
     EXPECT_THAT(bytes("map.csv"), testing::MatchesRegex("x,y,flags,reasons,deviations,cluster\n"
                                                         "3,2,64,dead,-[0-9.]+,1\n12,7,64,hot,[0-9.]+,1\n"));
-    const ProgramRun json = call("pixels find f*.pgm --out other.pgm --json");
-    EXPECT_THAT(json.output, HasSubstr("\"dead\""));
+    EXPECT_THAT(said("pixels find f*.pgm --out other.pgm --json"), HasSubstr("\"dead\""));
 
     // The wall rises evenly, so that what replaces them is what was there.
-    ASSERT_EQ(call("render clean19.pgm --range 11000:12000 --out clean.png").code, 0);
-    ASSERT_EQ(call("render f19.pgm --bad-pixels map.pgm --range 11000:12000 --out f.png").code, 0);
+    said("render clean19.pgm --range 11000:12000 --out clean.png");
+    said("render f19.pgm --bad-pixels map.pgm --range 11000:12000 --out f.png");
     EXPECT_EQ(cv::norm(picture("clean.png"), picture("f.png")), 0);
-    ASSERT_EQ(call("render f*.pgm --bad-pixels auto --range 11000:12000 --out all").code, 0);
+    said("render f*.pgm --bad-pixels auto --range 11000:12000 --out all");
     EXPECT_EQ(cv::norm(picture("clean.png"), picture("all/frame_0019.png")), 0);
 }
 
@@ -113,7 +109,7 @@ TEST_F(Pixels, AreNotBelievedWhenTheyAreTooMany)
     EXPECT_EQ(find.code, 3);
     EXPECT_THAT(find.errors, HasSubstr("15 of 240 pixels are flagged, most of them as dead"));
     EXPECT_EQ(folder.entries().size(), 1U);
-    ASSERT_EQ(call("pixels find f0.pgm --out map.pgm --force").code, 0);
+    call("pixels find f0.pgm --out map.pgm --force");
     EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("map.pgm"))), 15);
 }
 
@@ -124,13 +120,12 @@ TEST_F(Pixels, ComeInMapsMasksAndListsOfManyKinds)
     cv::imwrite(path("mask.png"), mask);
     write("list.csv", std::string("x,y\n19,11\n5,4\n"));
     for (const char* const name : {"all.pgm", "all.png", "all.npy", "all.csv"})
-        ASSERT_EQ(call(std::string("pixels merge list.csv mask.png --out ") + name).code, 0) << name;
+        said(std::string("pixels merge list.csv mask.png --out ") + name);
     EXPECT_EQ(bytes("all.csv"), "x,y,flags,reasons\n5,4,64,spread\n19,11,64,spread\n");
     EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("all.pgm"))), 2);
     for (const char* const name : {"all.pgm", "all.png", "all.npy", "all.csv"}) {
-        const ProgramRun diff = call(std::string("pixels diff mask.png ") + name + " --out diff.png --csv");
-        EXPECT_THAT(diff.output, HasSubstr("new,1\ngone,0\nin both,1\n")) << diff.errors;
-        EXPECT_THAT(diff.output, HasSubstr("19,11,new,spread"));
+        const std::string diff = said(std::string("pixels diff mask.png ") + name + " --out diff.png --csv");
+        EXPECT_THAT(diff, AllOf(HasSubstr("new,1\ngone,0\nin both,1\n"), HasSubstr("19,11,new,spread")));
     }
     EXPECT_THAT(call("pixels merge list.csv --out l.pgm").errors, HasSubstr("--size"));
     EXPECT_THAT(call("pixels merge list.csv --size 19x12 --out l.pgm").errors, HasSubstr("line 2"));
@@ -149,7 +144,7 @@ TEST_F(Pixels, InTheMidstOfAClusterAreReplacedFromFurtherAway)
 
 TEST_F(Pixels, AreNoneInACleanFrame)
 {
-    writeFrames("f", 1, 10000, [](Frame&, int) {});
+    write("f0.pgm", Frame(12, 20, 10000));
     said("pixels detect f0.pgm --spread 1 --out map.pgm");
     EXPECT_EQ(said("pixels records map.pgm --radius 3 --out records.pgm"), "0 records in records.pgm\n");
     EXPECT_EQ(said("pixels show records.pgm --json"), "[\n]\n");

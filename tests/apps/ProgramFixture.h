@@ -1,25 +1,16 @@
 #pragma once
 
-#include "tests/TemporaryFolder.h"
+#include "tests/Support.h"
 
 #include "apps/thermal/Program.h"
 #include "camera/Frame.h"
 
 #include <opencv2/imgcodecs.hpp>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 /// What one run of the program said.
 struct ProgramRun
@@ -30,30 +21,13 @@ struct ProgramRun
 };
 
 /// The program in a folder with files.
-class ProgramFixture : public testing::Test
+class ProgramFixture : public FilesTest
 {
 protected:
     using Frame = velmo::camera::Frame;
 
-    std::string path(const std::string& name) const { return folder.path() / name; }
-
-    void write(const std::string& name, const std::string& bytes) const
-    {
-        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
-        std::ofstream(path(name), std::ios::binary) << bytes;
-    }
-
-    void write(const std::string& name, const Frame& frame) const
-    {
-        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
-        cv::imwrite(path(name), frame);
-    }
-
-    std::string bytes(const std::string& name) const
-    {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    void write(const std::string& name, const std::string& bytes) const { put(name, bytes); }
+    void write(const std::string& name, const Frame& frame) const { cv::imwrite(put(name, ""), frame); }
 
     cv::Mat_<cv::Vec3b> picture(const std::string& name) const
     {
@@ -99,7 +73,7 @@ protected:
         for (const auto& [arguments, named] : refused) {
             const ProgramRun run = call(arguments);
             EXPECT_EQ(run.code, 2) << arguments;
-            EXPECT_THAT(run.errors, testing::HasSubstr(named)) << arguments;
+            EXPECT_THAT(run.errors, HasSubstr(named)) << arguments;
             EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]+\n")) << arguments;
             EXPECT_EQ(run.output, "") << arguments;
             EXPECT_EQ(folder.entries(), before) << arguments;
@@ -136,8 +110,6 @@ protected:
     {
         return end(start(arguments, before));
     }
-
-    TemporaryFolder folder;
 
 private:
     TemporaryFolder m_oSaid;

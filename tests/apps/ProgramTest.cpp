@@ -4,8 +4,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::MatchesRegex;
 
 class Program : public ProgramFixture
@@ -89,8 +87,7 @@ TEST_F(Program, RendersPicturesOfAFolder)
     EXPECT_EQ(run.errors, ""); // no progress bar where nobody looks
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("pictures")), {}), 12);
     for (const char* name : {"pictures/frame_0000.png", "pictures/frame_0011.png"}) {
-        EXPECT_EQ(picture(name).rows, 96);
-        EXPECT_GT(picture(name).cols, 128);
+        EXPECT_TRUE(picture(name).rows == 96 && picture(name).cols > 128) << name;
     }
 }
 

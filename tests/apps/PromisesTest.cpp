@@ -9,8 +9,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 /// What holds for every command: nothing lost, nothing hung.
 class Promises : public ProgramFixture
 {
@@ -121,13 +119,10 @@ TEST_F(Promises, AnInterruptEndsEveryCommandAndLeavesNothing)
 {
     using Clock = std::chrono::steady_clock;
     pipe("never");
-    const struct
-    {
-        int signal;
-        const char* arguments;
-    } runs[] = {{SIGINT, "render - --raw 64x48 --out film.avi <>never"}, // waits for what never comes
-                {SIGTERM, "undistort --make -0.0001,0,4000,4000,2999.5,2999.5 --size 6000x6000 --out l.pam"},
-                {SIGINT, "demo --out demo"}};
+    const std::pair<int, const char*> runs[] = {
+        {SIGINT, "render - --raw 64x48 --out film.avi <>never"}, // waits for what never comes
+        {SIGTERM, "undistort --make -0.0001,0,4000,4000,2999.5,2999.5 --size 6000x6000 --out l.pam"},
+        {SIGINT, "demo --out demo"}};
     const auto before = folder.entries();
     for (const auto& [signal, arguments] : runs) {
         const pid_t process = start(arguments);

@@ -1,14 +1,9 @@
 #include "tests/Support.h"
 #include "tests/apps/ProgramFixture.h"
 
-#include <cstring>
-
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
+using namespace testing;
 
 class Temperatures : public ProgramFixture
 {

@@ -2,13 +2,9 @@
 
 #include "camera/lens/LensMap.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace {
 
-using velmo::camera::Frame;
-using velmo::camera::LensModel;
+using namespace velmo::camera;
 
 using Undistort = ProgramFixture;
 

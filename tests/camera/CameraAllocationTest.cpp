@@ -1,12 +1,10 @@
 #include "camera/Camera.h"
 
+#include "tests/Support.h"
+
 #include "tests/Allocations.h"
 
-#include <gtest/gtest.h>
-
-using velmo::camera::Camera;
-using velmo::camera::Frame;
-using velmo::camera::Settings;
+using namespace velmo::camera;
 
 TEST(Camera, AllocatesNothingPerFrameOnceItRuns)
 {

@@ -1,40 +1,20 @@
 #include "camera/Settings.h"
 
+#include "tests/Support.h"
+
 #include "camera/settings/Keys.h"
 #include "camera/settings/Reference.h"
 
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using velmo::camera::Key;
-using velmo::camera::keys;
-using velmo::camera::Settings;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 
 Settings read(const std::string& text)
 {
     std::istringstream file(text);
     return Settings::read(file);
-}
-
-std::string refusal(const std::string& path, const std::string& value)
-{
-    try {
-        Settings().set(path, value);
-    } catch (const Exception& error) {
-        return error.what();
-    }
-    return "taken";
 }
 
 TEST(Keys, HaveAnOptionOfTheirOwnASentenceAndADefaultThatIsTaken)
@@ -129,7 +109,8 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
         {"colours/palette", "two\nlines", "one line"},
         {"picture/scale", "17", "1 to 16"}};
     for (const auto& [path, value, words] : wrong)
-        EXPECT_THAT(refusal(path, value), HasSubstr(words)) << path << " " << value;
+        EXPECT_THAT(refusal([](auto... key) { Settings().set(key...); }, path, value).message,
+                    HasSubstr(words));
     EXPECT_THROW(read("[noise]\ntemporal = 1,2\n"), Exception);
     EXPECT_THROW(read("noise = 3\n"), Exception);
     EXPECT_THROW(read("no settings"), Exception);
@@ -145,8 +126,7 @@ TEST(Settings, HaveAPageThatSaysThemAll)
 {
     std::ostringstream page;
     page << std::ifstream(SETTINGS_PAGE).rdbuf();
-    EXPECT_EQ(page.str(), velmo::camera::settingsReference())
-        << "thermal settings --reference > docs/settings.md";
+    EXPECT_EQ(page.str(), settingsReference()) << "thermal settings --reference > docs/settings.md";
 }
 
 } // namespace

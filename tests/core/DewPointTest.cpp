@@ -1,10 +1,6 @@
 #include "core/physics/DewPoint.h"
 
-#include "core/Exception.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "tests/Support.h"
 
 using namespace velmo::exp;
 using Air = quantity::Temperature<MarkedFloat>;

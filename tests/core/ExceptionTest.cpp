@@ -1,11 +1,8 @@
-#include "core/Exception.h"
 #include "core/memory/ByteCursor.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 using velmo::exp::ByteCursor;
-using velmo::exp::Exception;
 
 namespace {
 

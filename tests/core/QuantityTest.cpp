@@ -1,11 +1,8 @@
 #include "core/quantity/MarkedFloat.h"
+
 #include "core/quantity/Relation.h"
 #include "core/quantity/Temperature.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "tests/Support.h"
 
 using velmo::exp::MarkedFloat;
 using namespace velmo::exp::quantity;

@@ -1,16 +1,8 @@
 #pragma once
 
+#include "tests/Support.h"
+
 #include "core/Forms.h"
-
-#include <gtest/gtest.h>
-#include <opencv2/core.hpp>
-
-#include <algorithm>
-#include <cstring>
-#include <functional>
-#include <random>
-#include <string>
-#include <vector>
 
 /// Where inputs come from.
 class Random

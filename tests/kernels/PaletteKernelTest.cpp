@@ -4,9 +4,6 @@
 #include "tests/kernels/KernelTest.h"
 #include "vision/kernels/ColorPaletteConverterKernel.h"
 
-#include <cmath>
-#include <memory>
-
 using namespace velmo::vision;
 using namespace velmo::exp;
 

@@ -5,8 +5,6 @@
 #include "vision/imgproc/ColorPaletteConverter.h"
 #include "vision/radiometry/RadiometricTools.h"
 
-#include <cmath>
-
 namespace {
 
 int calls = 0;

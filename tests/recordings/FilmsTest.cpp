@@ -1,27 +1,21 @@
-#include "tests/TemporaryFolder.h"
-
 #include "recordings/Films.h"
+
 #include "recordings/Frames.h"
 #include "recordings/GreyWriters.h"
 #include "recordings/PngFile.h"
-
-#include "core/Exception.h"
+#include "tests/Support.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <cstdio>
-#include <fstream>
-#include <functional>
 
 #include <sys/resource.h>
 
-namespace velmo::recordings {
 namespace {
+
+using namespace velmo::recordings;
 
 using Container = FilmFormat::Container;
 
@@ -51,11 +45,9 @@ std::vector<Picture> pictures(cv::Size size)
     return all;
 }
 
-class FilmFiles : public testing::Test
+class FilmFiles : public FilesTest
 {
 protected:
-    std::string path(const std::string& name) const { return folder.path() / name; }
-
     void film(const std::string& name, Container container, double fps,
               const std::vector<Picture>& images) const
     {
@@ -80,21 +72,11 @@ protected:
             all.push_back(image.clone());
         return all;
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(FilmFiles, HoldThePicturesAtTheRateThatWasAskedFor)
 {
-    const struct
-    {
-        const char* name;
-        Container container;
-        double fps;
-        const char* rate;
-        cv::Size size; ///< of the film
-        double largestError;
-    } cases[] = {
+    const std::tuple<const char*, Container, double, const char*, cv::Size, double> cases[] = {
         {"a.avi", Container::Avi, 1.5, "3/2", {33, 17}, 6},
         {"b.avi", Container::Avi, 0.1, "1/10", {33, 17}, 6},
         {"a.mkv", Container::Mkv, 1.5, "3/2", {33, 17}, 0},
@@ -104,20 +86,19 @@ TEST_F(FilmFiles, HoldThePicturesAtTheRateThatWasAskedFor)
         {"c.mp4", Container::Mp4, 29.97, "2997/100", {34, 18}, 6},
     };
     const std::vector<Picture> expected = pictures({33, 17});
-    for (const auto& one : cases) {
-        film(one.name, one.container, one.fps, expected);
+    for (const auto& [name, container, fps, rate, size, largestError] : cases) {
+        film(name, container, fps, expected);
         EXPECT_EQ(said("ffprobe -v error -count_frames -show_entries "
                        "stream=width,height,avg_frame_rate,nb_read_frames -of csv=p=0 " +
-                       path(one.name)),
-                  std::to_string(one.size.width) + "," + std::to_string(one.size.height) + "," + one.rate +
-                      ",7\n");
-        const std::vector<Picture> found = decoded(one.name, one.size);
-        ASSERT_EQ(found.size(), expected.size()) << one.name;
+                       path(name)),
+                  std::to_string(size.width) + "," + std::to_string(size.height) + "," + rate + ",7\n");
+        const std::vector<Picture> found = decoded(name, size);
+        ASSERT_EQ(found.size(), expected.size()) << name;
         for (std::size_t i = 0; i < found.size(); ++i)
             EXPECT_LE(cv::norm(found[i](cv::Rect(0, 0, 33, 17)), expected[i], cv::NORM_L1) /
                           expected[i].total() / 3,
-                      one.largestError)
-                << one.name << ", picture " << i;
+                      largestError)
+                << name << ", picture " << i;
     }
 }
 
@@ -172,15 +153,10 @@ TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
     std::filesystem::resize_file(path("cut.avi"), 1500);
     std::ofstream(path("list.nut")) << "nut/multimedia container";
     for (const char* const name : {"colour.mp4", "colour.mkv", "cut.avi", "list.nut"})
-        try {
-            valuesIn(path(name));
-            ADD_FAILURE() << name << " was read";
-        } catch (const exp::Exception& error) {
-            EXPECT_THAT(error.what(), testing::HasSubstr(name));
-            EXPECT_THAT(error.what(), testing::Not(testing::HasSubstr("\n")));
-        }
+        EXPECT_THAT(refusal([&] { valuesIn(path(name)); }).message,
+                    testing::AllOf(HasSubstr(name), testing::Not(HasSubstr("\n"))));
     const auto counts = films().create({path("counts.avi"), "counts.avi"}, {});
-    EXPECT_THROW(counts->write(Frame(4, 4, 7)), exp::Exception); // would lose bits
+    EXPECT_THROW(counts->write(Frame(4, 4, 7)), Exception); // would lose bits
 }
 
 /// No file of this process can be longer, as if the disk were full.
@@ -217,47 +193,29 @@ TEST_F(FilmFiles, AndOtherFilesSayWhenTheyCannotBeWritten)
             writer->write(image);
         writer->finish();
     };
+    const auto a = [&] { return OutputFile(path("a"), "a"); };
     const auto toFilm = [&](Container container, const cv::Mat& image) {
         FilmFormat format;
         format.container = container;
-        all(films().create({path("a"), "a"}, format), image);
+        all(films().create(a(), format), image);
     };
-    const struct
-    {
-        const char* what;
-        std::function<void()> write;
-    } writers[] = {
-        {"PNG",
-         [&] {
-             writePng({path("a"), "a"}, noise);
-         }},
-        {"PGM",
-         [&] {
-             writePgm({path("a"), "a"}, noise, "");
-         }},
-        {"TIFF",
-         [&] {
-             all(createTiff({path("a"), "a"}, 10, ""), noise);
-         }},
-        {"NumPy",
-         [&] {
-             all(createNpy({path("a"), "a"}), noise);
-         }},
-        {"raw",
-         [&] {
-             all(createRaw({path("a"), "a"}), noise);
-         }},
+    const std::pair<const char*, std::function<void()>> writers[] = {
+        {"PNG", [&] { writePng(a(), noise); }},
+        {"PGM", [&] { writePgm(a(), noise, ""); }},
+        {"TIFF", [&] { all(createTiff(a(), 10, ""), noise); }},
+        {"NumPy", [&] { all(createNpy(a()), noise); }},
+        {"raw", [&] { all(createRaw(a()), noise); }},
         {"AVI", [&] { toFilm(Container::Avi, colours); }},
         {"Matroska", [&] { toFilm(Container::Mkv, noise); }},
         {"MP4", [&] { toFilm(Container::Mp4, colours); }},
     };
-    for (const auto& writer : writers) {
-        writer.write();
+    for (const auto& [what, write] : writers) {
+        write();
         const auto size = std::filesystem::file_size(path("a"));
         // Within the first frame, where the last frame ends, and where only what is written last is missing.
         for (const std::uintmax_t limit : {std::uintmax_t{1000}, size / 2, size - 1}) {
             const DiskFullBehind full(limit);
-            EXPECT_THROW(writer.write(), exp::Exception) << writer.what << ", " << limit << " of " << size;
+            EXPECT_THROW(write(), Exception) << what << ", " << limit << " of " << size;
         }
     }
 }
@@ -307,8 +265,7 @@ TEST_F(FilmFiles, PicturesOfEveryFormatAreThoseThatOthersSee)
         EXPECT_LE(cv::norm(found, expected, cv::NORM_INF), rounding) << name;
     }
     std::ofstream(path("a.txt")) << "no picture";
-    EXPECT_THROW(readPicture(path("a.txt")), exp::Exception);
+    EXPECT_THROW(readPicture(path("a.txt")), Exception);
 }
 
 } // namespace
-} // namespace velmo::recordings

@@ -1,36 +1,21 @@
-#include "tests/TemporaryFolder.h"
-
 #include "recordings/ByteOrder.h"
+
 #include "recordings/FrameFiles.h"
 #include "recordings/GreyWriters.h"
 #include "recordings/PngFile.h"
+#include "tests/Support.h"
 
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <tiffio.h>
 
-#include <fstream>
-#include <functional>
-
-namespace velmo::recordings {
 namespace {
 
-using testing::HasSubstr;
+using namespace velmo::recordings;
 
 using Images = std::vector<cv::Mat>;
 
-class Formats : public testing::Test
+class Formats : public FilesTest
 {
 protected:
-    std::string path(const std::string& name) const { return folder.path() / name; }
-
-    void put(const std::string& name, const std::string& bytes) const
-    {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-    }
-
     OutputFile output(const std::string& name) const { return {path(name), name}; }
 
     /// What is in the file, and that it has the unit and says how many frames it has.
@@ -47,15 +32,8 @@ protected:
 
     std::string refusalOf(const std::string& name) const
     {
-        try {
-            read(name);
-            return "";
-        } catch (const exp::Exception& error) {
-            return error.what();
-        }
+        return refusal([&] { read(name); }).message;
     }
-
-    TemporaryFolder folder;
 };
 
 void writeAll(std::unique_ptr<ImageWriter> writer, const Images& images)
@@ -68,10 +46,8 @@ void writeAll(std::unique_ptr<ImageWriter> writer, const Images& images)
 void expectEqual(const std::vector<Frame>& frames, const Images& expected, const std::string& what)
 {
     ASSERT_EQ(frames.size(), expected.size()) << what;
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        ASSERT_EQ(frames[i].size(), expected[i].size()) << what;
-        EXPECT_EQ(cv::norm(frames[i], expected[i], cv::NORM_INF), 0) << what << ", frame " << i;
-    }
+    for (std::size_t i = 0; i < frames.size(); ++i)
+        EXPECT_TRUE(same(frames[i], expected[i])) << what << ", frame " << i;
 }
 
 /// Regions of larger frames, so that rows are padded; each has the values at which bytes and signs change.
@@ -162,12 +138,7 @@ std::string npy(const std::string& dictionary, const std::string& values)
 
 TEST_F(Formats, ReadNumPyArraysOfOtherPrograms)
 {
-    const struct
-    {
-        const char* dictionary;
-        std::string values;
-        Images frames;
-    } arrays[] = {
+    const std::tuple<const char*, std::string, Images> arrays[] = {
         {"{'descr': '>u2', 'fortran_order': False, 'shape': (2, 1, 2), }",
          "\1\2\3\4\5\6\7\x8",
          {(Frame(1, 2) << 0x102, 0x304), (Frame(1, 2) << 0x506, 0x708)}},
@@ -179,9 +150,9 @@ TEST_F(Formats, ReadNumPyArraysOfOtherPrograms)
          {(Frame(1, 1) << 65535)}},
         {"{'descr': '<u2', 'fortran_order': False, 'shape': (0, 4, 4)}", "", {}},
     };
-    for (const auto& array : arrays) {
-        put("a.npy", npy(array.dictionary, array.values));
-        expectEqual(read("a.npy"), array.frames, array.dictionary);
+    for (const auto& [dictionary, values, frames] : arrays) {
+        put("a.npy", npy(dictionary, values));
+        expectEqual(read("a.npy"), frames, dictionary);
     }
 }
 
@@ -233,22 +204,15 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
     EXPECT_THAT(refusalOf("a.npy"), HasSubstr("infinite"));
 
     writePng(output("good.png"), Frame(9, 9, 7));
-    std::stringstream good;
-    good << std::ifstream(path("good.png")).rdbuf();
-    std::string large = good.str();
+    const std::string good = bytes("good.png");
+    std::string large = good;
     large.replace(16, 4, std::string("\0\0\x40\1", 4)); // a width of 16385
     writePng(output("colour.png"), cv::Mat(2, 2, CV_8UC3, cv::Scalar::all(1)));
-    std::stringstream colour;
-    colour << std::ifstream(path("colour.png")).rdbuf();
     const std::string u2 = "{'descr': '<u2', 'fortran_order': False, 'shape': ";
-    const struct
-    {
-        const char* why;
-        std::string bytes;
-    } files[] = {
+    const std::pair<const char*, std::string> files[] = {
         {"PNG", large},
-        {"PNG", good.str().substr(0, good.str().size() - 20)},
-        {"colours", colour.str()},
+        {"PNG", good.substr(0, good.size() - 20)},
+        {"colours", bytes("colour.png")},
         {"TIFF", "II*\0"},
         {"TIFF", std::string("II*\0\x8\0\0\0\1\0", 10)},
         {"4 frames of 8 bytes, behind it are 7 bytes", npy(u2 + "(4, 2, 2)}", "1234567")},
@@ -264,12 +228,10 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
         {"not a PGM", "hello"},
         {"not a PGM", ""},
     };
-    for (const auto& file : files) {
-        put("a.bin", file.bytes);
-        const std::string refusal = refusalOf("a.bin");
-        EXPECT_THAT(refusal, HasSubstr("a.bin")) << file.why;
-        EXPECT_THAT(refusal, HasSubstr(file.why));
-        EXPECT_THAT(refusal, testing::Not(HasSubstr("\n")));
+    for (const auto& [why, content] : files) {
+        put("a.bin", content);
+        EXPECT_THAT(refusalOf("a.bin"),
+                    testing::AllOf(HasSubstr("a.bin"), HasSubstr(why), testing::Not(HasSubstr("\n"))));
     }
 }
 
@@ -284,9 +246,9 @@ TEST_F(Formats, OfOneRecordingHaveOneUnit)
         while (source->next(frame)) {
         }
     };
-    EXPECT_THROW(readBoth("2.pgm", true), exp::Exception);
+    EXPECT_THROW(readBoth("2.pgm", true), Exception);
     EXPECT_NO_THROW(readBoth("2.pgm", false));
-    EXPECT_THROW(readBoth("3.npy", false), exp::Exception); // counts and degrees
+    EXPECT_THROW(readBoth("3.npy", false), Exception); // counts and degrees
 }
 
 TEST(ByteOrder, IsTurnedInEveryChannel)
@@ -296,4 +258,3 @@ TEST(ByteOrder, IsTurnedInEveryChannel)
 }
 
 } // namespace
-} // namespace velmo::recordings

@@ -1,64 +1,27 @@
 #include "recordings/Outputs.h"
 
-#include "tests/TemporaryFolder.h"
-
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
+#include "tests/Support.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using velmo::exp::Exception;
-using velmo::recordings::OutputFile;
-using velmo::recordings::Outputs;
+using namespace velmo::recordings;
 
-class OutputsOfACommand : public testing::Test
+class OutputsOfACommand : public FilesTest
 {
 protected:
-    std::string path(const std::string& name) const { return folder.path() / name; }
-
-    void put(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
-
-    std::string textOf(const std::string& name) const
-    {
-        std::ostringstream text;
-        text << std::ifstream(path(name)).rdbuf();
-        return text.str();
-    }
-
     void write(Outputs& outputs, const std::string& name, const std::string& text) const
     {
         OutputFile file = outputs.file(path(name));
         file.write(text);
         file.finish();
     }
-
-    template <class Use>
-    static std::string refusal(Use use)
-    {
-        try {
-            use();
-        } catch (const Exception& error) {
-            return error.what();
-        }
-        return "taken";
-    }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(OutputsOfACommand, AreThereTogetherOrNotAtAll)
 {
     put("old", "before");
-    fs::create_directory(path("there"));
     put("there/kept", "kept");
     const auto writeAll = [&](Outputs& outputs) {
         write(outputs, "old", "after");
@@ -70,7 +33,7 @@ TEST_F(OutputsOfACommand, AreThereTogetherOrNotAtAll)
     {
         Outputs outputs;
         writeAll(outputs);
-        EXPECT_EQ(textOf("old"), "before");
+        EXPECT_EQ(bytes("old"), "before");
         EXPECT_FALSE(fs::exists(path("new")));
     }
     EXPECT_THAT(folder.entries(), ElementsAre("old", "there")); // taken back
@@ -78,8 +41,8 @@ TEST_F(OutputsOfACommand, AreThereTogetherOrNotAtAll)
     writeAll(outputs);
     outputs.commit();
     EXPECT_THAT(folder.entries(), ElementsAre("new", "old", "there"));
-    EXPECT_EQ(textOf("old"), "after");
-    EXPECT_EQ(textOf("new/a") + textOf("there/b") + textOf("there/kept"), "abkept");
+    EXPECT_EQ(bytes("old"), "after");
+    EXPECT_EQ(bytes("new/a") + bytes("there/b") + bytes("there/kept"), "abkept");
     EXPECT_EQ(std::distance(fs::directory_iterator(path("there")), {}), 2);
 }
 
@@ -91,22 +54,21 @@ TEST_F(OutputsOfACommand, LeaveEverythingAsItWasIfOneCannotGetItsName)
     write(outputs, "b", "new");
     write(outputs, "c", "new");
     fs::create_directories(path("c/meanwhile")); // by somebody else
-    EXPECT_THAT(refusal([&] { outputs.commit(); }), HasSubstr("/c: cannot be written: "));
-    EXPECT_EQ(textOf("a"), "before");
+    EXPECT_THAT(refusal([&] { outputs.commit(); }).message, HasSubstr("/c: cannot be written: "));
+    EXPECT_EQ(bytes("a"), "before");
     EXPECT_FALSE(fs::exists(path("b")));
 }
 
 TEST_F(OutputsOfACommand, NeverReplaceAnInput)
 {
     put("input", "read");
-    fs::create_directory(path("in"));
     put("in/frame", "read");
     fs::create_symlink("input", path("link"));
     fs::create_hard_link(path("input"), path("twin"));
     Outputs outputs(true);
     outputs.protect({path("input"), path("in/frame"), path("missing")});
     for (const char* name : {"input", "link", "twin", "in/../input", "in/frame"})
-        EXPECT_THAT(refusal([&] { outputs.file(path(name)); }), HasSubstr("is an input")) << name;
+        EXPECT_THAT(refusal([&] { outputs.file(path(name)); }).message, HasSubstr("is an input")) << name;
     EXPECT_THROW(outputs.companion(path("input")), Exception);
     outputs.folder(path("in"));
     EXPECT_THROW(outputs.file(path("in/frame")), Exception);
@@ -115,23 +77,19 @@ TEST_F(OutputsOfACommand, NeverReplaceAnInput)
     write(late, "input", "written");
     late.protect({path("input")});
     EXPECT_THROW(late.commit(), Exception);
-    EXPECT_EQ(textOf("input"), "read");
+    EXPECT_EQ(bytes("input"), "read");
 }
 
 TEST_F(OutputsOfACommand, GoToPlacesThatTakeThem)
 {
     put("file", "");
     Outputs outputs;
-    EXPECT_THROW(outputs.file(folder.path()), Exception);
-    EXPECT_THROW(outputs.file(path("none/file")), Exception);
-    EXPECT_THROW(outputs.file(path("file/file")), Exception);
-    EXPECT_THROW(outputs.file("/dev/null"), Exception);
-    EXPECT_THROW(outputs.file(""), Exception);
-    EXPECT_THROW(outputs.folder(path("file")), Exception);
-    EXPECT_THROW(outputs.folder(path("none/folder")), Exception);
-    EXPECT_THROW(outputs.folder(""), Exception);
     write(outputs, "twice", "");
-    EXPECT_THAT(refusal([&] { outputs.file(path("./twice")); }), HasSubstr("twice"));
+    for (const std::string& target :
+         {path(""), path("none/a"), path("file/a"), path("./twice"), std::string("/dev/null"), std::string()})
+        EXPECT_THROW(outputs.file(target), Exception) << target;
+    for (const std::string& target : {path("file"), path("none/a"), std::string()})
+        EXPECT_THROW(outputs.folder(target), Exception) << target;
 }
 
 TEST_F(OutputsOfACommand, ThatNobodyNamedReplaceWhatIsThereByForceOnly)
@@ -145,7 +103,6 @@ TEST_F(OutputsOfACommand, ThatNobodyNamedReplaceWhatIsThereByForceOnly)
 
 TEST_F(OutputsOfACommand, OfAKilledRunAreRemovedThoseOfALiveOneStay)
 {
-    fs::create_directory(path(".velmo-partial-killed"));
     put(".velmo-partial-killed/film.avi", "half");
     fs::create_directory(path(".other"));
     Outputs live;
@@ -156,9 +113,9 @@ TEST_F(OutputsOfACommand, OfAKilledRunAreRemovedThoseOfALiveOneStay)
         EXPECT_EQ(folder.entries().size(), 3U); // .other and two places
         next.commit();
     }
-    EXPECT_EQ(textOf("film.avi"), "next");
+    EXPECT_EQ(bytes("film.avi"), "next");
     live.commit();
-    EXPECT_EQ(textOf("film.avi"), "live");
+    EXPECT_EQ(bytes("film.avi"), "live");
     EXPECT_THAT(folder.entries(), ElementsAre(".other", "film.avi"));
 }
 

@@ -1,43 +1,22 @@
-#include "tests/TemporaryFolder.h"
-
 #include "recordings/PaletteFile.h"
 
-#include "core/Exception.h"
+#include "tests/Support.h"
+
 #include "vision/imgproc/ColorPaletteManager.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
 
 namespace {
 
-using testing::HasSubstr;
-using velmo::exp::Exception;
-using velmo::recordings::loadPaletteFile;
-using velmo::recordings::Palette;
-using velmo::recordings::writePaletteFile;
+using namespace velmo::recordings;
 using velmo::vision::ColorPaletteManager;
 
-class PaletteFile : public testing::Test
-{
-protected:
-    std::string write(const std::string& text)
-    {
-        const std::string path = folder.path() / "palettes.xml";
-        std::ofstream(path) << text;
-        return path;
-    }
-
-    TemporaryFolder folder;
-};
+using PaletteFile = FilesTest;
 
 TEST_F(PaletteFile, GivesItsFirstPalette)
 {
     const std::string path =
-        write("<?xml version=\"1.0\"?>\n<group name=\"palettes\">\n"
-              "<item name=\"Traffic\" type=\"uint8[]\">#00FF00 #FFFF00 #FF0000</item>\n"
-              "<item name=\"Zebra\" type=\"uint8[]\">#000000 #FFFFFF</item>\n</group>\n");
+        put("a.xml", "<?xml version=\"1.0\"?>\n<group name=\"palettes\">\n"
+                     "<item name=\"Traffic\" type=\"uint8[]\">#00FF00 #FFFF00 #FF0000</item>\n"
+                     "<item name=\"Zebra\" type=\"uint8[]\">#000000 #FFFFFF</item>\n</group>\n");
     EXPECT_EQ(loadPaletteFile(path), "Traffic");
     EXPECT_EQ(ColorPaletteManager::getPaletteColors("Traffic"),
               (Palette{0, 0xFF, 0, 0xFF, 0xFF, 0, 0xFF, 0, 0}));
@@ -46,23 +25,18 @@ TEST_F(PaletteFile, GivesItsFirstPalette)
 
 TEST_F(PaletteFile, ThatHoldsNoneIsRefusedByName)
 {
-    const char* const texts[] = {"", "no XML", "<group name=\"empty\"></group>",
-                                 "<group name=\"g\"><item name=\"Half\" type=\"uint8[]\">1 2</item></group>",
-                                 "<group name=\"g\"><item name=\"Word\" type=\"string\">red</item></group>"};
-    for (const char* text : texts)
-        try {
-            loadPaletteFile(write(text));
-            ADD_FAILURE() << text;
-        } catch (const Exception& error) {
-            EXPECT_THAT(error.what(), HasSubstr("palettes.xml")) << text;
-        }
-    EXPECT_THROW(loadPaletteFile(folder.path() / "missing.xml"), Exception);
-    EXPECT_THROW(loadPaletteFile(folder.path()), Exception);
+    for (const char* text : {"", "no XML", "<group name=\"empty\"></group>",
+                             "<group name=\"g\"><item name=\"Half\" type=\"uint8[]\">1 2</item></group>",
+                             "<group name=\"g\"><item name=\"Word\" type=\"string\">red</item></group>"})
+        EXPECT_THAT(refusal([&] { loadPaletteFile(put("a.xml", text)); }).message, HasSubstr("a.xml"))
+            << text;
+    EXPECT_THROW(loadPaletteFile(path("missing.xml")), Exception);
+    EXPECT_THROW(loadPaletteFile(path("")), Exception);
 }
 
 TEST_F(PaletteFile, WrittenPalettesLoadBackToTheSameBytes)
 {
-    const std::string path = folder.path() / "out.xml";
+    const std::string path = this->path("out.xml");
     Palette palette;
     for (int n = 0; n < 3 * 256; ++n)
         palette.push_back(static_cast<unsigned char>(n * 7));
@@ -72,8 +46,7 @@ TEST_F(PaletteFile, WrittenPalettesLoadBackToTheSameBytes)
     EXPECT_EQ(ColorPaletteManager::getPaletteColors(name), palette);
 
     for (const char* bad : {"", "a/b", "two\nlines"})
-        EXPECT_THROW(writePaletteFile({folder.path() / "bad.xml", "bad.xml"}, bad, palette), Exception)
-            << bad;
+        EXPECT_THROW(writePaletteFile({this->path("bad.xml"), "bad.xml"}, bad, palette), Exception) << bad;
 }
 
 } // namespace

@@ -1,70 +1,55 @@
-#include "tests/TemporaryFolder.h"
-
 #include "recordings/Frames.h"
+
 #include "recordings/PictureSink.h"
 #include "recordings/ThreadedSink.h"
-
-#include "core/Exception.h"
+#include "tests/Support.h"
 
 #include <opencv2/imgcodecs.hpp>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <numeric>
 #include <thread>
 
 namespace {
 
-using testing::ElementsAre;
-using velmo::camera::Frame;
-using velmo::camera::Picture;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 using namespace velmo::recordings;
 
-TEST(Sink, WritesPicturesToWhatThePathNames)
+using Sink = FilesTest;
+
+TEST_F(Sink, WritesPicturesToWhatThePathNames)
 {
-    const TemporaryFolder folder;
     const Picture picture(16, 16, cv::Vec3b(1, 2, 3));
     Outputs outputs;
     for (const char* name : {"one.png", "film.avi", "many"}) {
-        const auto sink = openSink(outputs, folder.path() / name, std::nullopt, 9);
+        const auto sink = openSink(outputs, path(name), std::nullopt, 9);
         sink->write(picture);
         sink->finish();
     }
     outputs.commit();
     EXPECT_THAT(folder.entries(), ElementsAre("film.avi", "many", "one.png"));
-    EXPECT_EQ(cv::norm(cv::imread(folder.path() / "many/frame_0000.png"), picture, cv::NORM_INF), 0);
+    EXPECT_TRUE(same(cv::imread(path("many/frame_0000.png")), picture));
 }
 
-TEST(Sink, KnowsWhichFramesOfAFolderItWouldReplace)
+TEST_F(Sink, KnowsWhichFramesOfAFolderItWouldReplace)
 {
-    const TemporaryFolder folder;
-    std::filesystem::create_directory(folder.path() / "run");
-    const std::string input = folder.path() / "run/frame_0003.png";
-    cv::imwrite(input, cv::Mat(1, 1, CV_8U));
     Outputs outputs;
-    outputs.protect({input});
-    EXPECT_NO_THROW(openSink(outputs, folder.path() / "run", 3, 9));
-    EXPECT_THROW(openSink(outputs, folder.path() / "run", 4, 9), Exception);
+    outputs.protect({put("run/frame_0003.png", "")});
+    EXPECT_NO_THROW(openSink(outputs, path("run"), 3, 9));
+    EXPECT_THROW(openSink(outputs, path("run"), 4, 9), Exception);
 }
 
-TEST(Sink, RefusesPlacesThatCannotTakeIt)
+TEST_F(Sink, RefusesPlacesThatCannotTakeIt)
 {
-    const TemporaryFolder folder;
     Outputs outputs;
-    std::filesystem::create_directory(folder.path() / "folder.png");
-    std::filesystem::create_directory(folder.path() / "folder");
-    cv::imwrite(folder.path() / "file.png", cv::Mat(1, 1, CV_8U));
-    std::filesystem::rename(folder.path() / "file.png", folder.path() / "file");
+    std::filesystem::create_directory(path("folder.png"));
+    put("file", "");
     for (const char* name : {"file", "a.mov", "nowhere/a.png", "nowhere/a", "file/a.png"})
-        EXPECT_THROW(openSink(outputs, folder.path() / name, std::nullopt, 9), Exception) << name;
+        EXPECT_THROW(openSink(outputs, path(name), std::nullopt, 9), Exception) << name;
     EXPECT_THROW(openSink(outputs, "/dev/null", std::nullopt, 9), Exception);
-    EXPECT_THROW(openSink(outputs, folder.path() / "a.png", 2, 9), Exception);
-    EXPECT_THROW(writePicture(outputs, folder.path() / "folder.png", Picture(1, 1)), Exception);
+    EXPECT_THROW(openSink(outputs, path("a.png"), 2, 9), Exception);
+    EXPECT_THROW(writePicture(outputs, path("folder.png"), Picture(1, 1)), Exception);
 
-    const auto film = openSink(outputs, folder.path() / "a.avi", std::nullopt, 9);
+    const auto film = openSink(outputs, path("a.avi"), std::nullopt, 9);
     film->write(Picture(16, 16, cv::Vec3b()));
     film->write(Picture(16, 17, cv::Vec3b()));
     EXPECT_THROW(film->finish(), Exception); // films are packed on a thread of their own
@@ -117,9 +102,8 @@ TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)
     EXPECT_THAT(run(-1, 20), testing::Not(testing::Contains(1000)));
 }
 
-TEST(FrameSink, KeepsFramesByTheNameOfItsTarget)
+TEST_F(Sink, KeepsFramesByTheNameOfItsTarget)
 {
-    const TemporaryFolder folder;
     Frame frame(3, 5);
     cv::randu(frame, 0, 65536);
     FrameFormat format;
@@ -127,22 +111,22 @@ TEST(FrameSink, KeepsFramesByTheNameOfItsTarget)
     const char* const names[] = {"a.tiff", "a.npy", "a.mkv", "a.png", "a.pgm", "a"};
     Outputs outputs;
     for (const char* name : names) {
-        const auto sink = openFrameSink(outputs, folder.path() / name, 1, format);
+        const auto sink = openFrameSink(outputs, path(name), 1, format);
         sink->write(frame);
         sink->finish();
     }
     outputs.commit();
     for (const char* name : names) {
-        const auto source = openFrames({folder.path() / name}, {});
+        const auto source = openFrames({path(name)}, {});
         Frame back;
         ASSERT_TRUE(source->next(back)) << name;
-        EXPECT_EQ(cv::norm(back, frame, cv::NORM_INF), 0) << name;
+        EXPECT_TRUE(same(back, frame)) << name;
         EXPECT_EQ(source->unit(), name == std::string("a.npy") ? "" : "kelvin/64") << name;
     }
     for (const char* name : {"a.avi", "a.jpg", "folder/a.npy"})
-        EXPECT_THROW(openFrameSink(outputs, folder.path() / name, 1), Exception) << name;
+        EXPECT_THROW(openFrameSink(outputs, path(name), 1), Exception) << name;
     format.degrees = true;
-    EXPECT_THROW(openFrameSink(outputs, folder.path() / "a.mkv", 1, format), Exception);
+    EXPECT_THROW(openFrameSink(outputs, path("a.mkv"), 1, format), Exception);
 }
 
 } // namespace

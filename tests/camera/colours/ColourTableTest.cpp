@@ -1,24 +1,11 @@
 #include "camera/colours/LegendBar.h"
-#include "core/Exception.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::ThrowsMessage;
-using velmo::camera::Air;
-using velmo::camera::ColourTable;
-using velmo::camera::expandPalette;
-using velmo::camera::findPalette;
-using velmo::camera::Isotherm;
-using velmo::camera::Palette;
-using velmo::camera::Scale;
-using velmo::camera::Thermometer;
-using velmo::camera::ValueRange;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 
 const cv::Vec3b red(0, 0, 255);
 const Thermometer counts;
@@ -45,7 +32,7 @@ TEST(Palette, FillsItsRangeFromEndToEnd)
 TEST(ColourTable, IsReadBackwardsWhereverNoColourComesTwice)
 {
     int clear = 0;
-    for (const std::string& name : velmo::camera::paletteNames())
+    for (const std::string& name : paletteNames())
         for (const ValueRange range : {ValueRange{0, 65535}, ValueRange{29000, 31000}, ValueRange{7, 27}}) {
             ColourTable table(findPalette(name));
             table.build(range);
@@ -91,13 +78,7 @@ TEST(ColourTable, IsBuiltAgainWhenSomethingChanges)
 
 TEST(Isotherm, PaintsItsValuesAndNoOthers)
 {
-    const struct
-    {
-        const char* text;
-        const Thermometer& thermometer;
-        int low, high;
-        const char* label;
-    } cases[] = {
+    const std::tuple<const char*, const Thermometer&, int, int, const char*> cases[] = {
         {"above:1500:FF0000", counts, 1501, 65535, "above 1500"},
         {"below:1500:FF0000:solid", counts, 0, 1499, "below 1500"},
         {"between:1500:1600:FF0000", counts, 1500, 1600, "1500 to 1600"},
@@ -105,19 +86,18 @@ TEST(Isotherm, PaintsItsValuesAndNoOthers)
         {"below:0:FF0000", centikelvin, 0, 27314, "below 0 °C"},
         {"between:29000n:20:FF0000", centikelvin, 29000, 29315, "29000n to 20 °C"},
     };
-    for (const auto& each : cases) {
-        const Isotherm parsed = isotherm(each.text, each.thermometer);
-        EXPECT_EQ(parsed.label, each.label);
+    for (const auto& [text, thermometer, low, high, label] : cases) {
+        const Isotherm parsed = isotherm(text, thermometer);
+        EXPECT_EQ(parsed.label, label);
         ColourTable table(findPalette("Grayscale"));
         table.add(parsed);
         table.build({1000, 2000});
         for (int value = 0; value < 65536; ++value)
-            ASSERT_EQ(table.colours()[static_cast<std::size_t>(value)] == red,
-                      value >= each.low && value <= each.high)
-                << each.text << " " << value;
+            ASSERT_EQ(table.colours()[static_cast<std::size_t>(value)] == red, value >= low && value <= high)
+                << text << " " << value;
         const ValueRange varying = table.varying();
-        EXPECT_EQ(table.colours()[0], table.colours()[varying.low]) << each.text;
-        EXPECT_EQ(table.colours()[65535], table.colours()[varying.high]) << each.text;
+        EXPECT_EQ(table.colours()[0], table.colours()[varying.low]) << text;
+        EXPECT_EQ(table.colours()[65535], table.colours()[varying.high]) << text;
     }
 }
 
@@ -153,25 +133,17 @@ TEST(Isotherm, OverAnotherWins)
 
 TEST(Isotherm, IsRefusedWithWhatIsWrong)
 {
-    const struct
-    {
-        const char* text;
-        const char* says;
-    } cases[] = {
-        {"", "'' is not above:LOW:RRGGBB"},
-        {"37.5:FF0000", "is not above:LOW:RRGGBB"},
-        {"above:37.5", "is not above:LOW:RRGGBB"},
-        {"above:37.5:FF0000:soft", "is not above:LOW:RRGGBB"},
-        {"between:1:FF0000", "between:LOW:HIGH:RRGGBB"},
-        {"above:37.5:FF000", "'FF000' is not a colour"},
-        {"above:hot:FF0000", "isotherm above: 'hot' is not a number"},
-        {"above:500:FF0000", "isotherm above: no value is above '500'"},
-        {"between:30:20:FF0000", "no value lies in 'between:30:20:FF0000'"},
-        {"between:20.001:20.002:FF0000", "no value lies in"},
-    };
-    for (const auto& each : cases)
-        EXPECT_THAT([&] { isotherm(each.text, centikelvin); },
-                    ThrowsMessage<Exception>(HasSubstr(each.says)));
+    expectRefused({{"", "'' is not above:LOW:RRGGBB"},
+                   {"37.5:FF0000", "is not above:LOW:RRGGBB"},
+                   {"above:37.5", "is not above:LOW:RRGGBB"},
+                   {"above:37.5:FF0000:soft", "is not above:LOW:RRGGBB"},
+                   {"between:1:FF0000", "between:LOW:HIGH:RRGGBB"},
+                   {"above:37.5:FF000", "'FF000' is not a colour"},
+                   {"above:hot:FF0000", "isotherm above: 'hot' is not a number"},
+                   {"above:500:FF0000", "isotherm above: no value is above '500'"},
+                   {"between:30:20:FF0000", "no value lies in 'between:30:20:FF0000'"},
+                   {"between:20.001:20.002:FF0000", "no value lies in"}},
+                  [](const std::string& text) { isotherm(text, centikelvin); });
     for (const char* region :
          {"", "1:2", "1:2:3", "2:1:FFFFFF", "0:65536:FFFFFF", "-1:5:FFFFFF", "1:2:FFFFFF:4"})
         EXPECT_THROW(Isotherm::parseRegion(region, "region", counts), Exception) << region;
@@ -228,13 +200,7 @@ TEST(ColourTable, ShowsHowWellAWallInsulates)
 TEST(LegendBar, HasAtEachTickTheColourOfWhatItReads)
 {
     const Thermometer flame(Scale::parse("planck:35354.77,1819.3,1,-8320,1.013437"));
-    const struct
-    {
-        const Thermometer& thermometer;
-        ValueRange range;
-        int rows;
-        std::vector<std::string> texts;
-    } cases[] = {
+    const std::tuple<const Thermometer&, ValueRange, int, std::vector<std::string>> cases[] = {
         {centikelvin,
          {29315, 30315},
          200,
@@ -246,24 +212,24 @@ TEST(LegendBar, HasAtEachTickTheColourOfWhatItReads)
         {flame, {8101, 11527}, 200, {"462.0 °C", "400.0 °C", "300.0 °C", "199.9 °C", "99.9 °C", "below"}},
         {centikelvin, {29315, 30315}, 10, {"30.0 °C"}},
     };
-    for (const auto& each : cases) {
+    for (const auto& [thermometer, range, rows, expected] : cases) {
         ColourTable table(findPalette("Ironbow"));
-        const velmo::camera::LegendBar bar(table, each.range, each.thermometer, each.rows);
-        ASSERT_EQ(bar.rows.size(), static_cast<std::size_t>(each.rows));
+        const LegendBar bar(table, range, thermometer, rows);
+        ASSERT_EQ(bar.rows.size(), static_cast<std::size_t>(rows));
         std::vector<std::string> texts;
-        for (const velmo::camera::LegendTick& tick : bar.ticks) {
+        for (const LegendTick& tick : bar.ticks) {
             texts.push_back(tick.text);
             EXPECT_EQ(bar.rows[static_cast<std::size_t>(tick.row)],
                       table.colours()[static_cast<std::size_t>(tick.value)]);
             EXPECT_TRUE(table.valueAt(bar.rows[static_cast<std::size_t>(tick.row)]));
         }
-        EXPECT_EQ(texts, each.texts);
-        EXPECT_EQ(bar.rows.front(), table.colours()[each.range.high]);
-        EXPECT_EQ(bar.rows.back(), table.colours()[each.range.low]);
+        EXPECT_EQ(texts, expected);
+        EXPECT_EQ(bar.rows.front(), table.colours()[range.high]);
+        EXPECT_EQ(bar.rows.back(), table.colours()[range.low]);
     }
     ColourTable table(findPalette("Humidity"));
     table.showHumidity(Air::parse("20:50", "humidity"), centikelvin.scale(), false);
-    const velmo::camera::LegendBar bar(table, {0, 1}, centikelvin, 120);
+    const LegendBar bar(table, {0, 1}, centikelvin, 120);
     EXPECT_EQ(bar.ticks.front().text, "100 %");
     EXPECT_EQ(bar.ticks.back().text, "0 %");
     EXPECT_EQ(bar.ticks[1].row, 60); // 50 %

@@ -1,34 +1,25 @@
 #include "camera/colours/Colouring.h"
+
 #include "camera/colours/Legend.h"
 #include "camera/drawing/Text.h"
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 namespace {
 
-using testing::HasSubstr;
-using velmo::camera::Colouring;
-using velmo::camera::Frame;
-using velmo::camera::Picture;
-using velmo::camera::Scale;
-using velmo::camera::Settings;
-using velmo::camera::Thermometer;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 
 const Thermometer centikelvin(Scale::parse("centikelvin"));
 
 Colouring with(const std::string& palette)
 {
-    return Colouring(velmo::camera::findPalette(palette));
+    return Colouring(findPalette(palette));
 }
 
-Picture withLegend(const Picture& picture, Colouring& colouring, velmo::camera::ValueRange range,
+Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range,
                    const Thermometer& thermometer)
 {
     Picture whole;
-    velmo::camera::Legend(thermometer).draw(picture, colouring.table(), range, whole);
+    Legend(thermometer).draw(picture, colouring.table(), range, whole);
     return whole;
 }
 
@@ -113,9 +104,9 @@ TEST(Legend, ShowsTheColoursHottestAbove)
 /// The row in the legend beside a picture where a label stands; -1 if it stands nowhere.
 int rowOf(const Picture& whole, const std::string& label)
 {
-    const cv::Size size(velmo::camera::textWidth(label), velmo::camera::s32TextHeight);
+    const cv::Size size(textWidth(label), s32TextHeight);
     Picture drawn(size.height + 8, size.width + 8, cv::Vec3b::all(24)); // letters reach a little beyond
-    velmo::camera::drawText(drawn, label, {4, 4}, cv::Scalar(230, 230, 230));
+    drawText(drawn, label, {4, 4}, cv::Scalar(230, 230, 230));
     const Picture line = drawn(cv::Rect({4, 4}, size));
     for (int y = 0; y + line.rows <= whole.rows; ++y)
         for (int x = 0; x + line.cols <= whole.cols; ++x)
@@ -127,8 +118,8 @@ int rowOf(const Picture& whole, const std::string& label)
 TEST(Legend, PutsLabelsBesideTheirValues)
 {
     Colouring colouring = with("Hotcold");
-    velmo::camera::Legend legend{Thermometer()};
-    for (const velmo::camera::ValueRange range : {velmo::camera::ValueRange{1000, 2000}, {1000, 3000}}) {
+    Legend legend{Thermometer()};
+    for (const ValueRange range : {ValueRange{1000, 2000}, {1000, 3000}}) {
         Picture whole;
         legend.draw(Picture(120, 20, cv::Vec3b(1, 2, 3)), colouring.table(), range, whole);
         EXPECT_NEAR(rowOf(whole, std::to_string(range.high)), 1, 2);

@@ -1,22 +1,21 @@
 #include "camera/colours/Range.h"
 
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 namespace {
 
-using velmo::camera::Frame;
-using velmo::camera::RangeRule;
+using namespace velmo::camera;
 
 RangeRule ruleOf(const std::string& rule)
 {
-    velmo::camera::Settings settings;
+    Settings settings;
     settings.set("colours/range", rule);
     return RangeRule(settings);
 }
 
 std::pair<int, int> rangeOf(const std::string& rule, const Frame& frame)
 {
-    const velmo::camera::ValueRange range = ruleOf(rule).of(frame);
+    const ValueRange range = ruleOf(rule).of(frame);
     return {range.low, range.high};
 }
 

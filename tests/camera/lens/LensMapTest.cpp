@@ -1,18 +1,11 @@
 #include "camera/lens/LensMap.h"
 
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "tests/Support.h"
 
 namespace {
 
-using velmo::camera::Frame;
-using velmo::camera::LensModel;
-using velmo::vision::DistortionCorrection;
-using velmo::vision::PixelCorrInfo;
+using namespace velmo::camera;
+using namespace velmo::vision;
 
 DistortionCorrection whole(cv::Size size, const PixelCorrInfo& record)
 {
@@ -22,7 +15,7 @@ DistortionCorrection whole(cv::Size size, const PixelCorrInfo& record)
 TEST(Undistorted, PixelsAreWeightedMeansOfTheirSources)
 {
     const Frame frame = (Frame(2, 3) << 100, 200, 400, 1000, 3000, 65535);
-    const Frame same = velmo::camera::undistorted(frame, whole(frame.size(), {0, 7, 0, 0, 0}));
+    const Frame same = undistorted(frame, whole(frame.size(), {0, 7, 0, 0, 0}));
     EXPECT_EQ(cv::norm(same, frame, cv::NORM_INF), 0);
     std::vector<PixelCorrInfo> records(6, PixelCorrInfo(0, 1, 0, 0, 0));
     records[0] = {1, 1, 2, 3, 4}; // 200, 400, 3000, 65535: 272,140 / 10
@@ -31,26 +24,24 @@ TEST(Undistorted, PixelsAreWeightedMeansOfTheirSources)
     records[3] = {0, 1, 0, 3, 0}; // and at the lower one
     records[4] = {-4, 3, 1, 0, 0};
     records[5] = {-1, 0, 0, 0, 0};
-    const Frame mixed = velmo::camera::undistorted(frame, DistortionCorrection(records));
+    const Frame mixed = undistorted(frame, DistortionCorrection(records));
     EXPECT_THAT(std::vector<unsigned short>(mixed.begin(), mixed.end()),
-                testing::ElementsAre(27214, 300, 400, 1000, 125, 3000));
+                ElementsAre(27214, 300, 400, 1000, 125, 3000));
     records[4] = {0, 1, 0, 0, 1}; // 3000 and, beyond the lower edge, 65535: 34267.5
-    EXPECT_EQ(velmo::camera::undistorted(frame, DistortionCorrection(records))(1, 1), 34268);
-    EXPECT_EQ(
-        velmo::camera::undistorted(Frame(1, 1, 65535), whole({1, 1}, {0, 65535, 65535, 65535, 65535}))(0, 0),
-        65535);
+    EXPECT_EQ(undistorted(frame, DistortionCorrection(records))(1, 1), 34268);
+    EXPECT_EQ(undistorted(Frame(1, 1, 65535), whole({1, 1}, {0, 65535, 65535, 65535, 65535}))(0, 0), 65535);
 }
 
 TEST(Undistorted, RefusesMapsThatDoNotFit)
 {
     const Frame frame(2, 3, 5);
-    EXPECT_THROW(velmo::camera::undistorted(frame, whole({2, 2}, {0, 1, 0, 0, 0})), velmo::exp::Exception);
-    EXPECT_THROW(velmo::camera::undistorted(frame, whole({3, 2}, {1, 1, 0, 0, 0})), velmo::exp::Exception);
+    EXPECT_THROW(undistorted(frame, whole({2, 2}, {0, 1, 0, 0, 0})), velmo::exp::Exception);
+    EXPECT_THROW(undistorted(frame, whole({3, 2}, {1, 1, 0, 0, 0})), velmo::exp::Exception);
 }
 
 TEST(LensMap, ALensThatDoesNotBendMovesNothing)
 {
-    const cv::Mat map = velmo::camera::makeLensMap(LensModel::parse("0,0,50,60,1.5,1", "--make"), {4, 3});
+    const cv::Mat map = makeLensMap(LensModel::parse("0,0,50,60,1.5,1", "--make"), {4, 3});
     ASSERT_EQ(map.type(), CV_16UC(6));
     using MapPixel = cv::Vec<unsigned short, 6>;
     EXPECT_EQ(cv::countNonZero(map.reshape(1, 12).col(1)), 0);
@@ -62,8 +53,7 @@ TEST(LensMap, SourcesFollowTheModel)
     // On the axis y = 10: x = 30 is 20 pixels, 0.2 focal lengths off: 20 x (1 - 0.5 x 0.04) = 19.6, so that
     // the source is at 29.6; x = 10 is the middle and stays.
     using MapPixel = cv::Vec<unsigned short, 6>;
-    const cv::Mat map =
-        velmo::camera::makeLensMap(LensModel::parse("-0.5,0,100,100,10,10", "--make"), {40, 21});
+    const cv::Mat map = makeLensMap(LensModel::parse("-0.5,0,100,100,10,10", "--make"), {40, 21});
     const MapPixel moved = map.at<MapPixel>(10, 30), middle = map.at<MapPixel>(10, 10);
     EXPECT_EQ(moved[0], 0);
     EXPECT_EQ(moved[1], 65535); // one pixel to the left, and 0.6 of the way back
@@ -71,8 +61,7 @@ TEST(LensMap, SourcesFollowTheModel)
     EXPECT_EQ(moved[2] + moved[3] + moved[4] + moved[5], 32768);
     EXPECT_EQ(middle, (MapPixel{0, 0, 32768, 0, 0, 0}));
     // With k2 alone: 20 x (1 + 10 x 0.0016) = 20.32.
-    const cv::Mat fourth =
-        velmo::camera::makeLensMap(LensModel::parse("0,10,100,100,10,10", "--make"), {40, 21});
+    const cv::Mat fourth = makeLensMap(LensModel::parse("0,10,100,100,10,10", "--make"), {40, 21});
     EXPECT_NEAR(fourth.at<MapPixel>(10, 30)[3], 0.32 * 32768, 1);
 }
 

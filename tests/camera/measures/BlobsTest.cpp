@@ -1,21 +1,15 @@
 #include "camera/measures/Blobs.h"
 
+#include "tests/Support.h"
+
 #include "camera/measures/BlobPicture.h"
 #include "camera/measures/BlobTracker.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 namespace {
 
-using velmo::camera::Blob;
-using velmo::camera::BlobTracker;
-using velmo::camera::Frame;
-using velmo::camera::Picture;
+using namespace velmo::camera;
 
-const velmo::camera::BlobRule warm{1000, true, 1};
+const BlobRule warm{1000, true, 1};
 
 Frame cold(int rows = 40, int cols = 60)
 {
@@ -27,7 +21,7 @@ std::vector<Blob> blobsOf(const std::vector<cv::Rect>& places)
     Frame frame = cold();
     for (const cv::Rect& place : places)
         frame(place) = 2000;
-    return velmo::camera::findBlobs(frame, warm);
+    return findBlobs(frame, warm);
 }
 
 /// The labels of the next frame's blobs, which are squares around these centres, from the top.
@@ -57,7 +51,7 @@ TEST(Blobs, AreWhatLiesBeyondTheValueAndTouches)
     frame(4, 13) = 1200; // touches the corner
     frame(20, 30) = 1600;
     frame(39, 59) = 999;
-    const std::vector<Blob> blobs = velmo::camera::findBlobs(frame, warm);
+    const std::vector<Blob> blobs = findBlobs(frame, warm);
     ASSERT_EQ(blobs.size(), 2U);
     EXPECT_EQ(blobs[0].component.getNrOfPoints(), 7U);
     EXPECT_EQ(blobs[0].box, cv::Rect(10, 2, 4, 3));
@@ -67,11 +61,11 @@ TEST(Blobs, AreWhatLiesBeyondTheValueAndTouches)
     EXPECT_EQ(blobs[1].centre, cv::Point2d(30, 20));
     EXPECT_TRUE(std::isnan(blobs[1].elongation) && std::isnan(blobs[1].length) && std::isnan(blobs[1].angle));
 
-    EXPECT_EQ(velmo::camera::findBlobs(frame, {1000, true, 2}).size(), 1U);
-    EXPECT_EQ(velmo::camera::findBlobs(frame, {1000, false, 1}).size(), 1U);
-    EXPECT_EQ(velmo::camera::findBlobs(frame, {1199.5, true, 1}).size(), 2U);
-    EXPECT_EQ(velmo::camera::findBlobs(frame, {1600, true, 1}).size(), 0U);
-    EXPECT_EQ(velmo::camera::findBlobs(frame, {1600.5, false, 1}).size(), 1U);
+    EXPECT_EQ(findBlobs(frame, {1000, true, 2}).size(), 1U);
+    EXPECT_EQ(findBlobs(frame, {1000, false, 1}).size(), 1U);
+    EXPECT_EQ(findBlobs(frame, {1199.5, true, 1}).size(), 2U);
+    EXPECT_EQ(findBlobs(frame, {1600, true, 1}).size(), 0U);
+    EXPECT_EQ(findBlobs(frame, {1600.5, false, 1}).size(), 1U);
 }
 
 TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
@@ -85,7 +79,7 @@ TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
     Frame frame = cold();
     for (int i = 0; i < 9; ++i)
         frame(20 - i, 5 + i) = 2000;
-    EXPECT_NEAR(velmo::camera::findBlobs(frame, warm).at(0).angle, 45, 1e-3); // up to the right
+    EXPECT_NEAR(findBlobs(frame, warm).at(0).angle, 45, 1e-3); // up to the right
 
     // A disc of 25 pixels.
     Frame round = cold();
@@ -93,7 +87,7 @@ TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
         for (int x = -12; x <= 12; ++x)
             if (std::hypot(x, y) <= 12.5)
                 round(20 + y, 30 + x) = 2000;
-    const Blob blob = velmo::camera::findBlobs(round, warm).at(0);
+    const Blob blob = findBlobs(round, warm).at(0);
     EXPECT_NEAR(blob.length, 25, 0.3);
     EXPECT_NEAR(blob.width, 25, 0.3);
 }

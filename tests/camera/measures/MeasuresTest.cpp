@@ -1,26 +1,20 @@
 #include "camera/measures/Fidelity.h"
+
 #include "camera/measures/Noise.h"
-#include "core/Exception.h"
+#include "tests/Support.h"
 
 #include <opencv2/imgproc.hpp>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <random>
-
 namespace {
 
-using velmo::camera::Frame;
-using velmo::camera::NoiseFigures;
+using namespace velmo::camera;
 
 constexpr int s32Frames = 40;
 
 /// Figures of frames whose pixels are `value(frame, row, column)`.
 NoiseFigures figuresOf(const std::function<double(int, int, int)>& value, int frames = s32Frames)
 {
-    velmo::camera::NoiseMeter meter;
+    NoiseMeter meter;
     for (int i = 0; i < frames; ++i) {
         Frame frame(60, 80);
         for (int r = 0; r < frame.rows; ++r)
@@ -113,7 +107,7 @@ TEST_F(Measures, WhatTooFewFramesCannotShowIsNotANumber)
     EXPECT_TRUE(std::isnan(one.drift));
     EXPECT_EQ(one.columns, 0);
 
-    velmo::camera::NoiseMeter meter;
+    NoiseMeter meter;
     meter.add(Frame::zeros(4, 4));
     EXPECT_TRUE(std::isnan(meter.figures().columns)); // no room for an average over nine
     EXPECT_THROW(meter.add(Frame::zeros(4, 5)), velmo::exp::Exception);
@@ -129,7 +123,7 @@ Frame barAt(int frame)
 
 TEST(Fidelity, WhatIsUntouchedHasItsEdgesAndNoLag)
 {
-    velmo::camera::FidelityMeter meter;
+    FidelityMeter meter;
     for (int i = 0; i < 8; ++i)
         meter.add(barAt(i), barAt(i));
     EXPECT_DOUBLE_EQ(meter.figures().edges, 1);
@@ -138,7 +132,7 @@ TEST(Fidelity, WhatIsUntouchedHasItsEdgesAndNoLag)
 
 TEST(Fidelity, APictureOneFrameLateLagsOneFrame)
 {
-    velmo::camera::FidelityMeter meter;
+    FidelityMeter meter;
     for (int i = 0; i < 8; ++i)
         meter.add(barAt(i), barAt(std::max(0, i - 1)));
     EXPECT_DOUBLE_EQ(meter.figures().ghosting, 1);
@@ -149,7 +143,7 @@ TEST(Fidelity, AnEdgeSpreadOverThreePixelsIsLessSteep)
     // Steps of 600 become 200, 400, 600: over two pixels 400 instead of 600.
     Frame blurred;
     cv::blur(barAt(0), blurred, {3, 1});
-    velmo::camera::FidelityMeter meter;
+    FidelityMeter meter;
     meter.add(barAt(0), blurred);
     EXPECT_NEAR(meter.figures().edges, 2.0 / 3, 1e-3);
     EXPECT_TRUE(std::isnan(meter.figures().ghosting));

@@ -1,28 +1,13 @@
 #include "camera/drawing/Ticks.h"
+
 #include "camera/measures/Course.h"
 #include "camera/measures/ShapePicture.h"
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "tests/Support.h"
 
 namespace {
 
-using testing::DoubleEq;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Pointwise;
-using testing::ThrowsMessage;
-using velmo::camera::Degrees;
-using velmo::camera::Frame;
-using velmo::camera::Picture;
-using velmo::camera::Scale;
-using velmo::camera::Shape;
-using velmo::camera::ShapeMeter;
-using velmo::camera::Thermometer;
-using velmo::exp::Exception;
+using namespace testing;
+using namespace velmo::camera;
 
 using Kind = Shape::Kind;
 
@@ -33,7 +18,7 @@ std::vector<std::string> drawn(Kind kind, const std::string& text)
 {
     std::vector<std::string> rows(static_cast<std::size_t>(frameSize.height),
                                   std::string(static_cast<std::size_t>(frameSize.width), '.'));
-    for (const velmo::camera::Run& run : Shape::parse(kind, text).runs(frameSize, "shape"))
+    for (const Run& run : Shape::parse(kind, text).runs(frameSize, "shape"))
         for (int x = run.begin; x < run.end; ++x)
             rows[static_cast<std::size_t>(run.row)][static_cast<std::size_t>(x)] = '#';
     rows.erase(std::remove(rows.begin(), rows.end(), std::string(rows[0].size(), '.')), rows.end());
@@ -63,12 +48,7 @@ TEST(Shape, HasThePixelsThatItsTextSays)
 
 TEST(Shape, IsRefusedWithTheValueAndTheLimit)
 {
-    const struct
-    {
-        Kind kind;
-        const char* text;
-        const char* says;
-    } texts[] = {
+    const std::tuple<Kind, const char*, const char*> texts[] = {
         {Kind::Spot, "", "spot: '' is not X,Y"},
         {Kind::Spot, "1", "spot: '1' is not X,Y"},
         {Kind::Spot, "1,2,3", "spot: '1,2,3' is not X,Y"},
@@ -80,16 +60,6 @@ TEST(Shape, IsRefusedWithTheValueAndTheLimit)
         {Kind::Line, "1,2,3,4,5,6", "line: '1,2,3,4,5,6' is not X,Y,X,Y"},
         {Kind::Polygon, "1,2,3,4", "polygon: '1,2,3,4' is not X,Y,X,Y,X,Y"},
         {Kind::Polygon, "1,2,3,4,5,6,7", "polygon: '1,2,3,4,5,6,7' is not X,Y"},
-    };
-    for (const auto& each : texts)
-        EXPECT_THAT([&] { Shape::parse(each.kind, each.text); },
-                    ThrowsMessage<Exception>(HasSubstr(each.says)));
-    const struct
-    {
-        Kind kind;
-        const char* text;
-        const char* says;
-    } places[] = {
         {Kind::Spot, "12,0", "hot: reaches to column 12, frames of 12x9 have 0 to 11"},
         {Kind::Spot, "0,9", "hot: reaches to row 9, frames of 12x9 have 0 to 8"},
         {Kind::Spot, "5,1:2", "row -1"},
@@ -97,9 +67,9 @@ TEST(Shape, IsRefusedWithTheValueAndTheLimit)
         {Kind::Line, "0,0,5,9", "row 9"},
         {Kind::Polygon, "0,0,5,5,30,2", "column 30"},
     };
-    for (const auto& each : places)
-        EXPECT_THAT([&] { Shape::parse(each.kind, each.text).runs(frameSize, "hot"); },
-                    ThrowsMessage<Exception>(HasSubstr(each.says)));
+    const auto runs = [](Kind kind, const char* text) { Shape::parse(kind, text).runs(frameSize, "hot"); };
+    for (const auto& [kind, text, says] : texts)
+        EXPECT_THAT(refusal(runs, kind, text).message, HasSubstr(says));
 }
 
 ShapeMeter meterOf(const std::string& unit, Degrees degrees = {})
@@ -120,7 +90,7 @@ TEST(ShapeMeter, MeasuresAsTheThermometerReads)
     EXPECT_EQ(meter.entries()[0].name, "box1");
     EXPECT_EQ(meter.entries()[1].name, "spot1");
     EXPECT_EQ(meter.entries()[2].name, "box2");
-    const velmo::camera::Figures& box = meter.entries()[0].figures;
+    const Figures& box = meter.entries()[0].figures;
     EXPECT_EQ(box.pixels, 5U);
     EXPECT_EQ(box.without, 0U);
     EXPECT_NEAR(box.low, 14.95, 1e-5);
@@ -132,7 +102,7 @@ TEST(ShapeMeter, MeasuresAsTheThermometerReads)
     EXPECT_NEAR(box.p5, 15.95, 1e-5);             // a fifth of the way from 14.95 to 19.95
     EXPECT_NEAR(box.p50, 24.95, 1e-5);
     EXPECT_NEAR(box.p95, 32.95, 1e-5);
-    const velmo::camera::Figures& spot = meter.entries()[1].figures;
+    const Figures& spot = meter.entries()[1].figures;
     EXPECT_NEAR(spot.mean, 9.95, 1e-5);
     EXPECT_EQ(spot.deviation, 0);
     EXPECT_EQ(meter.entries()[2].figures.lowAt, cv::Point(0, 0)); // the first of three zeros
@@ -140,13 +110,13 @@ TEST(ShapeMeter, MeasuresAsTheThermometerReads)
 
 TEST(ShapeMeter, LeavesValuesWithoutTemperatureOutOfTheMean)
 {
-    constexpr double below = velmo::camera::fBelow;
+    constexpr double below = fBelow;
     ShapeMeter meter = meterOf("linear:1:-283.15"); // 10 and more have a temperature
     meter.add(Shape::parse(Kind::Whole, ""));
     meter.add(Shape::parse(Kind::Spot, "0,0"));
     meter.addDelta("whole-spot1");
     meter.measure((Frame(1, 4) << 0, 9, 310, 300));
-    const velmo::camera::Figures& whole = meter.entries()[0].figures;
+    const Figures& whole = meter.entries()[0].figures;
     EXPECT_EQ(whole.without, 2U);
     EXPECT_EQ(whole.low, below);
     EXPECT_NEAR(whole.mean, 21.85, 1e-5);
@@ -202,14 +172,12 @@ TEST(ShapeMeter, CountsValuesIntoEqualSteps)
 
 TEST(Ticks, AreRoundNumbersInTheRange)
 {
-    const auto places = [](double low, double high, int most) {
-        return velmo::camera::Ticks::of(low, high, most).places;
-    };
+    const auto places = [](double low, double high, int most) { return Ticks::of(low, high, most).places; };
     EXPECT_THAT(places(19.3, 31.2, 6), ElementsAre(20, 22, 24, 26, 28, 30));
     EXPECT_THAT(places(0, 100, 5), ElementsAre(0, 50, 100));
     EXPECT_THAT(places(-0.031, 0.052, 4), Pointwise(DoubleEq(), std::vector<double>{-0.02, 0, 0.02, 0.04}));
-    EXPECT_EQ(velmo::camera::Ticks::of(-0.031, 0.052, 4).decimals, 2);
-    EXPECT_EQ(velmo::camera::Ticks::of(0, 9.9, 3).decimals, 0);
+    EXPECT_EQ(Ticks::of(-0.031, 0.052, 4).decimals, 2);
+    EXPECT_EQ(Ticks::of(0, 9.9, 3).decimals, 0);
 }
 
 /// How many pixels of a row or column are of a colour that has hue, as curves do.
@@ -225,7 +193,7 @@ TEST(Course, DrawsRisingMeansAsARisingCurve)
 {
     ShapeMeter meter = meterOf("centikelvin");
     meter.add(Shape::parse(Kind::Spot, "0,0"));
-    velmo::camera::Course course;
+    Course course;
     for (int i = 0; i < 20; ++i) {
         meter.measure(Frame(1, 1, static_cast<unsigned short>(29000 + 50 * i)));
         course.add(meter);

@@ -1,21 +1,20 @@
 #include "camera/pixels/PixelDetection.h"
 
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 namespace {
 
-using velmo::camera::Frame;
-using velmo::camera::PixelMap;
+using namespace velmo::camera;
 
 TEST(Pixels, MeasureNoiseInFractionsOfADigit)
 {
-    velmo::camera::StillSeries first, second;
+    StillSeries first, second;
     for (const int value : {10, 11, 10, 11}) {
         first.add(Frame(1, 1, static_cast<unsigned short>(value)));
         second.add(Frame(1, 1, static_cast<unsigned short>(value + 100)));
     }
     PixelMap map(1, 1, 0);
-    const auto results = velmo::camera::checkNetd(first, 20, second, 30, {}, map);
+    const auto results = checkNetd(first, 20, second, 30, {}, map);
     EXPECT_EQ(results.dMeanResponsivity, 10);
     EXPECT_NEAR(results.dMeanNoise, 0.577, 0.03); // the square root of 1/3, in steps of 1/16
     EXPECT_NEAR(results.dMeanNetd, 0.0577, 0.003);
@@ -23,7 +22,7 @@ TEST(Pixels, MeasureNoiseInFractionsOfADigit)
 
 TEST(Pixels, HaveToRiseFromEachFrameToTheNext)
 {
-    velmo::camera::PixelDetection detection(0, true);
+    PixelDetection detection(0, true);
     // The first pixel falls at last, and stays above where it began.
     for (const auto& [first, second] : {std::pair(1000, 900), {1200, 1000}, {1100, 1100}})
         detection.add((Frame(1, 2) << first, second));

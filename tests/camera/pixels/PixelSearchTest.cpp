@@ -4,11 +4,6 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <functional>
-
 namespace {
 
 using namespace velmo::camera;

@@ -3,12 +3,9 @@
 #include "tests/Support.h"
 #include "tests/kernels/KernelTest.h"
 
-#include <cmath>
-
 namespace {
 
 using namespace velmo::camera;
-using velmo::exp::Exception;
 
 std::vector<KernelCase> kernels()
 {

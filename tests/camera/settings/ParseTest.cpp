@@ -1,14 +1,10 @@
 #include "camera/settings/Parse.h"
 
-#include "core/Exception.h"
-
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 namespace {
 
-using velmo::camera::Field;
-using velmo::camera::parseForm;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 
 TEST(Parse, TakesWholeNumbersAndNothingElse)
 {
@@ -19,16 +15,16 @@ TEST(Parse, TakesWholeNumbersAndNothingElse)
     for (const char* text : {"", "17", "-1", "1.5", "1 ", " 1", "+1", "0x1", "99999999999999999999", "one"})
         EXPECT_THROW(whole(text), Exception) << text;
     for (const char* text : {"", "nan", "inf", "101", "-0.1", "1e", "5%"})
-        EXPECT_THROW(velmo::camera::parseNumber(text, "share", 0, 100), Exception) << text;
+        EXPECT_THROW(parseNumber(text, "share", 0, 100), Exception) << text;
     const auto colour = [](const char* text) {
         return parseForm(text, "colour", {{"RRGGBB", Field::Kind::Colour}})[0];
     };
     EXPECT_EQ(colour("FF8000"), 0xFF8000);
     for (const char* text : {"", "FF800", "FF80000", "GG0000", "-F8000"})
         EXPECT_THROW(colour(text), Exception) << text;
-    EXPECT_EQ(velmo::camera::parseSize("160x120", "size"), cv::Size(160, 120));
+    EXPECT_EQ(parseSize("160x120", "size"), cv::Size(160, 120));
     for (const char* text : {"", "4", "4x0", "4x16385", "4x4x4", "x"})
-        EXPECT_THROW(velmo::camera::parseSize(text, "size"), Exception) << text;
+        EXPECT_THROW(parseSize(text, "size"), Exception) << text;
 }
 
 } // namespace

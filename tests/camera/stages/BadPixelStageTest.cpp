@@ -1,16 +1,11 @@
 #include "camera/stages/BadPixelStage.h"
+
 #include "camera/Settings.h"
-
-#include "core/Exception.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 namespace {
 
-using velmo::camera::Frame;
-using velmo::camera::makeBadPixelStage;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 
 TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
 {
@@ -22,7 +17,7 @@ TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
     Frame frame = (Frame(1, 3) << 10, 65535, 16);
     stage->apply(frame);
     EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()),
-                testing::ElementsAre(65535, 11, 16)); // (26 * 8 + 20 * 14) / 44: above and below differ less
+                ElementsAre(65535, 11, 16)); // (26 * 8 + 20 * 14) / 44: above and below differ less
 
     Frame narrow(1, 2);
     EXPECT_THROW(stage->apply(narrow), Exception);
@@ -47,7 +42,7 @@ TEST(BadPixelStage, FollowsEdges)
 
 TEST(BadPixelStage, LearnsOnTwentyFrames)
 {
-    velmo::camera::Settings settings;
+    Settings settings;
     settings.set("pixels/records", "auto");
     const auto stage = makeBadPixelStage(settings, {});
     for (int n = 0; n < 25; ++n) {

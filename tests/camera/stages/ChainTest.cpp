@@ -1,47 +1,26 @@
 #include "camera/stages/Chain.h"
 
-#include "core/Exception.h"
+#include "tests/camera/SettingsWith.h"
+
 #include "vision/imgproc/TemporalNoiseReduction.h"
-
-#include <opencv2/core.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
-using velmo::camera::Chain;
-using velmo::camera::Frame;
-using velmo::camera::Settings;
-using velmo::exp::Exception;
-
-Settings with(const std::vector<std::pair<const char*, const char*>>& values)
-{
-    Settings settings;
-    for (const auto& [path, value] : values)
-        settings.set(path, value);
-    return settings;
-}
-
-std::vector<std::string> namesOf(const Chain& chain)
-{
-    std::vector<std::string> names;
-    names.reserve(chain.size());
-    for (std::size_t i = 0; i < chain.size(); ++i)
-        names.push_back(chain.name(i));
-    return names;
-}
+using namespace velmo::camera;
 
 TEST(Chain, HasItsStagesInTheOrderInWhichTheyBuildOnEachOther)
 {
-    const Chain chain(with({{"frame/downsize", "120x90"},
-                            {"noise/spatial", "3"},
-                            {"noise/denoise", "light"},
-                            {"noise/temporal", "16:2048"},
-                            {"noise/pattern", "10:1:2"}}),
+    const Chain chain(settingsWith({{"frame/downsize", "120x90"},
+                                    {"noise/spatial", "3"},
+                                    {"noise/denoise", "light"},
+                                    {"noise/temporal", "16:2048"},
+                                    {"noise/pattern", "10:1:2"}}),
                       {"records", {{{0, 0}, {}}}});
-    EXPECT_THAT(namesOf(chain), testing::ElementsAre("bad pixels 1", "pattern 10:1:2", "temporal 16:2048",
-                                                     "spatial 3", "denoise light", "downsize 120x90"));
+    std::string names;
+    for (std::size_t i = 0; i < chain.size(); ++i)
+        names += chain.name(i) + ", ";
+    EXPECT_EQ(names,
+              "bad pixels 1, pattern 10:1:2, temporal 16:2048, spatial 3, denoise light, downsize 120x90, ");
     EXPECT_EQ(Chain(Settings()).size(), 0U);
 }
 
@@ -57,7 +36,8 @@ Frame wideFrame()
 TEST(Chain, KeepsCalmFramesOfAnyValue)
 {
     // What all filters have in common: a still scene without noise stays, on both sides of 32768.
-    Chain chain(with({{"noise/pattern", "5:10:10"}, {"noise/temporal", "8:1800"}, {"noise/spatial", "1"}}));
+    Chain chain(
+        settingsWith({{"noise/pattern", "5:10:10"}, {"noise/temporal", "8:1800"}, {"noise/spatial", "1"}}));
     for (int i = 0; i < 3; ++i) {
         Frame frame = wideFrame();
         chain.apply(frame);
@@ -70,7 +50,7 @@ TEST(Chain, KeepsCalmFramesOfAnyValue)
 
 TEST(Chain, HandsItsNumbersOnInTheirOrder)
 {
-    Chain chain(with({{"noise/temporal", "3:700"}}));
+    Chain chain(settingsWith({{"noise/temporal", "3:700"}}));
     velmo::exp::vision::TemporalNoiseReduction<unsigned short> filter(3, 700);
     for (int i = 0; i < 3; ++i) {
         Frame frame(8, 8);
@@ -78,13 +58,13 @@ TEST(Chain, HandsItsNumbersOnInTheirOrder)
         Frame expected = frame.clone();
         chain.apply(frame);
         filter.process(expected);
-        EXPECT_EQ(cv::norm(frame, expected, cv::NORM_INF), 0);
+        EXPECT_TRUE(same(frame, expected));
     }
 }
 
 TEST(Chain, DownSizeKeepsTheOrderOfValues)
 {
-    Chain chain(with({{"frame/downsize", "160x120"}}));
+    Chain chain(settingsWith({{"frame/downsize", "160x120"}}));
     Frame frame = wideFrame();
     chain.apply(frame);
     ASSERT_EQ(frame.size(), cv::Size(160, 120));

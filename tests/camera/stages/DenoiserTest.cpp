@@ -1,17 +1,12 @@
 #include "camera/stages/Denoiser.h"
 
+#include "tests/Support.h"
+
 #include <opencv2/imgproc.hpp>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <string>
 
 namespace {
 
-using velmo::camera::Denoiser;
-using velmo::camera::Frame;
+using namespace velmo::camera;
 using Values = cv::Mat_<float>;
 
 const cv::Size size(160, 120);

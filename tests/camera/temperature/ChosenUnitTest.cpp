@@ -1,29 +1,17 @@
 #include "camera/temperature/ChosenUnit.h"
-#include "core/Exception.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-#include <vector>
+#include "tests/camera/SettingsWith.h"
 
 namespace {
 
 using testing::AllOf;
-using testing::HasSubstr;
-using velmo::camera::ChosenUnit;
-using velmo::camera::Settings;
-using velmo::exp::Exception;
+using namespace velmo::camera;
 
 using Choices = std::vector<std::pair<const char*, const char*>>;
 
 ChosenUnit chosen(const Choices& choices, const std::string& recorded = "centikelvin")
 {
-    Settings settings;
-    for (const auto& [path, value] : choices)
-        settings.set(path, std::string(value));
-    return ChosenUnit(settings, recorded);
+    return ChosenUnit(settingsWith(choices), recorded);
 }
 
 constexpr const char* heron = "planck:21106.77,1501,1,-7340,0.012545";

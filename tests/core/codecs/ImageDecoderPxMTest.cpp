@@ -1,16 +1,9 @@
 #include "core/codecs/ImageDecoderPxM.h"
 
 #include "tests/Support.h"
-#include "tests/TemporaryFolder.h"
-
-#include <cstdlib>
-#include <fstream>
-#include <limits>
-#include <numeric>
 
 #include <sys/stat.h>
 
-using velmo::exp::Exception;
 using velmo::exp::ImageDecoderPxM;
 
 namespace {

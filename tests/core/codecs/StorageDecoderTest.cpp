@@ -5,16 +5,9 @@
 #include "core/codecs/XmlCheck.h"
 #include "tests/Support.h"
 
-#include <gmock/gmock.h>
-
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
-
 #include <tinyxml.h>
 
 using namespace velmo::exp;
-using testing::HasSubstr;
 
 namespace {
 

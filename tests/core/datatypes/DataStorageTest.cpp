@@ -2,10 +2,7 @@
 
 #include "tests/Support.h"
 
-#include <gmock/gmock.h>
-
 using namespace velmo::exp;
-using testing::ElementsAre;
 
 namespace {
 

@@ -4,11 +4,6 @@
 #include "core/memory/MemoryAcsii.h"
 #include "tests/Support.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <limits>
-
 using namespace velmo::exp;
 
 namespace {
@@ -153,8 +148,8 @@ TEST(Variant, RefusesTextThatIsNotWhollyAValue)
         for (const std::string& text : texts) {
             const Refusal refused = refusal([&, t = type] { Variant::fromString(t, text); });
             EXPECT_EQ(refused.function, "fromString") << type << ": " << text;
-            EXPECT_THAT(refused.message, testing::HasSubstr(type)) << text;
-            EXPECT_THAT(refused.message, testing::HasSubstr("'" + text + "'")) << type;
+            EXPECT_THAT(refused.message, HasSubstr(type)) << text;
+            EXPECT_THAT(refused.message, HasSubstr("'" + text + "'")) << type;
         }
     const std::string longText(100, 'x');
     EXPECT_EQ(refusal([&] { Variant::fromString("bool", longText); }).message,

@@ -3,9 +3,9 @@
 
 #include "tests/vision/imgproc/Filters.h"
 
-#include "tests/Allocations.h"
+#include "tests/Support.h"
 
-#include <gtest/gtest.h>
+#include "tests/Allocations.h"
 
 TEST(Allocations, AreCounted)
 {

@@ -2,12 +2,7 @@
 #include "vision/imgproc/BadPixel.h"
 #include "vision/kernels/BadPixelKernel.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 using namespace velmo::exp::vision;
-using velmo::exp::Exception;
 
 namespace {
 

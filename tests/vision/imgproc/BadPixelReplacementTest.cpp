@@ -1,11 +1,6 @@
 #include "tests/Support.h"
 #include "vision/imgproc/BadPixel.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <map>
-
 namespace velmo::exp::vision {
 
 void PrintTo(const BadPixel& record, std::ostream* out)
@@ -18,7 +13,6 @@ void PrintTo(const BadPixel& record, std::ostream* out)
 } // namespace velmo::exp::vision
 
 using namespace velmo::exp::vision;
-using velmo::exp::Exception;
 
 namespace {
 

@@ -1,13 +1,9 @@
 #include "vision/imgproc/BadPixel.h"
 
 #include "tests/Support.h"
-#include "tests/TemporaryFolder.h"
-
-#include <fstream>
 
 using namespace velmo::exp::vision;
 using velmo::exp::Endian;
-using velmo::exp::Exception;
 
 namespace {
 

@@ -2,15 +2,9 @@
 
 #include "tests/Support.h"
 
-#include <gmock/gmock.h>
 #include <opencv2/imgproc.hpp>
 
-#include <memory>
-#include <numeric>
-
 using namespace velmo::vision;
-using testing::ElementsAre;
-using velmo::exp::Exception;
 
 namespace {
 
@@ -38,13 +32,7 @@ Bytes converted(Converter convert, const Bytes& bytes, int channels = 2)
     return bytesOf(dst);
 }
 
-const struct
-{
-    const char* name;
-    Converter convert;
-    int channels;
-    bool pairs;
-} imageConverters[] = {
+const std::tuple<const char*, Converter, int, bool> imageConverters[] = {
     {"YuyvToBgr", ColorConvert::convertYUYVToBGR, 2, false},
     {"UyvyToBgr", ColorConvert::convertUYVYToBGR, 2, true},
     {"UyvyToRgb", ColorConvert::convertUYVYToRGB, 2, true},
@@ -211,15 +199,14 @@ TEST(ColorConvert, SwapsTheOuterBytesOfEveryThree)
 
 TEST(ColorConvert, RefusesOtherPixelsBeforeTheOutputChanges)
 {
-    for (const auto& converter : imageConverters) {
+    for (const auto& [name, convert, channels, pairs] : imageConverters) {
         Image dst(1, 2, cv::Vec3b(1, 2, 3));
         const int sizes[] = {2, 2, 2};
-        EXPECT_THROW(converter.convert(cv::Mat(2, 4, CV_8UC(converter.channels + 1)), dst), Exception);
-        EXPECT_THROW(converter.convert(cv::Mat(3, sizes, CV_8UC(converter.channels)), dst), Exception);
-        const cv::Mat odd(3, 5, CV_8UC(converter.channels), cv::Scalar::all(0));
-        EXPECT_EQ(refusal([&] { converter.convert(odd, dst); }) != Refusal{}, converter.pairs)
-            << converter.name;
+        EXPECT_THROW(convert(cv::Mat(2, 4, CV_8UC(channels + 1)), dst), Exception);
+        EXPECT_THROW(convert(cv::Mat(3, sizes, CV_8UC(channels)), dst), Exception);
+        const cv::Mat odd(3, 5, CV_8UC(channels), cv::Scalar::all(0));
+        EXPECT_EQ(refusal([&](Converter run) { run(odd, dst); }, convert) != Refusal{}, pairs) << name;
         const Bytes untouched{1, 2, 3, 1, 2, 3};
-        EXPECT_EQ(bytesOf(dst) == untouched, converter.pairs) << converter.name;
+        EXPECT_EQ(bytesOf(dst) == untouched, pairs) << name;
     }
 }

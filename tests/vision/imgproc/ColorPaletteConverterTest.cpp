@@ -2,9 +2,6 @@
 
 #include "tests/Support.h"
 
-#include <algorithm>
-#include <cmath>
-
 using namespace velmo::vision;
 using velmo::exp::MarkedFloat;
 

@@ -1,22 +1,14 @@
 #include "vision/imgproc/ColorPaletteManager.h"
 
 #include "tests/Support.h"
-#include "tests/TemporaryFolder.h"
 #include "vision/imgproc/ColorPaletteTables.h"
-
-#include <gmock/gmock.h>
 
 #include <sys/stat.h>
 
-#include <fstream>
-#include <functional>
-#include <iterator>
 #include <thread>
 
 using namespace velmo::vision;
-using testing::ElementsAre;
 using testing::IsEmpty;
-using velmo::exp::Exception;
 using velmo::exp::Variant;
 
 namespace {
@@ -86,12 +78,7 @@ TEST_F(ColorPaletteManagerTest, IsEmptyUntilFirstUsed)
 
 TEST_F(ColorPaletteManagerTest, HasTheBuiltInColors)
 {
-    const struct
-    {
-        const char* name;
-        std::size_t points;
-        std::uint32_t hash;
-    } palettes[] = {
+    const std::tuple<const char*, std::size_t, std::uint32_t> palettes[] = {
         {"Grayscale", 2, 0x293250eeu},  {"GrayscaleInv", 2, 0x9335261cu}, {"Rainbow", 10, 0x830d771bu},
         {"Rainbowhc", 10, 0x60f78055u}, {"Hotcold", 9, 0xc948d910u},      {"Bluered", 53, 0x903677e5u},
         {"Sepia", 16, 0x681aea56u},     {"Velmo", 9, 0xd2e3800cu},        {"Dewpoint", 30, 0xac1afc6bu},

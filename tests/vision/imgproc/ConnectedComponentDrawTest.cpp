@@ -1,12 +1,7 @@
 #include "tests/Support.h"
 #include "vision/imgproc/ConnectedComponent.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 using namespace velmo::exp::vision;
-using velmo::exp::Exception;
 
 namespace {
 

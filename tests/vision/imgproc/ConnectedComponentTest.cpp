@@ -1,9 +1,6 @@
 #include "vision/imgproc/ConnectedComponent.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "tests/Support.h"
 
 using namespace velmo::exp::vision;
 
@@ -37,13 +34,7 @@ TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
 
 TEST(ConnectedComponent, MeasuresItsBoxInclusivelyAndItsElongationAlongTheImageAxes)
 {
-    const struct
-    {
-        Points points;
-        cv::Rect box;
-        cv::Point2d centre;
-        double elongation;
-    } cases[] = {
+    const std::tuple<Points, cv::Rect, cv::Point2d, double> cases[] = {
         {{{2, 2}, {0, 0}, {2, 0}, {0, 2}}, {0, 0, 3, 3}, {1, 1}, 1.0},
         {{{0, 0}, {1, 1}, {2, 2}}, {0, 0, 3, 3}, {1, 1}, 1.0}, // a diagonal bar
         {{{0, 0}, {2, 6}}, {0, 0, 3, 7}, {1, 3}, 1.0 / 9.0},

@@ -1,13 +1,8 @@
 #include "vision/imgproc/DistortionCorrection.h"
 
 #include "tests/Support.h"
-#include "tests/TemporaryFolder.h"
-
-#include <cstdint>
-#include <fstream>
 
 using namespace velmo::vision;
-using velmo::exp::Exception;
 
 namespace {
 

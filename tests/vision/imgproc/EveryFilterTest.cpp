@@ -3,11 +3,6 @@
 #include "tests/Support.h"
 #include "tests/vision/imgproc/Filters.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-
 namespace {
 
 class EveryFilter : public testing::TestWithParam<FilterKind>

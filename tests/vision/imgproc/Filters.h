@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/Support.h"
+
 #include "vision/imgproc/ColorConvert.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
 #include "vision/imgproc/DownSize.h"
@@ -7,11 +9,6 @@
 #include "vision/imgproc/StaticPatternRemover.h"
 #include "vision/imgproc/TemporalNoiseReduction.h"
 #include "vision/imgproc/TemporalNoiseReductionRef.h"
-
-#include <functional>
-#include <memory>
-#include <utility>
-#include <vector>
 
 /// A filter or a conversion: what everything that turns one matrix into another has in common.
 class Filter

@@ -3,8 +3,6 @@
 #include "tests/Support.h"
 #include "vision/imgproc/TemporalNoiseReductionRef.h"
 
-#include <algorithm>
-
 using namespace velmo::exp::vision;
 
 namespace {

@@ -1,6 +1,6 @@
 #include "vision/radiometry/RadiometricTools.h"
 
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 using velmo::vision::RadiometricTools;
 
