@@ -9,6 +9,14 @@
 /// are inlined, so that a loop built with VELMO_CLONES takes them along.
 namespace velmo::exp::shuffle {
 
+/// Whether a plain loop over pixels of three bytes has an instruction that takes them apart and one that puts
+/// them together.
+#if defined(__aarch64__) || defined(__ARM_NEON)
+constexpr bool bTriples = true;
+#else
+constexpr bool bTriples = false;
+#endif
+
 using Bytes = unsigned char __attribute__((vector_size(16)));
 
 VELMO_INLINE Bytes load(const void* from)

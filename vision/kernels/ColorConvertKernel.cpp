@@ -8,8 +8,9 @@
 #include <cstring>
 
 // Pixels are brought into words of 32 bits, a block at a time, so that every loop between reading and writing
-// has lanes of one width. The floats and their order are those of the definition; the limits 0 and 255 are
-// put on the whole number instead, which comes to the same.
+// has lanes of one width; where the processor takes three bytes apart by itself, they stay bytes. The floats
+// and their order are those of the definition; the limits 0 and 255 are put on the whole number instead,
+// which comes to the same.
 
 namespace velmo::vision {
 namespace {
@@ -43,11 +44,13 @@ VELMO_INLINE Word colour(int r, int g, int b)
     return bBlueFirst ? wordOf(b, g, r) : wordOf(r, g, b);
 }
 
-VELMO_INLINE int limited(float value)
+/// Every colour is within 16 bits before it is limited, whose lanes are half the work of those of 32.
+template <class Whole = int>
+VELMO_INLINE Whole limited(float value)
 {
-    const int whole = static_cast<int>(value);
-    const int atLeast0 = whole < 0 ? 0 : whole;
-    return atLeast0 > 255 ? 255 : atLeast0;
+    const auto whole = static_cast<Whole>(static_cast<int>(value));
+    const Whole atLeast0 = whole < 0 ? Whole{0} : whole;
+    return atLeast0 > 255 ? Whole{255} : atLeast0;
 }
 
 /// The last pixels, fewer than a group, by way of a buffer that has room for all of it.
@@ -85,31 +88,68 @@ VELMO_INLINE void storePixels(const Word* words, Byte* dst, std::size_t pixels)
     std::memcpy(dst + 3 * n, bytes, 3 * (pixels - n));
 }
 
+/// The three bytes of a pixel, as wide as the arithmetic takes them.
+template <class Whole>
+struct Triple
+{
+    Whole first, second, third;
+};
+
+template <class Layout>
+VELMO_INLINE void convertTriples(const Byte* __restrict src, Byte* __restrict dst, int pixels)
+{
+    for (int n = 0; n < pixels; ++n) {
+        const Triple<short> out =
+            Layout::template convert<short>({src[3 * n], src[3 * n + 1], src[3 * n + 2]});
+        dst[3 * n] = static_cast<Byte>(out.first);
+        dst[3 * n + 1] = static_cast<Byte>(out.second);
+        dst[3 * n + 2] = static_cast<Byte>(out.third);
+    }
+}
+
+template <class Layout>
+VELMO_INLINE Word convertWord(Word word)
+{
+    const Triple<int> out =
+        Layout::template convert<int>({byteOf(word, 0), byteOf(word, 1), byteOf(word, 2)});
+    return wordOf(out.first, out.second, out.third);
+}
+
 template <class Layout>
 VELMO_INLINE void convertPixels(const Byte* src, Byte* dst, std::size_t pixels)
 {
+    if constexpr (shuffle::bTriples) {
+        Byte bytes[3 * block]; // the destination may be the source
+        for (std::size_t first = 0; first < pixels; first += block) {
+            const std::size_t count = std::min(block, pixels - first);
+            std::memcpy(bytes, src + 3 * first, 3 * count);
+            convertTriples<Layout>(bytes, dst + 3 * first, static_cast<int>(count));
+        }
+        return;
+    }
     Word words[block];
     for (std::size_t first = 0; first < pixels; first += block) {
         const std::size_t count = std::min(block, pixels - first);
         const int groups = static_cast<int>((count + group - 1) / group);
         loadPixels(src + 3 * first, words, count);
         for (int n = 0; n < groups * static_cast<int>(group); ++n)
-            words[n] = Layout::convert(words[n]);
+            words[n] = convertWord<Layout>(words[n]);
         storePixels(words, dst + 3 * first, count);
     }
 }
 
 struct YcbcrToBgr
 {
-    static VELMO_INLINE Word convert(Word word)
+    template <class Whole>
+    static VELMO_INLINE Triple<Whole> convert(Triple<Whole> in)
     {
         constexpr LumaChroma k = ycbcrFactors;
-        const float y = k.y * static_cast<float>(byteOf(word, 0) - 16);
-        const auto cb = static_cast<float>(byteOf(word, 1) - 128);
-        const auto cr = static_cast<float>(byteOf(word, 2) - 128);
-        return colour<true>(limited(k.rFromCr * cr + y + k.rounding),
-                            limited(y - k.gFromCr * cr - k.gFromCb * cb + k.rounding),
-                            limited(k.bFromCb * cb + y + k.rounding));
+        const float y = k.y * static_cast<float>(static_cast<Whole>(in.first - 16));
+        const auto cb = static_cast<float>(static_cast<Whole>(in.second - 128));
+        const auto cr = static_cast<float>(static_cast<Whole>(in.third - 128));
+        return {limited<Whole>(k.bFromCb * cb + y + k.rounding),
+                limited<Whole>(y - k.gFromCr * cr - k.gFromCb * cb + k.rounding),
+                limited<Whole>(k.rFromCr * cr + y + k.rounding)};
     }
 };
 
@@ -117,16 +157,18 @@ struct YcbcrToBgr
 template <bool bBlueFirst>
 struct ToYcbcr
 {
-    static VELMO_INLINE Word convert(Word word)
+    template <class Whole>
+    static VELMO_INLINE Triple<Whole> convert(Triple<Whole> in)
     {
         constexpr const float(&k)[encodeTables] = encodeFactors;
-        const auto r = static_cast<float>(byteOf(word, bBlueFirst ? 2 : 0));
-        const auto g = static_cast<float>(byteOf(word, 1));
-        const auto b = static_cast<float>(byteOf(word, bBlueFirst ? 0 : 2));
+        const auto r = static_cast<float>(bBlueFirst ? in.third : in.first);
+        const auto g = static_cast<float>(in.second);
+        const auto b = static_cast<float>(bBlueFirst ? in.first : in.third);
         const float y = g * k[yFromG] + r * k[yFromR] + b * k[yFromB] + 0.499f;
         const float cb = -(r * k[cbFromR]) - g * k[cbFromG] + b * k[half] + 128 + 0.499f;
         const float cr = r * k[half] - g * k[crFromG] - b * k[crFromB] + 128 + 0.499f;
-        return wordOf(static_cast<int>(y), static_cast<int>(cb), static_cast<int>(cr));
+        return {static_cast<Whole>(static_cast<int>(y)), static_cast<Whole>(static_cast<int>(cb)),
+                static_cast<Whole>(static_cast<int>(cr))};
     }
 };
 
