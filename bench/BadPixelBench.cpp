@@ -57,7 +57,7 @@ Job spreadOfScene(cv::Size size)
 {
     Job job = spread(withDeadPixels(scene(size)));
     if (size.width == 640)
-        job.atLeast(3.2, "plain").atMost(1.6, "sum").atMost(0.75, "calcHist+inRange");
+        job.atLeast(3.2, "plain").atMost(1.6, "sum").atMost(0.75, "calcHist+inRange").instructions(10.5);
     return job;
 }
 

@@ -1,5 +1,6 @@
 #include "bench/Bench.h"
 
+#include "bench/Instructions.h"
 #include "bench/Report.h"
 
 #include <CLI/CLI.hpp>
@@ -67,6 +68,12 @@ Job& Job::from(std::string level)
     return *this;
 }
 
+Job& Job::instructions(double count)
+{
+    m_dInstructions = count;
+    return *this;
+}
+
 namespace {
 
 struct Entry
@@ -97,9 +104,9 @@ public:
                     run.run_name.time_type.empty() ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime());
     }
 
-    Times times()
+    Costs times()
     {
-        Times low;
+        Costs low;
         for (auto& [form, all] : m_mapNanoseconds) {
             std::sort(all.begin(), all.end());
             low[form] = all[all.size() / 20];
@@ -132,7 +139,7 @@ void runPrepared(benchmark::State& state, const Job::Form& form)
 }
 
 /// Times the forms of one job against each other, interleaved.
-Times measure(const Job& job)
+Costs measure(const Job& job)
 {
     benchmark::ClearRegisteredBenchmarks();
     for (const Job::Form& form : job.forms()) {
@@ -162,6 +169,13 @@ void initialize(int rounds, bool quick)
     cv::setNumThreads(1); // one thread against one
 }
 
+/// All of them, or what a job of so many sizes is counted on: the number for an item hardly depends on it.
+std::vector<cv::Size> sizesToCount(const std::vector<cv::Size>& all)
+{
+    const cv::Size usual(640, 480);
+    return std::count(all.begin(), all.end(), usual) != 0 ? std::vector<cv::Size>{usual} : all;
+}
+
 } // namespace
 
 Registration::Registration(std::string name, std::function<Job(cv::Size)> make, std::vector<cv::Size> sizes)
@@ -174,16 +188,18 @@ int main(int argc, char** argv)
     CLI::App app("Our kernels beside their plain forms, their peers and a memcpy of the same bytes.");
     std::string jobs = ".*", only, page;
     int rounds = 40;
-    bool quick = false, strict = false, json = false;
+    bool quick = false, strict = false, json = false, count = false;
     app.add_option("--job", jobs, "only jobs whose name matches this expression");
     app.add_option("--size", only, "only this size, such as 640x480");
     app.add_option("--rounds", rounds, "interleaved rounds; of their times a low quantile counts")
         ->check(CLI::Range(1, 1000));
+    app.add_flag("--count", count, "instructions instead of time, under qemu");
     app.add_flag("--quick", quick, "one iteration of everything: does it run, do the forms agree");
     app.add_flag("--strict", strict, "exit with 1 if a bar is missed")->excludes("--quick");
     app.add_flag("--json", json, "the results as JSON");
     app.add_option("--page", page, "writes the results into the speed table of this Markdown page")
-        ->check(CLI::ExistingFile);
+        ->check(CLI::ExistingFile)
+        ->excludes("--count");
     CLI11_PARSE(app, argc, argv);
     initialize(rounds, quick);
 
@@ -194,14 +210,15 @@ int main(int argc, char** argv)
     for (const Entry& entry : entries()) {
         if (!std::regex_search(entry.name, std::regex(jobs)))
             continue;
-        for (const cv::Size size : entry.sizes) {
+        for (const cv::Size size : count ? sizesToCount(entry.sizes) : entry.sizes) {
             const std::string sizeText = std::to_string(size.width) + "x" + std::to_string(size.height);
             if (!only.empty() && only != sizeText)
                 continue;
             std::fprintf(stderr, "%s %s\n", entry.name.c_str(), sizeText.c_str());
             const Job job = entry.make(size);
             if (job.agrees()) {
-                results.emplace_back(entry.name, sizeText, job, measure(job));
+                results.emplace_back(entry.name, sizeText, job, count ? Measure::instructions : Measure::time,
+                                     count ? countInstructions(job) : measure(job));
                 continue;
             }
             std::fprintf(stderr, "%s %s: the forms do not agree, not timed\n", entry.name.c_str(),
@@ -209,7 +226,7 @@ int main(int argc, char** argv)
             agree = false;
         }
     }
-    json ? printJson(results) : printTable(results);
+    json ? printJson(results) : count ? printCounts(results) : printTable(results);
     if (!page.empty())
         writePage(page, results);
     const bool met = !strict || std::all_of(results.begin(), results.end(), std::mem_fn(&Result::meetsBars));

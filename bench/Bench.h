@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,9 @@ public:
     /// The bar added last is only for loops built or chosen for this level, "x86-64-v3" or the like, or a
     /// better one.
     Job& from(std::string level);
+    /// A bar for 64-bit ARM: ours is to execute at most a twentieth more instructions an item than the
+    /// `count` of the day when the bar was set.
+    Job& instructions(double count);
 
     struct Form
     {
@@ -61,6 +65,7 @@ public:
 
     const std::vector<Form>& forms() const { return m_aForms; }
     const std::vector<Bar>& bars() const { return m_aBars; }
+    std::optional<double> instructions() const { return m_dInstructions; }
     bool agrees() const { return m_bAgrees; }
     std::size_t items() const { return m_u64Items; }
     const std::string& item() const { return m_strItem; }
@@ -68,6 +73,7 @@ public:
 private:
     std::vector<Form> m_aForms;
     std::vector<Bar> m_aBars;
+    std::optional<double> m_dInstructions;
     bool m_bAgrees = true;
     std::size_t m_u64Items;
     std::string m_strItem;

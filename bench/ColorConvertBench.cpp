@@ -42,7 +42,7 @@ Job conversion(const std::shared_ptr<Frame>& frame, const Conversion& forms, std
     });
 }
 
-Job packed(cv::Size size, const Conversion& forms)
+Job packed(cv::Size size, const Conversion& forms, double instructions)
 {
     const auto frame = std::make_shared<Frame>(size, 2);
     Job job = conversion(frame, forms);
@@ -54,7 +54,7 @@ Job packed(cv::Size size, const Conversion& forms)
         libyuv::ARGBToRGB24(frame->between.data, 4 * width, frame->peer.data, 3 * width, width, height);
     });
     if (size.width == 640)
-        job.atLeast(9, "plain").atMost(0.7, "cvtColor").atMost(1.6, "libyuv");
+        job.atLeast(9, "plain").atMost(0.7, "cvtColor").atMost(1.6, "libyuv").instructions(instructions);
     return job;
 }
 
@@ -68,7 +68,7 @@ Job decode(cv::Size size)
 {
     Job job = threeToThree(size, ycbcrToBgr, cv::COLOR_YCrCb2BGR);
     if (size.width == 640)
-        job.atLeast(6, "plain").atMost(1.5, "cvtColor");
+        job.atLeast(6, "plain").atMost(1.5, "cvtColor").instructions(8);
     return job;
 }
 
@@ -76,7 +76,7 @@ Job encode(cv::Size size, const Conversion& forms, int code)
 {
     Job job = threeToThree(size, forms, code);
     if (size.width == 640)
-        job.atLeast(2.4, "plain").atMost(1.25, "cvtColor");
+        job.atLeast(2.4, "plain").atMost(1.25, "cvtColor").instructions(9.35);
     return job;
 }
 
@@ -96,7 +96,7 @@ Job swap(cv::Size size)
     job.loop(swapRb, [=](auto& form) { form(frame->out.data, frame->out.data, pixels); });
     job.peer("cvtColor", [frame] { cv::cvtColor(frame->peer, frame->peer, cv::COLOR_RGB2BGR); });
     if (size.width == 640)
-        job.atLeast(4.5, "plain").atMost(0.5, "cvtColor");
+        job.atLeast(4.5, "plain").atMost(0.5, "cvtColor").instructions(1);
     return job;
 }
 
@@ -129,7 +129,7 @@ Job yuyv(cv::Size size)
     job.check(cv::norm(frame->out, frame->peer, cv::NORM_INF) == 0).ours(ours).plain(plain);
     job.peer("cvtColor stage", [frame, stage] { stage(frame->peer); });
     if (size.width == 640)
-        job.atLeast(1.5, "plain").atMost(1.3, "cvtColor stage");
+        job.atLeast(1.5, "plain").atMost(1.3, "cvtColor stage").instructions(7.2);
     return job;
 }
 
@@ -140,10 +140,10 @@ auto with(Make make, Arguments... arguments)
 }
 
 const Registration registrations[] = {
-    {"UYVY to BGR", with(packed, uyvyToBgr)},
-    {"UYVY to RGB", with(packed, uyvyToRgb)},
-    {"UY1VY0 to BGR", with(packed, uy1vy0ToBgr)},
-    {"UY1VY0 to RGB", with(packed, uy1vy0ToRgb)},
+    {"UYVY to BGR", with(packed, uyvyToBgr, 8.7)},
+    {"UYVY to RGB", with(packed, uyvyToRgb, 8.7)},
+    {"UY1VY0 to BGR", with(packed, uy1vy0ToBgr, 9.6)},
+    {"UY1VY0 to RGB", with(packed, uy1vy0ToRgb, 9.6)},
     {"YCbCr to BGR", decode},
     {"BGR to YCbCr", with(encode, bgrToYcbcr, cv::COLOR_BGR2YCrCb)},
     {"RGB to YCbCr", with(encode, rgbToYcbcr, cv::COLOR_RGB2YCrCb)},

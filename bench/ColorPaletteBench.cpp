@@ -56,7 +56,7 @@ Job palettise(cv::Size size)
     if (size.width == 240)
         job.atMost(6.5, "memcpy");
     if (size.width == 640)
-        job.atLeast(2.8, "plain").atLeast(5, "scale+applyColorMap");
+        job.atLeast(2.8, "plain").atLeast(5, "scale+applyColorMap").instructions(4.06);
     return job;
 }
 

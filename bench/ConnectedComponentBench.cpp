@@ -42,7 +42,7 @@ Job boundingBox(cv::Size size)
         benchmark::DoNotOptimize(form(blob->points.data(), blob->points.size()));
     });
     job.peer("boundingRect", [blob] { blob->box = cv::boundingRect(blob->points); });
-    return job.atLeast(2.8, "plain").atLeast(1.7, "boundingRect");
+    return job.atLeast(2.8, "plain").atLeast(1.7, "boundingRect").instructions(1.63);
 }
 
 Job centre(cv::Size size)
@@ -54,7 +54,7 @@ Job centre(cv::Size size)
     });
     // Takes the points for an outline: what people use for the centre of a contour.
     job.peer("moments", [blob] { blob->moment = cv::moments(blob->points).m10; });
-    return job.atLeast(5, "plain").atLeast(30, "moments");
+    return job.atLeast(5, "plain").atLeast(30, "moments").instructions(2);
 }
 
 Job reach(cv::Size size)

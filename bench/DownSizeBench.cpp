@@ -32,14 +32,22 @@ Job downSize(cv::Size size, cv::Size target, const velmo::exp::Forms<Resize>& fo
 Job twoThirds(cv::Size size)
 {
     Job job = downSize(size, {160, 120}, resizeToTwoThirds);
-    job.atLeast(3.5, "plain").atLeast(2.4, "INTER_LINEAR").atLeast(8, "INTER_AREA").atMost(10, "memcpy");
+    job.atLeast(3.5, "plain")
+        .atLeast(2.4, "INTER_LINEAR")
+        .atLeast(8, "INTER_AREA")
+        .atMost(10, "memcpy")
+        .instructions(2.03);
     return job;
 }
 
 Job half(cv::Size size)
 {
     Job job = downSize(size, {120, 90}, resizeToHalf);
-    job.atLeast(6, "plain").atMost(1.05, "INTER_LINEAR").atMost(1.05, "INTER_AREA").atMost(4.5, "memcpy");
+    job.atLeast(6, "plain")
+        .atMost(1.05, "INTER_LINEAR")
+        .atMost(1.05, "INTER_AREA")
+        .atMost(4.5, "memcpy")
+        .instructions(0.96);
     return job;
 }
 

@@ -183,7 +183,8 @@ Job pipeline(cv::Size size)
             .from("x86-64-v3")
             .atMost(1.0, "OpenCV chain")
             .from("x86-64-v3")
-            .atLeast(2, "bilateral chain");
+            .atLeast(2, "bilateral chain")
+            .instructions(48);
     if (size.width == 1280)
         job.atMost(1.05, "OpenCV chain").from("x86-64-v3");
     return job;

@@ -18,7 +18,7 @@ std::string format(const char* pattern, double value)
     return text;
 }
 
-std::string times(double value)
+std::string asTimes(double value)
 {
     return format(value < 9.95 ? "%.1f" : "%.0f", value);
 }
@@ -97,8 +97,8 @@ std::string markdown(const std::vector<Result>& results)
         const Result& result = find(results, row);
         std::string peers;
         for (const auto& [form, what] : row.peers)
-            peers += (peers.empty() ? "" : ", ") + times(result.faster(form)) + " " + what;
-        out << "| " << row.title << " | " << times(result.faster("plain")) << " | "
+            peers += (peers.empty() ? "" : ", ") + asTimes(result.times(form)) + " " + what;
+        out << "| " << row.title << " | " << asTimes(result.times("plain")) << " | "
             << (peers.empty() ? "nothing to compare with" : peers) << " |\n";
     }
     return out.str();
@@ -129,24 +129,28 @@ std::string processorLevel()
 #endif
 }
 
-Result::Result(std::string job, std::string size, const Job& definition, Times times)
+Result::Result(std::string job, std::string size, const Job& definition, Measure measure, Costs costs)
     : m_strJob(std::move(job)), m_strSize(std::move(size)), m_strItem(definition.item()),
-      m_dItems(static_cast<double>(definition.items())), m_mapTimes(std::move(times))
+      m_dItems(static_cast<double>(definition.items())), m_eMeasure(measure), m_mapCosts(std::move(costs))
 {
     for (const Job::Form& form : definition.forms())
         m_aForms.push_back(form.name);
-    for (const Job::Bar& bar : definition.bars())
-        m_aBars.push_back(judged(bar));
+    if (measure == Measure::time)
+        for (const Job::Bar& bar : definition.bars())
+            m_aBars.push_back(judged(bar));
+    else if (definition.instructions())
+        m_aBars.push_back({"<= " + format("%g", *definition.instructions()) + " + 5 %",
+                           processorLevel() == "aarch64", perItem() <= 1.05 * *definition.instructions()});
 }
 
-double Result::nanosecondsPerItem(const std::string& form) const
+double Result::perItem(const std::string& form) const
 {
-    return m_mapTimes.at(form) / m_dItems;
+    return m_mapCosts.at(form) / m_dItems;
 }
 
 Result::Bar Result::judged(const Job::Bar& bar) const
 {
-    const double fast = faster(bar.form);
+    const double fast = times(bar.form);
     const bool counts = bar.level.empty() || processorLevel() >= bar.level;
     return {bar.form + (bar.bSpeedup ? " >= " : " <= ") + format("%g", bar.factor) +
                 (bar.level.empty() ? "" : " (" + bar.level + ")"),
@@ -159,6 +163,18 @@ bool Result::meetsBars() const
                        [](const Bar& bar) { return bar.bMet || !bar.bCounts; });
 }
 
+namespace {
+
+std::string barsOf(const Result& result)
+{
+    std::string text;
+    for (const Result::Bar& bar : result.bars())
+        text += (text.empty() ? "" : ", ") + bar.text + (bar.bMet ? " met" : bar.bCounts ? " MISSED" : " -");
+    return text;
+}
+
+} // namespace
+
 void printTable(const std::vector<Result>& results)
 {
     std::printf(
@@ -167,21 +183,37 @@ void printTable(const std::vector<Result>& results)
     const char* pattern = "%-30s %-10s %13s %8s %8s  %-48s %s\n";
     std::printf(pattern, "job", "size", "ours", "x plain", "memcpy", "x peers", "bars");
     for (const Result& result : results) {
-        std::string plain = "-", peers, bars;
+        std::string plain = "-", peers;
         for (const std::string& form : result.forms()) {
             if (form == "plain")
-                plain = format("%.2f", result.faster(form));
+                plain = format("%.2f", result.times(form));
             if (isPeer(form))
-                peers += (peers.empty() ? "" : ", ") + format("%.2f ", result.faster(form)) + form;
+                peers += (peers.empty() ? "" : ", ") + format("%.2f ", result.times(form)) + form;
         }
-        for (const Result::Bar& bar : result.bars())
-            bars += (bars.empty() ? "" : ", ") + bar.text +
-                    (bar.bMet      ? " met"
-                     : bar.bCounts ? " MISSED"
-                                   : " -");
-        const std::string cost = format("%.3g ns/", result.nanosecondsPerItem()) + result.item();
+        const std::string cost = format("%.3g ns/", result.perItem()) + result.item();
         std::printf(pattern, result.job().c_str(), result.size().c_str(), cost.c_str(), plain.c_str(),
-                    format("%.2f", 1 / result.faster("memcpy")).c_str(), peers.c_str(), bars.c_str());
+                    format("%.2f", 1 / result.times("memcpy")).c_str(), peers.c_str(),
+                    barsOf(result).c_str());
+    }
+}
+
+void printCounts(const std::vector<Result>& results)
+{
+    std::printf("%s; instructions executed\n\n", processorLevel().c_str());
+    const char* pattern = "%-30s %-10s %-8s %8s %8s  %-56s %s\n";
+    std::printf(pattern, "job", "size", "for a", "ours", "plain", "peers", "bar");
+    for (const Result& result : results) {
+        std::string plain = "-", peers;
+        for (const std::string& form : result.forms()) {
+            const std::string cost = format("%.3g", result.perItem(form));
+            if (form == "plain")
+                plain = cost;
+            if (isPeer(form))
+                peers += (peers.empty() ? "" : ", ") + cost + " " + form;
+        }
+        std::printf(pattern, result.job().c_str(), result.size().c_str(), result.item().c_str(),
+                    format("%.3g", result.perItem()).c_str(), plain.c_str(), peers.c_str(),
+                    barsOf(result).c_str());
     }
 }
 
@@ -193,11 +225,11 @@ void printJson(const std::vector<Result>& results)
         << "[";
     for (const Result& result : results) {
         out << "{"
-            << "job" << result.job() << "size" << result.size() << "item" << result.item() << "nanoseconds"
-            << "[";
+            << "job" << result.job() << "size" << result.size() << "item" << result.item()
+            << (result.measure() == Measure::time ? "nanoseconds" : "instructions") << "[";
         for (const std::string& form : result.forms())
             out << "{"
-                << "form" << form << "perItem" << result.nanosecondsPerItem(form) << "}";
+                << "form" << form << "perItem" << result.perItem(form) << "}";
         out << "]"
             << "bars"
             << "[";

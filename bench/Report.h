@@ -6,8 +6,14 @@
 #include <string>
 #include <vector>
 
-/// Nanoseconds of one run of each form.
-using Times = std::map<std::string, double>;
+/// What one run of each form costs: nanoseconds or instructions.
+using Costs = std::map<std::string, double>;
+
+enum class Measure
+{
+    time,
+    instructions
+};
 
 /// The level whose clones the loops run in, or that they were built for: "x86-64-v3", "aarch64" or the like.
 std::string processorLevel();
@@ -16,7 +22,7 @@ std::string processorLevel();
 class Result
 {
 public:
-    Result(std::string job, std::string size, const Job& definition, Times times);
+    Result(std::string job, std::string size, const Job& definition, Measure measure, Costs costs);
 
     const std::string& job() const { return m_strJob; }
     const std::string& size() const { return m_strSize; }
@@ -24,9 +30,10 @@ public:
     /// The forms in the order in which the job has them.
     const std::vector<std::string>& forms() const { return m_aForms; }
 
-    double nanosecondsPerItem(const std::string& form = "ours") const;
-    /// How many times as fast as a form we are.
-    double faster(const std::string& form) const { return m_mapTimes.at(form) / m_mapTimes.at("ours"); }
+    Measure measure() const { return m_eMeasure; }
+    double perItem(const std::string& form = "ours") const;
+    /// How many times as much as ours a form costs.
+    double times(const std::string& form) const { return m_mapCosts.at(form) / m_mapCosts.at("ours"); }
 
     struct Bar
     {
@@ -42,12 +49,14 @@ private:
 
     std::string m_strJob, m_strSize, m_strItem;
     double m_dItems;
-    Times m_mapTimes;
+    Measure m_eMeasure;
+    Costs m_mapCosts;
     std::vector<std::string> m_aForms;
     std::vector<Bar> m_aBars;
 };
 
 void printTable(const std::vector<Result>& results);
+void printCounts(const std::vector<Result>& results);
 void printJson(const std::vector<Result>& results);
 
 /// Replaces what stands between the marks <!-- speed --> and <!-- /speed --> of a page by a table of the

@@ -33,7 +33,7 @@ Job spatial(cv::Size size)
     // Keeps edges, as ours does; knows no 16-bit frames.
     job.peer("bilateralFilter", [=] { cv::bilateralFilter(frames->real, frames->bilateral, 3, 30, 1); });
     if (size.width == 640)
-        job.atLeast(18, "plain").atMost(1.4, "GaussianBlur").atLeast(7, "bilateralFilter");
+        job.atLeast(18, "plain").atMost(1.4, "GaussianBlur").atLeast(7, "bilateralFilter").instructions(12.6);
     return job;
 }
 

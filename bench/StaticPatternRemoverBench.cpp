@@ -34,7 +34,7 @@ Job staticPattern(cv::Size size)
     if (size.width == 240)
         job.atMost(15, "memcpy").atLeast(29, "plain").from("x86-64-v3");
     if (size.width == 640)
-        job.atLeast(18, "plain").atLeast(29, "plain").from("x86-64-v3");
+        job.atLeast(18, "plain").atLeast(29, "plain").from("x86-64-v3").instructions(29);
     return job;
 }
 

@@ -64,7 +64,7 @@ Job anyParameters(cv::Size size)
     if (size.width == 240)
         job.atMost(6, "memcpy");
     if (size.width == 640)
-        job.atLeast(4.5, "plain");
+        job.atLeast(4.5, "plain").instructions(2.14);
     return job;
 }
 
@@ -82,7 +82,7 @@ Job randomDifferences(cv::Size size)
 {
     Job job = temporal(noise(size, 1), noise(size, 2), 12, 1800);
     if (size.width == 640)
-        job.atLeast(3.5, "plain");
+        job.atLeast(3.5, "plain").instructions(8.53);
     return job;
 }
 

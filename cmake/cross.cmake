@@ -1,11 +1,13 @@
-# Builds for 64-bit ARM with Debian's cross compiler, against what cmake/sysroot.sh has unpacked; qemu runs the tests.
-set(CMAKE_SYSTEM_NAME Linux)
-set(CMAKE_SYSTEM_PROCESSOR aarch64)
-set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
-set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
-
+# Builds for another processor with Debian's cross compiler, against what cmake/sysroot.sh has unpacked; qemu runs the
+# tests.
+set(VELMO_PROCESSOR "aarch64" CACHE STRING "What is built for, as compilers and qemu call it")
 set(VELMO_SYSROOT "" CACHE PATH "The unpacked packages of the target")
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELMO_SYSROOT)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELMO_PROCESSOR VELMO_SYSROOT)
+
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR "${VELMO_PROCESSOR}")
+set(CMAKE_LIBRARY_ARCHITECTURE "${VELMO_PROCESSOR}-linux-gnu")
+set(CMAKE_CXX_COMPILER "${CMAKE_LIBRARY_ARCHITECTURE}-g++")
 
 # Not CMAKE_SYSROOT: the C library is the compiler's own. Everything else is looked for there, and only there.
 set(CMAKE_FIND_ROOT_PATH "${VELMO_SYSROOT}")
@@ -23,4 +25,4 @@ string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT ":${VELMO_SYSROOT}/lib/${CMAKE_LIBRARY
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${CMAKE_EXE_LINKER_FLAGS_INIT}")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${CMAKE_EXE_LINKER_FLAGS_INIT}")
 
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L "${VELMO_SYSROOT}")
+set(CMAKE_CROSSCOMPILING_EMULATOR "qemu-${VELMO_PROCESSOR}" -L "${VELMO_SYSROOT}")
