@@ -38,8 +38,9 @@ struct Measurement
 ///         screen.put(camera.show(raw));
 ///
 /// One object per stream, one thread at a time: filters learn from the frames, in the order in which they
-/// come. What it returns is its own memory, used again by the next call; frames of one size are not
-/// allocated for, once the camera runs.
+/// come. Only `clean` on one thread and `paint`, of copies of its frames, on another have nothing in common.
+/// What it returns is its own memory, used again by the next call; frames of one size are not allocated for,
+/// once the camera runs.
 class VELMO_API Camera
 {
 public:

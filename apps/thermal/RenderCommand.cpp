@@ -3,6 +3,7 @@
 #include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
 #include "apps/thermal/SettingsOptions.h"
+#include "recordings/ThreadedSink.h"
 
 #include <iostream>
 #include <memory>
@@ -24,13 +25,14 @@ struct RenderOptions
 
 /// From clean frames to pictures. Frames that still decide about the range of all of them wait, so that the
 /// first pictures have the colours of the last.
-class Painter
+class Painter : public ImageWriter
 {
 public:
     Painter(Camera& camera, ImageWriter& sink) : m_oCamera(camera), m_oSink(sink) {}
 
-    void add(const Frame& frame)
+    void write(const cv::Mat& image) override
     {
+        const Frame frame(image);
         const bool waits = m_oCamera.range().learning();
         m_oCamera.range().learn(frame);
         if (waits)
@@ -41,7 +43,7 @@ public:
             paintWaiting();
     }
 
-    void finish()
+    void finish() override
     {
         m_oCamera.range().hold();
         paintWaiting();
@@ -68,10 +70,11 @@ void render(const RenderOptions& options)
     const auto source = options.input.open(outputs, settings);
     Camera camera = openCamera(settings, outputs, *source);
     const auto sink = options.output.open(outputs, *source);
-    Painter painter(camera, *sink);
+    // While one frame is painted, the next is read and cleaned.
+    ThreadedSink painter(std::make_unique<Painter>(camera, *sink));
     std::size_t frames = 0;
     forEachFrame(*source, options.input.quiet, [&](const Frame& raw) {
-        painter.add(camera.clean(raw));
+        painter.write(camera.clean(raw));
         ++frames;
     });
     painter.finish();
