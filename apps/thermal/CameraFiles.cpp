@@ -1,6 +1,7 @@
 #include "apps/thermal/CameraFiles.h"
 
 #include "apps/thermal/PixelMapFiles.h"
+#include "recordings/FlatFile.h"
 #include "recordings/PaletteFile.h"
 
 #include <iostream>
@@ -22,6 +23,11 @@ Calibration readFilesOf(Settings& settings, Outputs& outputs)
     if (const std::string file = settings.text("pixels/records"); !file.empty() && file != "auto") {
         calibration.origin = file;
         calibration.badPixels = readReplacements(file);
+        outputs.protect({file});
+    }
+    if (const std::string file = settings.text("pixels/flat"); !file.empty()) {
+        calibration.flatOrigin = file;
+        calibration.flat = FlatField::fromPlanes(readFlatPlanes(file), file);
         outputs.protect({file});
     }
     return calibration;

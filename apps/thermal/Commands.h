@@ -9,6 +9,7 @@ void addBlobsCommand(const Command& program);
 void addCleanCommand(const Command& program);
 void addConvertCommand(const Command& program);
 void addDemoCommand(const Command& program);
+void addFlatCommand(const Command& program);
 void addMeasureCommand(const Command& program);
 void addPixelsCommand(const Command& program);
 void addRenderCommand(const Command& program);

@@ -225,7 +225,8 @@ void noise(const NoiseOptions& options)
     const Settings settings = options.settings.settings(outputs);
     if (options.compare)
         return compare(options, settings, outputs);
-    if (Chain(settings).size() > 0 || !settings.text("pixels/records").empty())
+    if (Chain(settings).size() > 0 || !settings.text("pixels/records").empty() ||
+        !settings.text("pixels/flat").empty())
         throw UsageError("filters change what is measured: add --compare");
     if (!options.out.empty())
         throw UsageError("--out draws before and after: add --compare");

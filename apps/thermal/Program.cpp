@@ -53,6 +53,7 @@ int runProgram(int argc, const char* const* argv)
     addCleanCommand(program);
     addConvertCommand(program);
     addDemoCommand(program);
+    addFlatCommand(program);
     addMeasureCommand(program);
     addPixelsCommand(program);
     addRenderCommand(program);

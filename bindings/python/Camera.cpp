@@ -7,6 +7,7 @@
 
 #include "camera/Camera.h"
 #include "camera/settings/Keys.h"
+#include "recordings/FlatFile.h"
 #include "recordings/PaletteFile.h"
 #include "recordings/PixelFiles.h"
 
@@ -150,7 +151,7 @@ void addSettings(py::module_& module)
 }
 
 /// Reads the files that settings name: loads the palettes, of which the first is taken if none is named, and
-/// the records of bad pixels.
+/// the records of bad pixels and the flat field.
 camera::Calibration readFilesOf(Settings& settings, const std::string& unit)
 {
     if (const std::string file = settings.text("colours/palette-file"); !file.empty()) {
@@ -162,6 +163,10 @@ camera::Calibration readFilesOf(Settings& settings, const std::string& unit)
     if (const std::string file = settings.text("pixels/records"); !file.empty()) {
         calibration.origin = file;
         calibration.badPixels = recordings::readRecords(file);
+    }
+    if (const std::string file = settings.text("pixels/flat"); !file.empty()) {
+        calibration.flatOrigin = file;
+        calibration.flat = camera::FlatField::fromPlanes(recordings::readFlatPlanes(file), file);
     }
     if (!unit.empty())
         calibration.unit = unit;

@@ -59,12 +59,16 @@ std::vector<Key> makeKeys()
     const int maxThreshold = StaticPatternRemover::s32MaxThreshold;
     const int maxLimit = StaticPatternRemover::s32MaxLimit;
     return {
+        {"pixels/flat", "--flat", text("FILE"), "", "",
+         "Take off how far each pixel is off, before anything else, and replace those that are defective: a "
+         "flat field that 'thermal flat learn' wrote"},
         {"pixels/records",
          "--bad-pixels",
          {{"auto"}, {}, "FILE", false},
          "",
          "",
-         "Replace defective pixels before anything else: those of a map that 'thermal pixels find' wrote, or "
+         "Replace defective pixels before noise is looked at: those of a map that 'thermal pixels find' "
+         "wrote, or "
          "of records; auto learns them on the first 20 frames"},
 
         {"temperature/unit", "--unit", text("UNIT"), "", "auto",

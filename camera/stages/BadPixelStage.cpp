@@ -82,10 +82,15 @@ private:
 class LearningStage : public Stage
 {
 public:
+    /// @param known  replaces what is known before; may be nothing
+    explicit LearningStage(std::unique_ptr<Stage> known) : m_pKnown(std::move(known)) {}
+
     std::string name() const override { return m_pStage ? m_pStage->name() : "bad pixels auto"; }
 
     void apply(Frame& frame) override
     {
+        if (m_pKnown)
+            m_pKnown->apply(frame);
         if (m_oSearch) {
             m_oSearch->add(frame);
             if (m_oSearch->frames() < nFramesToLearn)
@@ -104,18 +109,44 @@ private:
     static constexpr std::size_t nFramesToLearn = 20;
 
     std::optional<PixelSearch> m_oSearch{PixelSearch()};
+    std::unique_ptr<Stage> m_pKnown;
     std::unique_ptr<Stage> m_pStage;
 };
+
+/// The records, with others for all pixels together where the flat field has some more that are defective:
+/// what stands in for one must not be another.
+std::vector<BadPixel> recordsOf(const Calibration& calibration)
+{
+    PixelMap map = calibration.flat.defects.clone();
+    if (map.empty() || cv::countNonZero(map) == 0)
+        return calibration.badPixels;
+    for (const BadPixel& record : calibration.badPixels) {
+        const cv::Point at(record.pixel.x, record.pixel.y);
+        if (!cv::Rect({}, map.size()).contains(at))
+            VELMO_THROW(calibration.origin + ": pixel x=" + std::to_string(at.x) + " y=" +
+                        std::to_string(at.y) + " is outside the flat field of " + sizeText(map.size()));
+        map(at) = 1;
+    }
+    return replacementsOf(map).records;
+}
+
+std::unique_ptr<Stage> makeKnown(const Calibration& calibration)
+{
+    std::vector<BadPixel> records = recordsOf(calibration);
+    if (records.empty())
+        return nullptr;
+    return std::make_unique<BadPixelStage>(
+        calibration.badPixels.empty() ? calibration.flatOrigin : calibration.origin, std::move(records));
+}
 
 } // namespace
 
 std::unique_ptr<Stage> makeBadPixelStage(const Settings& settings, const Calibration& calibration)
 {
+    auto known = makeKnown(calibration);
     if (settings.text("pixels/records") == "auto")
-        return std::make_unique<LearningStage>();
-    if (calibration.badPixels.empty())
-        return nullptr;
-    return std::make_unique<BadPixelStage>(calibration.origin, calibration.badPixels);
+        return std::make_unique<LearningStage>(std::move(known));
+    return known;
 }
 
 } // namespace velmo::camera

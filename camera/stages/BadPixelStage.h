@@ -11,7 +11,8 @@
 namespace velmo::camera {
 
 /// Puts a mean of its four replacement pixels in the place of each defective pixel: of left and right, and of
-/// above and below, the pair counts for more that differs less, as edges run along it.
+/// above and below, the pair counts for more that differs less, as edges run along it. Defective are those of
+/// the calibration's records and those that its flat field flags.
 ///
 /// If the settings ask for auto, frames pass as they are until the stage has seen 20 of them; then it
 /// replaces what the search finds in these, unless that is too much to be true.

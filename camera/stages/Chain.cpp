@@ -3,6 +3,7 @@
 #include "camera/stages/BadPixelStage.h"
 #include "camera/stages/DenoiseStage.h"
 #include "camera/stages/DownSizeStage.h"
+#include "camera/stages/FlatStage.h"
 #include "camera/stages/PatternStage.h"
 #include "camera/stages/SpatialStage.h"
 #include "camera/stages/TemporalStage.h"
@@ -14,6 +15,7 @@ namespace velmo::camera {
 
 Chain::Chain(const Settings& settings, const Calibration& calibration)
 {
+    add(makeFlatStage(calibration));
     add(makeBadPixelStage(settings, calibration));
     add(makePatternStage(settings));
     add(makeTemporalStage(settings));

@@ -171,4 +171,31 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
     said("pixels detect f0.pgm --spread 1 --offset 9000 --out map.pgm");
 }
 
+TEST_F(Pixels, AreEvenedOutByAFlatField)
+{
+    const auto spoil = [](Frame& frame, int) {
+        for (int y = 0; y < frame.rows; ++y)
+            for (int x = 0; x < frame.cols; ++x)
+                frame(y, x) += static_cast<unsigned short>((x * 37 + y * 91) % 300);
+        frame(5, 6) = 0;
+    };
+    writeFrames("shutter", 2, 9000, spoil);
+    writeFrames("scene", 1, 12000, spoil);
+    EXPECT_THAT(said("flat learn shutter*.pgm --out flat --csv"), HasSubstr("defective pixels,defects,1\n"));
+    said("clean scene0.pgm --flat flat --out even.pgm");
+    const cv::Mat_<unsigned short> even = cv::imread(path("even.pgm"), cv::IMREAD_UNCHANGED);
+    double low = 0, high = 0;
+    cv::minMaxLoc(even, &low, &high);
+    EXPECT_LE(high - low, 1); // also in place of the dead pixel
+    EXPECT_NEAR(low, 12150, 30);
+    write("small.pgm", Frame(6, 8, static_cast<unsigned short>(1)));
+    expectRefusals(
+        {{"clean small.pgm --flat flat --out s.pgm", "flat: a flat field of 20x12 for frames of 8x6"},
+         {"clean scene0.pgm --flat scene0.pgm --out s.pgm", "scene0.pgm: not a flat field"},
+         {"clean scene0.pgm --flat flat --out flat", "flat"},
+         {"noise scene0.pgm --flat flat", "--compare"},
+         {"flat learn shutter*.pgm --out flat.png", ".npy"},
+         {"flat learn shutter*.pgm --other small.pgm --out f", "8x6"}});
+}
+
 } // namespace

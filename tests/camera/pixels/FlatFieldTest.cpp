@@ -1,0 +1,132 @@
+#include "camera/pixels/FlatField.h"
+
+#include "camera/Settings.h"
+#include "camera/stages/Chain.h"
+#include "tests/Support.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+using velmo::camera::Chain;
+using velmo::camera::FlatField;
+using velmo::camera::FlatLearner;
+using velmo::camera::Frame;
+
+/// Each of its pixels has an offset and a gain of its own.
+class Sensor
+{
+public:
+    explicit Sensor(double gainSpread) : m_oOffsets(24, 32), m_oGains(24, 32)
+    {
+        std::mt19937 random(3);
+        std::normal_distribution<double> offset(0, 400), gain(1, gainSpread);
+        for (double& each : m_oOffsets)
+            each = std::round(offset(random));
+        for (double& each : m_oGains)
+            each = gain(random);
+    }
+
+    /// What it makes of `scene`; the pixel at 5,7 is dead, that at 20,10 hardly responds.
+    Frame see(const cv::Mat_<double>& scene) const
+    {
+        Frame frame;
+        cv::Mat(8000 + m_oOffsets + m_oGains.mul(scene - 8000)).convertTo(frame, CV_16U);
+        frame(7, 5) = 0;
+        frame(10, 20) = static_cast<unsigned short>(8000 + (scene(10, 20) - 8000) / 4);
+        return frame;
+    }
+
+    static cv::Mat_<double> wall(double level) { return cv::Mat_<double>(24, 32, level); }
+
+private:
+    cv::Mat_<double> m_oOffsets, m_oGains;
+};
+
+TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
+{
+    for (const double spread : {0.0, 0.05}) {
+        const Sensor sensor(spread);
+        FlatLearner learner;
+        learner.add(sensor.see(Sensor::wall(8000)));
+        if (spread > 0)
+            learner.addOther(sensor.see(Sensor::wall(10000)));
+        velmo::camera::Calibration calibration;
+        calibration.flat = learner.learn();
+        EXPECT_NE(calibration.flat.defects(7, 5) & 64, 0);
+        EXPECT_EQ(cv::countNonZero(calibration.flat.defects), spread > 0 ? 2 : 1);
+
+        Chain chain({}, calibration);
+        for (const double level : {6000.0, 8000.0, 20000.0}) {
+            cv::Mat_<double> scene = Sensor::wall(level);
+            scene.rowRange(12, 24) += 500;
+            Frame frame = sensor.see(scene);
+            chain.apply(frame);
+            if (spread == 0)
+                frame(10, 20) = frame(10, 21); // an offset says nothing of it
+            // What most pixels read of the shutter is some counts off by chance, and their gains are.
+            const double off = cv::mean(frame)[0] - cv::mean(scene)[0];
+            EXPECT_NEAR(off, 0, 30 + 0.005 * std::abs(level - 8000));
+            EXPECT_LE(cv::norm(cv::Mat_<double>(frame) - off, scene, cv::NORM_INF), spread > 0 ? 12 : 1)
+                << level;
+        }
+    }
+}
+
+TEST(FlatField, ClampsAndSaysWhichSizesDiffer)
+{
+    velmo::camera::Calibration calibration;
+    calibration.flatOrigin = "wall.npy";
+    calibration.flat =
+        FlatField::fromPlanes({cv::Mat_<float>({1, 3}, {100, 200, 300}), cv::Mat_<float>({1, 3}, {2, 1, 1}),
+                               cv::Mat_<float>({1, 3}, {0, 0, 0})},
+                              "wall.npy");
+    Chain chain({}, calibration);
+    Frame frame = (Frame(1, 3) << 0, 5, 65535);
+    chain.apply(frame);
+    EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()), testing::ElementsAre(0, 5, 65435));
+    frame = (Frame(1, 3) << 150, 65535, 50);
+    chain.apply(frame);
+    EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()), testing::ElementsAre(300, 65535, 0));
+    Frame other(2, 2);
+    EXPECT_EQ(refusal([&] { chain.apply(other); }).message,
+              "wall.npy: a flat field of 3x1 for frames of 2x2");
+    calibration.badPixels = {{{3, 0}, {}}};
+    EXPECT_THAT(refusal([&] {
+                    calibration.flat.defects(0) = 1;
+                    Chain({}, calibration);
+                }).message,
+                testing::HasSubstr("x=3 y=0 is outside the flat field of 3x1"));
+}
+
+TEST(FlatField, RefusesWhatIsNone)
+{
+    const cv::Mat_<float> zero = cv::Mat_<float>::zeros(6, 6), one(6, 6, 1.0F), no(6, 6, std::nanf(""));
+    const std::pair<std::vector<cv::Mat_<float>>, const char*> wrong[] = {
+        {{zero, one}, "three planes"},
+        {{zero, one, zero.row(0)}, "of one size"},
+        {{no, one, zero}, "first plane"},
+        {{-one, one, zero}, "first plane"},
+        {{zero, zero, zero}, "second plane"},
+        {{zero, no, zero}, "second plane"},
+        {{zero, one, 65536 * one}, "third plane"},
+        {{zero, one, one}, "without a good pixel"}};
+    for (const auto& [planes, message] : wrong)
+        EXPECT_THAT(refusal([&, &given = planes] { FlatField::fromPlanes(given, "flat"); }).message,
+                    testing::HasSubstr(message));
+
+    FlatLearner learner;
+    EXPECT_THAT(refusal([&] { learner.learn(); }).message, testing::HasSubstr("without a frame"));
+    const Sensor sensor(0.1);
+    learner.add(sensor.see(Sensor::wall(8000)));
+    EXPECT_THAT(refusal([&] { learner.addOther(Frame(24, 31)); }).message,
+                testing::HasSubstr("31x24 at the other temperature, of 32x24"));
+    learner.addOther(Sensor(0.1).see(Sensor::wall(8000)));
+    EXPECT_THAT(refusal([&] { learner.learn(); }).message, testing::HasSubstr("no gains can be learnt"));
+}
+
+} // namespace
