@@ -2,12 +2,13 @@
 #include "apps/thermal/Commands.h"
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
+#include "apps/thermal/NoiseTables.h"
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"
 #include "camera/drawing/ContactSheet.h"
 #include "camera/drawing/Enlarge.h"
-#include "camera/measures/Fidelity.h"
-#include "camera/measures/Noise.h"
+#include "camera/measures/Judgement.h"
+#include "camera/measures/Peers.h"
 #include "camera/measures/Statistics.h"
 #include "recordings/PictureSink.h"
 
@@ -33,94 +34,29 @@ struct NoiseOptions
     TableFormat format;
     std::string out;
     bool compare = false;
+    bool simulate = false;
+    bool anchors = false;
     std::size_t skip = 0;
 };
 
-struct Row
-{
-    const char* name;
-    const char* key;
-    double NoiseFigures::*figure;
-    bool isValue = false; ///< otherwise a difference, which has no zero point
-};
+/// So much of a recording is kept in memory for what is measured on it again and again.
+constexpr std::size_t nKeptFrames = 100;
+constexpr std::size_t nKeptBytes = std::size_t{64} << 20;
 
-constexpr Row rows[] = {
-    {"temporal noise per pixel", "temporal", &NoiseFigures::temporal},
-    {"slow noise per pixel", "slow", &NoiseFigures::slow},
-    {"column stripes", "columns", &NoiseFigures::columns},
-    {"row stripes", "rows", &NoiseFigures::rows},
-    {"column stripes in time", "columns_in_time", &NoiseFigures::columnsInTime},
-    {"row stripes in time", "rows_in_time", &NoiseFigures::rowsInTime},
-    {"fixed pattern per pixel", "pattern", &NoiseFigures::pattern},
-    {"drift of the level", "drift", &NoiseFigures::drift},
-    {"least value", "min", &NoiseFigures::low, true},
-    {"greatest value", "max", &NoiseFigures::high, true},
-};
-
-/// Figures in what people read.
-class Reading
+class KeptFrames
 {
 public:
-    explicit Reading(Thermometer thermometer) : m_oThermometer(std::move(thermometer)) {}
-
-    /// Noise is turned into degrees by what a count is around the middle of a frame.
-    void lookAt(const Frame& frame)
+    void add(const Frame& frame)
     {
-        std::vector<unsigned> histogram;
-        m_u16Around = percentiles(frame, 50, 50, histogram).low;
+        if (m_vecFrames.size() < nKeptFrames &&
+            (m_vecFrames.size() + 1) * frame.total() * frame.elemSize() <= nKeptBytes)
+            m_vecFrames.push_back(frame.clone());
     }
-
-    double of(const Row& row, const NoiseFigures& figures) const
-    {
-        const double counts = figures.*row.figure;
-        return m_oThermometer.rounded(row.isValue
-                                          ? m_oThermometer.read(cv::saturate_cast<unsigned short>(counts))
-                                          : m_oThermometer.readDifference(counts, m_u16Around));
-    }
-
-    std::string heading() const
-    {
-        return "measure (" + (m_oThermometer.hasDegrees() ? m_oThermometer.unit().substr(1) : "counts") + ")";
-    }
-
-    std::string key(const Row& row) const { return row.key + m_oThermometer.key(); }
-    bool inDegrees() const { return m_oThermometer.hasDegrees(); }
-    int decimals() const { return m_oThermometer.hasDegrees() ? 3 : 2; }
+    const std::vector<Frame>& frames() const { return m_vecFrames; }
 
 private:
-    Thermometer m_oThermometer;
-    unsigned short m_u16Around = 0;
+    std::vector<Frame> m_vecFrames;
 };
-
-Table measured(const NoiseFigures& figures, const Reading& reading)
-{
-    Table table({{reading.heading(), "measure"}, {"key", "key"}, {"value", "value", reading.decimals()}});
-    for (const Row& row : rows)
-        table.add({std::string(row.name), reading.key(row), reading.of(row, figures)});
-    table.add({std::string("frames"), std::string("frames"), static_cast<double>(figures.frames)});
-    return table;
-}
-
-Table compared(const NoiseFigures& before, const NoiseFigures& after, const FidelityFigures& fidelity,
-               const Reading& reading)
-{
-    constexpr double dNone = std::numeric_limits<double>::quiet_NaN();
-    Table table({{reading.heading(), "measure"},
-                 {"key", "key"},
-                 {"before", "before", reading.decimals()},
-                 {"after", "after", reading.decimals()},
-                 {"after/before", "ratio", 2}});
-    for (const Row& row : rows) {
-        const double old = reading.of(row, before), now = reading.of(row, after);
-        const bool bRatio = old > 0 && !(row.isValue && reading.inDegrees()); // none of two temperatures
-        table.add({std::string(row.name), reading.key(row), old, now, bRatio ? now / old : dNone});
-    }
-    table.add(
-        {std::string("slope of edges (share)"), std::string("edges"), 1.0, fidelity.edges, fidelity.edges});
-    table.add(
-        {std::string("lag of what moves (frames)"), std::string("ghosting"), 0.0, fidelity.ghosting, dNone});
-    return table;
-}
 
 /// Small frames are enlarged until they can be looked at.
 Picture legible(const Picture& picture)
@@ -171,7 +107,7 @@ void measure(const NoiseOptions& options, const Settings& settings, Outputs& out
     NoiseMeter meter;
     std::size_t seen = 0;
     const auto source = options.input.open(outputs, settings);
-    Reading reading(ChosenUnit(settings, source->unit()).thermometer);
+    NoiseReading reading(ChosenUnit(settings, source->unit()).thermometer);
     forEachFrame(*source, options.input.quiet, [&](const Frame& frame) {
         if (seen++ < options.skip)
             return;
@@ -182,47 +118,117 @@ void measure(const NoiseOptions& options, const Settings& settings, Outputs& out
     measured(meter.figures(), reading).print(std::cout, options.format);
 }
 
-void compare(const NoiseOptions& options, Settings settings, Outputs& outputs)
+/// Fresh chains of what the settings ask for; of --denoise if that is nothing.
+FilterMaker chainMaker(Settings settings, Outputs& outputs)
 {
     const Calibration calibration = readFilesOf(settings, outputs);
-    Chain chain(settings, calibration);
-    if (chain.size() == 0) {
+    if (Chain(settings, calibration).size() == 0)
         settings.set("noise/denoise", "normal");
-        chain = Chain(settings, calibration);
-    }
+    return [=] {
+        return
+            [chain = std::make_shared<Chain>(settings, calibration)](Frame& frame) { chain->apply(frame); };
+    };
+}
+
+Filter pass()
+{
+    return [](Frame&) {};
+}
+
+/// Everything on the frames that are kept, for each filter alike.
+std::vector<Judged> judgeAll(const FilterMaker& make, const std::vector<Frame>& frames,
+                             const NoiseOptions& options)
+{
+    if (frames.size() <= options.skip)
+        throw UsageError("--skip: --anchors looks at " + std::to_string(frames.size()) + " frames");
+    std::vector<Judged> judged{{"before", judge(pass, frames, options.skip)},
+                               {"after", judge(make, frames, options.skip)}};
+    const double noise = judged.front().figures.slow;
+    for (const Peer& peer : peers(std::isnan(noise) ? 0 : noise))
+        judged.push_back({peer.name, judge(peer.settings.front(), frames, options.skip)});
+    return judged;
+}
+
+void compare(const NoiseOptions& options, const Settings& settings, Outputs& outputs)
+{
+    const FilterMaker make = chainMaker(settings, outputs);
+    const Filter filter = make();
     NoiseMeter before;
     NoiseMeter after;
+    FidelityMeter unfiltered;
     FidelityMeter fidelity;
+    KeptFrames kept;
     Frame lastBefore;
     Frame lastAfter;
     std::size_t seen = 0;
     const auto source = options.input.open(outputs, settings);
     const Thermometer thermometer = ChosenUnit(settings, source->unit()).thermometer;
-    Reading reading(thermometer);
+    NoiseReading reading(thermometer);
     forEachFrame(*source, options.input.quiet, [&](Frame& frame) {
         lastBefore = frame.clone();
-        chain.apply(frame);
+        kept.add(frame);
+        filter(frame);
         lastAfter = frame;
         if (seen++ < options.skip)
             return;
         before.add(lastBefore);
         reading.lookAt(lastBefore);
         after.add(frame);
-        if (frame.size() == lastBefore.size())
+        if (frame.size() == lastBefore.size()) {
+            unfiltered.add(lastBefore, lastBefore);
             fidelity.add(lastBefore, frame);
+        }
     });
     requireFrames(before.figures(), options);
     tellOfSingleFrame(settings, seen);
     if (!options.out.empty())
         writePicture(outputs, options.out, comparison(settings, thermometer, lastBefore, lastAfter));
     outputs.commit();
-    compared(before.figures(), after.figures(), fidelity.figures(), reading).print(std::cout, options.format);
+    const bool sameSize = lastAfter.size() == lastBefore.size();
+    if (options.anchors && sameSize)
+        return compared(judgeAll(make, kept.frames(), options), reading).print(std::cout, options.format);
+    const std::vector<Frame> none;
+    const std::vector<Frame>& frames = sameSize ? kept.frames() : none;
+    compared({{"before", {before.figures(), unfiltered.figures(), trialsOf(pass, frames)}},
+              {"after", {after.figures(), fidelity.figures(), trialsOf(make, frames)}}},
+             reading)
+        .print(std::cout, options.format);
+}
+
+/// The mean of all frames of a recording.
+Frame meanOf(FrameSource& source, bool quiet)
+{
+    cv::Mat_<double> sum;
+    int count = 0;
+    forEachFrame(source, quiet, [&](const Frame& frame) {
+        cv::Mat_<double> values;
+        frame.convertTo(values, CV_64F);
+        if (count++ > 0 && values.size() != sum.size())
+            throw UsageError("the frames differ in size, they are no recording of one camera");
+        sum = count == 1 ? values : cv::Mat_<double>(sum + values);
+    });
+    Frame mean;
+    sum.convertTo(mean, CV_16U, 1.0 / count);
+    return mean;
+}
+
+void simulate(const NoiseOptions& options, const Settings& settings, Outputs& outputs)
+{
+    const FilterMaker make = chainMaker(settings, outputs);
+    Frame picture;
+    if (!options.input.inputs.empty())
+        picture = meanOf(*options.input.open(outputs, settings), options.input.quiet);
+    simulated(make, picture, options.anchors, options.input.quiet).print(std::cout, options.format);
 }
 
 void noise(const NoiseOptions& options)
 {
     Outputs outputs;
     const Settings settings = options.settings.settings(outputs);
+    if (options.simulate)
+        return simulate(options, settings, outputs);
+    if (options.input.inputs.empty())
+        throw UsageError("INPUT is required");
     if (options.compare)
         return compare(options, settings, outputs);
     if (Chain(settings).size() > 0 || !settings.text("pixels/records").empty() ||
@@ -230,6 +236,8 @@ void noise(const NoiseOptions& options)
         throw UsageError("filters change what is measured: add --compare");
     if (!options.out.empty())
         throw UsageError("--out draws before and after: add --compare");
+    if (options.anchors)
+        throw UsageError("--anchors stand beside other filters: add --compare or --simulate");
     measure(options, settings, outputs);
 }
 
@@ -239,9 +247,16 @@ void addNoiseCommand(const Command& program)
 {
     auto options = std::make_shared<NoiseOptions>();
     const Command command = program.sub("noise", "Measures the noise of a recording");
-    options->input.addTo(command);
-    command.flag("--compare", options->compare,
-                 "Measure before and after the filters; those of --denoise if none are given");
+    options->input.addTo(command).required(false); // --simulate has scenes of its own
+    const Option compare =
+        command.flag("--compare", options->compare,
+                     "Measure before and after the filters; those of --denoise if none are given");
+    command
+        .flag("--simulate", options->simulate,
+              "Measure how far the filters are from the truth, in simulated scenes; with INPUT in that one")
+        .excludes(compare);
+    command.flag("--anchors", options->anchors,
+                 "With --compare or --simulate: filters of OpenCV beside it; takes minutes");
     options->settings.addTo(command, {"temperature", "pixels", "noise", "frame", "colours"});
     command
         .option("--out", options->out, "With --compare: draw the last frame before and after into this .png")

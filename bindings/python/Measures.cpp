@@ -74,6 +74,9 @@ py::dict noiseFigures(Noise& self)
     dict["pattern"] = figures.pattern;
     dict["slow"] = figures.slow;
     dict["unchanged"] = figures.unchanged;
+    dict["unchanged_mean"] = figures.unchangedMean;
+    dict["common_columns"] = figures.commonColumns;
+    dict["common_rows"] = figures.commonRows;
     dict["drift"] = figures.drift;
     return dict;
 }
@@ -92,7 +95,10 @@ void addMeters(py::module_& module)
              "figures() -> dict of frames, shape, low, high, temporal (noise of a pixel in time), "
              "columns_in_time and\n"
              "rows_in_time (stripes that change), columns and rows (that stay), pattern (pixel to pixel), "
-             "slow (noise over the whole recording), unchanged (share of pixels), "
+             "slow (noise over the whole recording), common_columns and common_rows (stripes that both "
+             "halves of "
+             "a frame\n"
+             "have), unchanged and unchanged_mean (share of pixels, and of those of a rounded running mean), "
              "drift (of the\n"
              "level, first to last frame); nan where there are too few frames");
     py::class_<Fidelity>(
@@ -115,11 +121,16 @@ void addMeters(py::module_& module)
                 py::dict dict;
                 dict["edges"] = figures.edges;
                 dict["ghosting"] = figures.ghosting;
+                dict["bias"] = figures.bias;
+                dict["bias_of_most"] = figures.biasOfMost;
                 return dict;
             },
-            "figures() -> dict of edges (how steep the steepest still are, 1 is unchanged) and ghosting (how "
-            "far the\n"
-            "picture lags behind what moves, in frames); nan where there is nothing to judge by");
+            "figures() -> dict of edges (how steep the steepest still are, 1 is unchanged), ghosting (how "
+            "far "
+            "the\n"
+            "picture lags behind what moves, in frames), bias and bias_of_most (how far the mean went, over "
+            "all\n"
+            "frames and in 95 % of them, in counts); nan where there is nothing to judge by");
 }
 
 Shape::Kind kindOf(const std::string& name)

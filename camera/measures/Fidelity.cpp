@@ -49,13 +49,14 @@ void FidelityMeter::add(const Frame& before, const Frame& after)
     }
     cv::accumulate(before, m_oSumBefore);
     cv::accumulate(after, m_oSumAfter);
+    m_vecBiases.push_back(cv::mean(after)[0] - cv::mean(before)[0]);
     m_oPrevious = raw;
 }
 
 FidelityFigures FidelityMeter::figures() const
 {
     constexpr double dNone = std::numeric_limits<double>::quiet_NaN();
-    FidelityFigures figures = {dNone, dNone};
+    FidelityFigures figures = {dNone, dNone, dNone, dNone};
     if (m_nFrames == 0)
         return figures;
     const Gradient before(m_oSumBefore), after(m_oSumAfter);
@@ -66,6 +67,9 @@ FidelityFigures FidelityMeter::figures() const
         figures.edges = cv::mean(along, steepest)[0] / steepness;
     if (m_dChanged > 0)
         figures.ghosting = m_dMissed / m_dChanged;
+    const cv::Mat_<double> biases(m_vecBiases);
+    figures.bias = cv::mean(biases)[0];
+    figures.biasOfMost = quantileOf(cv::Mat_<double>(cv::abs(biases)), 0.95);
     return figures;
 }
 

@@ -7,14 +7,17 @@
 #include <opencv2/core.hpp>
 
 #include <cstddef>
+#include <vector>
 
 namespace velmo::camera {
 
 /// What filters do to what should stay as it is. NaN where the recording has nothing to judge it by.
 struct FidelityFigures
 {
-    double edges = 0;    ///< how steep the steepest edges still are; 1 is unchanged
-    double ghosting = 0; ///< how far the picture lags behind what moves, in frames; 0 is not at all
+    double edges = 0;      ///< how steep the steepest edges still are; 1 is unchanged
+    double ghosting = 0;   ///< how far the picture lags behind what moves, in frames; 0 is not at all
+    double bias = 0;       ///< how far the mean of all frames went, in counts
+    double biasOfMost = 0; ///< how far, at most, the means of 95 % of the frames went
 };
 
 /// Compares a stream frame by frame with the same stream after filters that keep its size.
@@ -34,6 +37,7 @@ private:
     cv::Mat_<float> m_oPrevious;
     cv::Mat_<double> m_oSumBefore;
     cv::Mat_<double> m_oSumAfter;
+    std::vector<double> m_vecBiases; ///< of the frames
     double m_dMissed = 0;
     double m_dChanged = 0;
 };

@@ -15,7 +15,9 @@ namespace {
 
 using Values = cv::Mat_<double>;
 
-constexpr int s32Smooth = 9; ///< pixels over which stripes are averaged away
+constexpr int s32Smooth = 9;             ///< pixels over which stripes are averaged away
+constexpr int s32Border = s32Smooth / 2; ///< where the average would run over the edge
+constexpr double dMeanGain = 0.08;       ///< of the running mean, once it has seen 12 frames
 
 /// The median of every column, as one row.
 Values columnMedians(const Values& frame)
@@ -31,17 +33,55 @@ Values rowMedians(const Values& frame)
     return columnMedians(frame.t());
 }
 
+/// What is left of a frame, or of a line of medians, without a moving average along its lines.
+Values withoutSmooth(const Values& values)
+{
+    Values smooth;
+    cv::blur(values, smooth, {s32Smooth, 1});
+    return values - smooth;
+}
+
 /// Column stripes: the columns' medians of what an average along the rows leaves, so that neither shading
 /// nor a wide object counts.
 double stripes(const Values& mean)
 {
-    constexpr int s32Border = s32Smooth / 2; // where the average would run over the edge
     if (mean.cols <= 2 * s32Border)
         return std::numeric_limits<double>::quiet_NaN();
-    Values smooth;
-    cv::blur(mean, smooth, {s32Smooth, 1});
-    const Values rest = mean - smooth;
+    const Values rest = withoutSmooth(mean);
     return robustDeviation(columnMedians(rest.colRange(s32Border, rest.cols - s32Border)));
+}
+
+/// The mean product of the column stripes of the upper half and of those of the lower half.
+double stripesInCommon(const Values& frame)
+{
+    const int half = frame.rows / 2;
+    if (frame.cols <= 2 * s32Border || half == 0)
+        return std::numeric_limits<double>::quiet_NaN();
+    const Values rest = withoutSmooth(frame);
+    const Values upper = withoutSmooth(columnMedians(rest.rowRange(0, half))),
+                 lower = withoutSmooth(columnMedians(rest.rowRange(half, rest.rows)));
+    const Values products = upper.mul(lower);
+    return cv::mean(products.colRange(s32Border, frame.cols - s32Border))[0];
+}
+
+/// The root of a size, with its sign.
+double signedRoot(double value)
+{
+    return std::copysign(std::sqrt(std::abs(value)), value);
+}
+
+Values rounded(const Values& values)
+{
+    Values whole;
+    cv::Mat_<int> numbers;
+    values.convertTo(numbers, CV_32S);
+    numbers.convertTo(whole, CV_64F);
+    return whole;
+}
+
+double unchangedShare(const cv::Mat_<unsigned char>& changed)
+{
+    return 1 - cv::countNonZero(changed) / static_cast<double>(std::max<std::size_t>(1, changed.total()));
 }
 
 /// The mean frame without its stripes and without everything wider than three pixels.
@@ -77,26 +117,6 @@ double riseOf(const std::vector<double>& values)
 
 } // namespace
 
-void NoiseMeter::Deviation::add(const Values& values)
-{
-    if (m_oSum.empty()) {
-        m_oSum = Values::zeros(values.size());
-        m_oSquares = Values::zeros(values.size());
-    }
-    m_oSum += values;
-    m_oSquares += values.mul(values);
-}
-
-double NoiseMeter::Deviation::median(std::size_t count) const
-{
-    if (count < 2)
-        return std::numeric_limits<double>::quiet_NaN();
-    const double n = static_cast<double>(count);
-    Values deviation;
-    cv::sqrt(cv::max((m_oSquares - m_oSum.mul(m_oSum) / n) / (n - 1), 0.0), deviation);
-    return medianOf(deviation);
-}
-
 void NoiseMeter::add(const Frame& frame)
 {
     if (m_nFrames > 0 && frame.size() != m_oSum.size())
@@ -114,6 +134,8 @@ void NoiseMeter::add(const Frame& frame)
         m_oSum = values.clone();
         m_oFirst = values;
         m_oChanged = cv::Mat_<unsigned char>::zeros(values.size());
+        m_oMeanChanged = m_oChanged.clone();
+        m_oMean = values.clone();
     } else {
         m_oSum += values;
         compare(values);
@@ -121,6 +143,10 @@ void NoiseMeter::add(const Frame& frame)
     const Values change = values - m_oFirst;
     m_oSteady.add(change - medianOf(change));
     m_oChanged |= change != 0;
+    m_oMean += (values - m_oMean) * std::max(dMeanGain, 1 / static_cast<double>(m_nFrames + 1));
+    m_oMeanChanged |= rounded(m_oMean) != m_oFirst;
+    m_dCommonColumns += stripesInCommon(values);
+    m_dCommonRows += stripesInCommon(values.t());
     m_oPrevious = values;
     ++m_nFrames;
 }
@@ -149,12 +175,14 @@ NoiseFigures NoiseMeter::figures() const
     figures.low = m_dLow;
     figures.high = m_dHigh;
     // A difference has the noise of two.
-    figures.temporal = m_oPixels.median(differences) / std::sqrt(2.0);
-    figures.columnsInTime = m_oColumns.median(differences) / std::sqrt(2.0);
-    figures.rowsInTime = m_oRows.median(differences) / std::sqrt(2.0);
-    figures.slow = m_oSteady.median(m_nFrames);
-    figures.unchanged =
-        1 - cv::countNonZero(m_oChanged) / static_cast<double>(std::max<std::size_t>(1, m_oChanged.total()));
+    figures.temporal = m_oPixels.median() / std::sqrt(2.0);
+    figures.columnsInTime = m_oColumns.median() / std::sqrt(2.0);
+    figures.rowsInTime = m_oRows.median() / std::sqrt(2.0);
+    figures.slow = m_oSteady.median();
+    figures.unchanged = unchangedShare(m_oChanged);
+    figures.unchangedMean = unchangedShare(m_oMeanChanged);
+    figures.commonColumns = signedRoot(m_dCommonColumns / static_cast<double>(m_nFrames));
+    figures.commonRows = signedRoot(m_dCommonRows / static_cast<double>(m_nFrames));
     figures.columns = stripes(mean);
     figures.rows = stripes(mean.t());
     figures.pattern = pixelPattern(mean);

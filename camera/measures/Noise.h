@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/Frame.h"
+#include "camera/measures/Deviation.h"
 
 #include "core/Exception.h"
 #include "core/Export.h"
@@ -21,12 +22,15 @@ struct NoiseFigures
     double temporal = 0;      ///< noise of a pixel in time: median over the pixels
     double slow = 0;          ///< the same over the whole recording: slow noise is in it, too
     double unchanged = 0;     ///< share of the pixels whose value never changed
+    double unchangedMean = 0; ///< the same of the rounded running mean: more of them would be frozen
     double columnsInTime = 0; ///< the same of the columns' means: stripes that change
     double rowsInTime = 0;
     double columns = 0; ///< column stripes that stay
     double rows = 0;
-    double pattern = 0; ///< pixel to pixel, what stays; without the stripes
-    double drift = 0;   ///< how far the level of the whole frame went, first to last frame
+    double commonColumns = 0; ///< column stripes that the upper and the lower half have in common
+    double commonRows = 0;    ///< row stripes, of the left and the right half
+    double pattern = 0;       ///< pixel to pixel, what stays; without the stripes
+    double drift = 0;         ///< how far the level of the whole frame went, first to last frame
 };
 
 /// Measures a stream frame by frame, in memory for a few frames.
@@ -36,7 +40,9 @@ struct NoiseFigures
 /// and the median over the pixels drops what moves. That sees fast noise; the slow noise of uncooled sensors
 /// is in the standard deviation of each pixel over all frames, the level taken out. What stays is measured on
 /// the mean of all frames, as 1.4826 times the median absolute deviation from a smoothed version, so that
-/// edges count little.
+/// edges count little. Stripes in common are measured frame by frame, those that change and those that stay
+/// together, as the root of the halves' mean product: noise of pixels is in one half alone and drops out.
+/// Less than zero is none.
 class VELMO_API NoiseMeter
 {
 public:
@@ -46,17 +52,6 @@ public:
     NoiseFigures figures() const;
 
 private:
-    /// Sums of a value over time, one per element.
-    struct Deviation
-    {
-        cv::Mat_<double> m_oSum;
-        cv::Mat_<double> m_oSquares;
-
-        void add(const cv::Mat_<double>& values);
-        /// The median over the elements of their standard deviations.
-        double median(std::size_t count) const;
-    };
-
     void compare(const cv::Mat_<double>& frame);
 
     std::size_t m_nFrames = 0;
@@ -64,7 +59,11 @@ private:
     double m_dHigh = 0;
     cv::Mat_<double> m_oFirst;
     cv::Mat_<double> m_oPrevious;
+    cv::Mat_<double> m_oMean; ///< running
     cv::Mat_<unsigned char> m_oChanged;
+    cv::Mat_<unsigned char> m_oMeanChanged;
+    double m_dCommonColumns = 0;
+    double m_dCommonRows = 0;
     Deviation m_oSteady;
     cv::Mat_<double> m_oSum;
     Deviation m_oPixels;

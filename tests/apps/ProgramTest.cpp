@@ -55,6 +55,8 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
                     {"noise run --spatial 3", "--compare"},
                     {"noise run --skip 2", "--skip"},
                     {"noise run --compare --skip 2", "--skip"},
+                    {"noise", "INPUT"},
+                    {"noise run --anchors", "--compare"},
                     {"noise run --json --csv", "--csv"},
                     {"palettes --out sheet", "sheet"},
                     {"palettes export Nowhere --out no.xml", "Nowhere"}});
@@ -169,7 +171,8 @@ TEST_F(Program, MeasuresNoiseBeforeAndAfter)
     const std::string both = said("noise run --compare --skip 1 --out both.png --json");
     EXPECT_THAT(both, HasSubstr("\"key\": \"temporal\", \"before\": 0, \"after\": "));
     EXPECT_GT(picture("both.png").cols, 3 * 6 * 64);
-    said("noise run --compare --skip 5");
+    EXPECT_THAT(said("noise run --compare --skip 5 --anchors --csv"),
+                HasSubstr("measure (counts),key,before,after,medianBlur,bilateralFilter,addWeighted,"));
 }
 
 TEST_F(Program, ListsDrawsAndKeepsPalettes)

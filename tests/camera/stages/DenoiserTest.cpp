@@ -1,4 +1,5 @@
 #include "camera/stages/Denoiser.h"
+#include "camera/measures/Simulation.h"
 
 #include "tests/Support.h"
 
@@ -10,53 +11,6 @@ using namespace velmo::camera;
 using Values = cv::Mat_<float>;
 
 const cv::Size size(160, 120);
-
-/// What a camera adds to a scene, all in shares of `noise`: it is slow, as noise of uncooled sensors is, or
-/// white.
-struct Sensor
-{
-    float noise;
-    bool slow = false;
-    float stripes = 0; ///< of columns and rows, that change, and that stay
-    float pattern = 0; ///< per pixel, stays
-};
-
-class Simulation
-{
-public:
-    explicit Simulation(Sensor sensor)
-        : m_oSensor(sensor), m_oSlow(normal(size)), m_oPattern(normal(size)),
-          m_oColumns(normal({size.width, 1})), m_oRows(normal({1, size.height})),
-          m_oFixedColumns(normal({size.width, 1}))
-    {}
-
-    Frame next(const Values& scene)
-    {
-        const Values fresh = normal(size);
-        m_oSlow = 0.9F * m_oSlow + 0.436F * normal(size);
-        m_oColumns = 0.9F * m_oColumns + 0.436F * normal({size.width, 1});
-        m_oRows = 0.9F * m_oRows + 0.436F * normal({1, size.height});
-        Values added =
-            (m_oSensor.slow ? 0.9F * m_oSlow + 0.436F * fresh : fresh) + m_oSensor.pattern * m_oPattern;
-        added += m_oSensor.stripes * (cv::repeat(m_oColumns + m_oFixedColumns, size.height, 1) +
-                                      cv::repeat(m_oRows, 1, size.width));
-        Frame frame;
-        cv::Mat(scene + m_oSensor.noise * added).convertTo(frame, CV_16U);
-        return frame;
-    }
-
-private:
-    Values normal(cv::Size of)
-    {
-        Values values(of);
-        m_oRandom.fill(values, cv::RNG::NORMAL, 0, 1);
-        return values;
-    }
-
-    Sensor m_oSensor;
-    cv::RNG m_oRandom{11};
-    Values m_oSlow, m_oPattern, m_oColumns, m_oRows, m_oFixedColumns;
-};
 
 Values wall(float level = 8000)
 {
@@ -75,36 +29,25 @@ Values with(Values scene, cv::Rect object, float height)
 
 using Scene = std::function<Values(int)>; ///< at a time
 
-Values difference(const Frame& frame, const Values& scene)
+FilterMaker denoiser()
 {
-    Values values;
-    frame.convertTo(values, CV_32F);
-    return values - scene;
+    return [] {
+        return [filter = std::make_shared<Denoiser>(DenoiseStrength{0.07F, 1})](Frame& frame) {
+            filter->process(frame, frame);
+        };
+    };
 }
 
-/// Root mean square errors over some frames.
 struct Errors
 {
     double raw = 0, clean = 0, mean = 0;
 };
 
-Errors errorsOf(const Sensor& sensor, const Scene& scene, int from, int to)
+Errors errorsOf(const SensorNoise& noise, const Scene& scene, int from, int to)
 {
-    Simulation simulation(sensor);
-    Denoiser denoiser({0.07F, 1});
-    Errors errors;
-    Frame out;
-    for (int time = 0; time < to; ++time) {
-        const Frame raw = simulation.next(scene(time));
-        denoiser.process(raw, out);
-        if (time < from)
-            continue;
-        const Values before = difference(raw, scene(time)), after = difference(out, scene(time));
-        errors.raw += cv::mean(before.mul(before))[0] / (to - from);
-        errors.clean += cv::mean(after.mul(after))[0] / (to - from);
-        errors.mean += cv::mean(after - before)[0] / (to - from);
-    }
-    return {std::sqrt(errors.raw), std::sqrt(errors.clean), errors.mean};
+    const Simulation simulation({"", false, scene}, noise, size, to);
+    const TruthFigures raw = simulation.raw(from), clean = simulation.after(denoiser(), from);
+    return {raw.error, clean.error, clean.bias - raw.bias};
 }
 
 /// The last frame with an object less the last one without it.
@@ -112,12 +55,8 @@ Values broughtBy(const Scene& object, const Scene& nothing, int frames)
 {
     Values last[2];
     for (const bool there : {false, true}) {
-        Simulation simulation({2, true, 0.3F});
-        Denoiser denoiser({0.07F, 1});
-        Frame out;
-        for (int time = 0; time < frames; ++time)
-            denoiser.process(simulation.next((there ? object : nothing)(time)), out);
-        last[there ? 1 : 0] = difference(out, Values::zeros(size));
+        const Simulation simulation({"", false, there ? object : nothing}, {2, true, 0.3}, size, frames);
+        filtered(denoiser(), simulation.frames()).back().convertTo(last[there ? 1 : 0], CV_32F);
     }
     return last[1] - last[0];
 }
@@ -129,8 +68,9 @@ TEST(Denoiser, HalvesTheErrorOfFlatScenesWhateverTheNoise)
     const Scene jumps = [](int time) {
         return wall(8000 + 150.0F * float(time / 15 % 2) + 0.7F * float(time));
     };
-    for (const float noise : {0.7F, 2.0F, 7.0F, 30.0F})
-        for (const Sensor& sensor : {Sensor{noise}, {noise, true}, {noise, true, 0.4F, 0.7F}})
+    for (const double noise : {0.7, 2.0, 7.0, 30.0})
+        for (const SensorNoise& sensor :
+             {SensorNoise{noise}, SensorNoise{noise, true}, SensorNoise{noise, true, 0.4, 0.7}})
             for (const Scene& scene : {still, jumps}) {
                 const Errors errors = errorsOf(sensor, scene, 10, 40);
                 const std::string what = std::to_string(noise) + (sensor.slow ? " slow" : " white") +
@@ -149,8 +89,8 @@ TEST(Denoiser, CleansTheFirstFrameToo)
 TEST(Denoiser, DoesNotRunAwayFromStripesOfItsOwnMaking)
 {
     // Columns estimated against the result instead of the estimate diverge here.
-    const Errors early = errorsOf({8, true, 0.4F}, still, 40, 60),
-                 late = errorsOf({8, true, 0.4F}, still, 280, 300);
+    const Errors early = errorsOf({8, true, 0.4}, still, 40, 60),
+                 late = errorsOf({8, true, 0.4}, still, 280, 300);
     EXPECT_LE(late.clean, 1.2 * early.clean);
     EXPECT_LE(late.clean, 0.3 * late.raw);
 }
@@ -198,7 +138,7 @@ TEST(Denoiser, FollowsACameraThatPans)
     random.fill(world, cv::RNG::NORMAL, 8000, 600);
     cv::GaussianBlur(world, world, {0, 0}, 5); // some 30 counts
     const Scene pan = [&](int time) { return world(cv::Rect({2 * time, time / 2}, size)).clone(); };
-    for (const float noise : {2.0F, 7.0F}) {
+    for (const double noise : {2.0, 7.0}) {
         const Errors errors = errorsOf({noise}, pan, 10, 60);
         EXPECT_LE(errors.clean, 0.9 * errors.raw) << noise;
     }
