@@ -36,10 +36,16 @@ TEST_F(Promises, AFullDiskLeavesWhatWasThere)
         {"film.mkv", "blobs in --above 5 --out film.mkv"},
         {"o.png", "render f.pgm --out o.png"},
         {"out/frame_0001.png", "render in --out out"},
-        {"m.pgm", "pixels detect f.pgm --spread 1 --out m.pgm"},
+        {"m.pgm", "pixels detect f.pgm --spread 1 --force --out m.pgm"},
+        {"m2.csv", "pixels merge f.pgm --out m2.csv"},
+        {"m2.npy", "pixels merge f.pgm --out m2.npy"},
         {"l.pam", "undistort --make -0.1,0,60,60,31.5,23.5 --size 64x48 --out l.pam"},
         {"u/frame_0000.png", "undistort in --map map.pam --out u"},
         {"k.tiff", "clean in --out k.tiff"},
+        {"k.npy", "clean in --out k.npy"},
+        {"k.raw", "clean in --out k.raw"},
+        {"k.mkv", "clean in --out k.mkv"},
+        {"k.pgm", "clean f.pgm --out k.pgm"},
         {"t/frame_0001.csv", "measure in --csv-frames t"},
         {"plot.png", "measure in --plot plot.png"},
         {"s.png", "palettes --out s.png"},
@@ -47,18 +53,24 @@ TEST_F(Promises, AFullDiskLeavesWhatWasThere)
         {"n.png", "noise in --compare --out n.png"}};
     said("undistort --make 0,0,60,60,31.5,23.5 --size 64x48 --out map.pam");
     for (const auto& [target, command] : commands) {
+        EXPECT_EQ(shell(command).code, 0) << command;
+        const auto last = (std::filesystem::file_size(path(target)) - 1) / 512;
         write(target, "good");
         const auto before = folder.entries();
-        const ProgramRun run = shell(command, "ulimit -f 2; ");
-        EXPECT_EQ(run.code, 2) << command;
-        EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]*: File too large\n"));
-        EXPECT_EQ(run.output, "") << command;
-        EXPECT_EQ(bytes(target), "good") << command;
-        EXPECT_EQ(folder.entries(), before) << command;
+        for (const auto blocks : {(last + 1) / 2, last}) { // by the last one, only the file's end is missing
+            const ProgramRun run = shell(command, "ulimit -f " + std::to_string(blocks) + "; ");
+            EXPECT_EQ(run.code, 2) << command;
+            EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]*: File too large\n")) << command;
+            EXPECT_EQ(run.output, "") << command;
+            EXPECT_TRUE(bytes(target) == "good") << command;
+            EXPECT_EQ(folder.entries(), before) << command;
+        }
     }
-    const ProgramRun run = shell("palettes >/dev/full");
-    EXPECT_EQ(run.code, 2);
-    EXPECT_EQ(run.errors, "thermal: cannot write to standard output\n");
+    for (const char* command : {"palettes", "settings", "clean in --out -"}) {
+        const ProgramRun run = shell(command + std::string(" >/dev/full"));
+        EXPECT_EQ(run.code, 2) << command;
+        EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]*standard output[^\n]*\n")) << command;
+    }
 }
 
 TEST_F(Promises, NoOutputReplacesAnInputAndNoneGoesWhereNoFileIs)
