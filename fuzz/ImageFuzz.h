@@ -27,6 +27,7 @@ int readAll(const std::uint8_t* data, std::size_t size, Open open)
     try {
         const auto images = open(fileOf(data, size), "file");
         const std::optional<std::size_t> count = images->count();
+        images->unit();
         std::size_t read = 0;
         for (cv::Mat image; images->next(image); ++read)
             if (image.empty() || image.type() != (images->holdsDegrees() ? CV_32FC1 : CV_16UC1))
