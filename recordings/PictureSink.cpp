@@ -113,6 +113,14 @@ bool isOfAnotherFormat(const std::string& ending)
     return std::find(std::begin(endings), std::end(endings), ending) != std::end(endings);
 }
 
+/// Files of a chosen format are those of a folder; one that is named says by its ending what it is.
+void requireFolder(const std::string& path, const std::string& ending, const std::string& files)
+{
+    const bool one = path == "-" || ending == ".png" || isOfAnotherFormat(ending);
+    if (one && !files.empty() && ending != '.' + files)
+        VELMO_THROW("'" + path + "': one file; the format " + files + " is for those of a folder");
+}
+
 std::string endingOfFile(const std::string& path)
 {
     return fs::is_directory(path) ? "" : endingOf(path);
@@ -137,6 +145,7 @@ std::unique_ptr<ImageWriter> openFrameSink(Outputs& outputs, const std::string& 
                                            std::optional<std::size_t> expected, const FrameFormat& format)
 {
     const std::string ending = endingOfFile(path);
+    requireFolder(path, ending, format.files);
     if (ending == ".tif" || ending == ".tiff")
         return createTiff(outputs.file(path), expected, format.unit);
     if (ending == ".npy")
@@ -154,8 +163,8 @@ std::unique_ptr<ImageWriter> openFrameSink(Outputs& outputs, const std::string& 
     if (path.empty() || isOfAnotherFormat(ending))
         VELMO_THROW("'" + path +
                     "': frames of 16 bits go to a .tiff, .npy, .raw, .mkv, .png, .pgm or a folder");
-    return std::make_unique<NumberedPictures>(outputs, path, expected, format.pgm ? ".pgm" : ".png",
-                                              format.unit);
+    return std::make_unique<NumberedPictures>(outputs, path, expected,
+                                              format.files == "pgm" ? ".pgm" : ".png", format.unit);
 }
 
 void writePicture(Outputs& outputs, const std::string& path, const Picture& picture)

@@ -27,7 +27,7 @@ std::unique_ptr<ImageWriter> openSink(Outputs& outputs, const std::string& path,
 /// How frames are kept where a path leaves a choice.
 struct FrameFormat
 {
-    bool pgm = false;     ///< in folders: PGM files, not PNG
+    std::string files;    ///< of a folder: "png" or "pgm", empty for PNG; a single file takes its own alone
     bool degrees = false; ///< they are degrees Celsius in floats, CV_32FC1: .tiff and .npy alone take them
     double fps = 9;       ///< frames per second of an .mkv
     std::string unit;     ///< what a count means; empty for nothing

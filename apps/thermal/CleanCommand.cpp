@@ -21,7 +21,7 @@ struct CleanOptions
     SettingsOptions settings;
     std::string out;
     double fps = 9;
-    std::string format = "png";
+    std::string format;
     bool celsius = false;
 };
 
@@ -40,7 +40,7 @@ FrameFormat formatOf(const CleanOptions& options, const ChosenUnit& unit)
     if (options.celsius && !unit.thermometer.hasDegrees())
         throw UsageError("--celsius-float: the recording names no unit, say it with --unit");
     FrameFormat format = countsOf(unit.seen);
-    format.pgm = options.format == "pgm";
+    format.files = options.format;
     format.degrees = options.celsius;
     format.fps = options.fps;
     return format;
@@ -83,9 +83,8 @@ void addCleanCommand(const Command& program)
                 "or - for raw frames to standard output")
         .required()
         .form("PATH");
-    command.option("--format", options->format, "What a folder gets")
+    command.option("--format", options->format, "What a folder gets; png if nothing is said")
         .oneOf({"png", "pgm"})
-        .showDefault()
         .form("png|pgm");
     command.flag("--celsius-float", options->celsius,
                  "Degrees Celsius of the objects as 32-bit floats, into a .tiff or .npy");

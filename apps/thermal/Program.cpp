@@ -6,6 +6,8 @@
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Terminal.h"
 
+#include "core/Exception.h"
+
 #include <opencv2/core.hpp>
 
 #include <iostream>
@@ -27,8 +29,9 @@ int complain(const std::string& message, int code = s32BadUsage)
 
 int runCommand(CommandLine& line, int argc, const char* const* argv)
 {
+    const std::vector<std::string> words = withValuesLeftOut({argv + 1, argv + argc});
     try {
-        if (!line.run(withValuesLeftOut({argv + 1, argv + argc})))
+        if (!line.run(words))
             return complain("a command is needed, see thermal --help");
         std::cout.flush();
         return std::cout ? 0 : complain("cannot write to standard output");
@@ -36,6 +39,8 @@ int runCommand(CommandLine& line, int argc, const char* const* argv)
         return complain(doubt.what(), s32Doubtful);
     } catch (const cv::Exception& error) {
         return complain(error.err); // what() is a report of several lines
+    } catch (const velmo::exp::Exception& error) {
+        return complain(namingOptions(error.what(), words));
     } catch (const std::exception& error) {
         return complain(error.what());
     }

@@ -5,6 +5,7 @@
 #include "recordings/ByteFile.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace thermal {
 
@@ -51,6 +52,31 @@ std::vector<std::string> withValuesLeftOut(std::vector<std::string> words)
                 words[i] += '=' + key.alone;
         }
     return words;
+}
+
+std::string namingOptions(std::string message, const std::vector<std::string>& words)
+{
+    const auto typed = [&](const std::string& option) {
+        return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+            return word == option || word.rfind(option + '=', 0) == 0;
+        });
+    };
+    const auto partOfName = [](char letter) {
+        return std::isalnum(static_cast<unsigned char>(letter)) != 0 ||
+               std::string("-/.").find(letter) != std::string::npos;
+    };
+    const bool fromFile = typed("--settings");
+    for (const Key& key : keys())
+        for (std::size_t at = 0; !fromFile || typed(key.option); ++at) {
+            at = message.find(key.path, at);
+            if (at == std::string::npos)
+                break;
+            const std::size_t end = at + key.path.size();
+            if ((at == 0 || !partOfName(message[at - 1])) &&
+                (end == message.size() || !partOfName(message[end])))
+                message.replace(at, key.path.size(), key.option);
+        }
+    return message;
 }
 
 void SettingsOptions::addTo(const Command& command, const std::vector<std::string>& sections)

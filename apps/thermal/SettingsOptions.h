@@ -38,4 +38,8 @@ private:
 /// "--denoise" becomes "--denoise=normal", unless one of its values follows.
 std::vector<std::string> withValuesLeftOut(std::vector<std::string> words);
 
+/// What is said of settings to a person who typed these words: by their options, but for those that only a
+/// file of settings can have set.
+std::string namingOptions(std::string message, const std::vector<std::string>& words);
+
 } // namespace thermal

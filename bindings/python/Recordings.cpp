@@ -177,7 +177,8 @@ struct FrameWriter : Writer
     FrameWriter(py::handle path, std::optional<std::size_t> expected, double fps, const std::string& unit,
                 bool pgm, bool degrees)
         : Writer(degrees ? CV_32FC1 : CV_16UC1, [&](Outputs& outputs) {
-              return recordings::openFrameSink(outputs, pathText(path), expected, {pgm, degrees, fps, unit});
+              return recordings::openFrameSink(outputs, pathText(path), expected,
+                                               {pgm ? "pgm" : "", degrees, fps, unit});
           })
     {}
 };

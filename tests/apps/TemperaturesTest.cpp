@@ -74,7 +74,8 @@ TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
         {"a.tiff", true}, {"a.npy", false}, {"a.raw", false}, {"a.mkv", true}, {"folder", true}};
     for (const auto& [name, keepsUnit] : formats) {
         const std::string made = name, raw = made == "a.raw" ? " --raw 6x4" : "";
-        said("clean run_0.png run_1.png run_2.png --unit kelvin/64 --format pgm --out " + made);
+        said("clean run_0.png run_1.png run_2.png --unit kelvin/64 --out " + made +
+             (made == "folder" ? " --format pgm" : ""));
         said("clean " + made + raw + " --out back");
         for (int i = 0; i < 3; ++i)
             EXPECT_TRUE(same(stored("back/frame_000" + std::to_string(i) + ".png"),
@@ -151,16 +152,20 @@ TEST_F(Temperatures, GoIntoPlotsTablesAndOverlays)
 TEST_F(Temperatures, ThatCannotBeAreRefusedInOneLineThatNamesTheLimit)
 {
     writePlate();
+    write("s.ini", "[temperature]\ndistance = 5\n");
     expectRefusals({{"clean plate.png --out o.raw --unit celcius", "'celcius'"},
                     {"clean plate.png --out o.npy --celsius-float", "--unit"},
                     {"clean plate.png --out o.raw --celsius --celsius-float", ".npy"},
                     {"clean plate.png --out o --format jpg", "jpg"},
+                    {"clean plate.png --out o.tiff --format pgm", "o.tiff"},
                     {"clean plate.png --out o.jpg", "o.jpg"},
                     {"clean plate.png --out o.raw --celsius --unit decikelvin", "decikelvin"},
                     {"measure plate.png --celsius --emissivity 0", "0.01 to 1"},
                     {"measure plate.png --celsius --emissivity 1.1", "0.01 to 1"},
                     {"measure plate.png --emissivity 0.9", "counts"},
-                    {"measure plate.png --celsius --distance 5", "air"},
+                    {"measure plate.png --celsius --distance 5", "--distance: the way needs --air T"},
+                    {"measure plate.png --celsius --settings s.ini", ": temperature/distance: the way"},
+                    {"measure plate.png --celsius --settings s.ini --distance 6", ": --distance: the way"},
                     {"measure plate.png --spot 40,3", "0 to 39"},
                     {"measure plate.png --box 1,1,4,30", "0 to 29"},
                     {"measure plate.png --line 1,1,4", "'1,1,4'"},
