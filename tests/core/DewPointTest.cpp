@@ -35,6 +35,9 @@ TEST(DewPoint, GivesHumidityAtSurfaces)
     EXPECT_EQ(moisture(5, 20, 50), 100.0f);
     EXPECT_EQ(moisture(5, 20, 0), 0.0f);
     EXPECT_TRUE(DewPoint::calcSurfaceMoisture({}, Air(20.0f), Percent(50.0f)).empty());
+    MarkedFloat full(100.0f);
+    full.setMark(7);
+    EXPECT_EQ(DewPoint::calcSurfaceMoisture({20.0f}, Air(20.0f), Percent(full)).front(), 100.0f);
 }
 
 TEST(DewPoint, ComputesInDoubleAndTheRatioFirst)
@@ -44,13 +47,6 @@ TEST(DewPoint, ComputesInDoubleAndTheRatioFirst)
     EXPECT_EQ(moisture(28.5f, 19.75f, 33.25f), 19.6698680f);
     // Both pressures are near the smallest number: times the percentage, that of the air would vanish.
     EXPECT_GT(moisture(-237.2f, -237.2f, 1e-30f), 0.0f);
-}
-
-TEST(DewPoint, IgnoresMarks)
-{
-    MarkedFloat full(100.0f);
-    full.setMark(7);
-    EXPECT_EQ(DewPoint::calcSurfaceMoisture({20.0f}, Air(20.0f), Percent(full)).front(), 100.0f);
 }
 
 TEST(DewPoint, StaysInItsRangeAroundThePoleAndForWhatIsNoNumber)

@@ -2,21 +2,11 @@
 
 #include "core/Clones.h"
 
-#include <gtest/gtest.h>
+#include "tests/Support.h"
 
 #if VELMO_HAS_CLONES
 
 #include <dlfcn.h>
-
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstdio>
-#include <fstream>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -44,25 +34,14 @@ std::string symbolAt(std::uintptr_t address)
     return last;
 }
 
+/// As the C library's loader sees the processor, which chooses libraries by the same levels.
 std::string bestLevel()
 {
-    std::ifstream in("/proc/cpuinfo");
-    std::string line;
-    while (std::getline(in, line) && line.rfind("flags", 0) != 0) {
-    }
-    std::istringstream words(line);
-    const std::vector<std::string> flags{std::istream_iterator<std::string>(words), {}};
-    const auto has = [&flags](const char* names) {
-        std::istringstream wanted(names);
-        return std::all_of(std::istream_iterator<std::string>(wanted), {}, [&](const std::string& flag) {
-            return std::find(flags.begin(), flags.end(), flag) != flags.end();
-        });
-    };
-    if (!has("cx16 lahf_lm popcnt pni ssse3 sse4_1 sse4_2"))
-        return "default";
-    if (!has("avx avx2 bmi1 bmi2 f16c fma abm movbe"))
-        return "arch_x86_64_v2";
-    return has("avx512f avx512bw avx512cd avx512dq avx512vl") ? "arch_x86_64_v4" : "arch_x86_64_v3";
+    const std::string loader = "/lib64/ld-linux-x86-64.so.2 --help | grep -q 'x86-64-v";
+    for (const std::string level : {"4", "3", "2"})
+        if (std::system((loader + level + " (supported'").c_str()) == 0)
+            return "arch_x86_64_v" + level;
+    return "default";
 }
 
 TEST(Clones, AreBoundToTheBestLevelThatTheProcessorHas)

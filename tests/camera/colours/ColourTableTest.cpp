@@ -124,10 +124,8 @@ TEST(Isotherm, OverAnotherWins)
     table.add(isotherm("above:100:0000FF"));
     table.add(Isotherm::parseRegion("150:160:FF0000", "region", counts));
     table.build({0, 200});
-    EXPECT_EQ(table.colours()[149], cv::Vec3b(255, 0, 0));
-    EXPECT_EQ(table.colours()[150], red);
-    EXPECT_EQ(table.colours()[160], red);
-    EXPECT_EQ(table.colours()[161], cv::Vec3b(255, 0, 0));
+    for (std::size_t value = 101; value < 200; ++value)
+        EXPECT_EQ(table.colours()[value] == red, value >= 150 && value <= 160) << value;
     EXPECT_EQ(table.isotherms().size(), 2U);
 }
 
@@ -186,11 +184,10 @@ TEST(ColourTable, ShowsHowWellAWallInsulates)
     ColourTable table(ramp);
     table.showInsulation(20, -5, Scale::parse("centikelvin"));
     table.build({0, 1});
-    EXPECT_EQ(table.colours()[29315], cv::Vec3b(200, 200, 200));
-    EXPECT_EQ(table.colours()[26815], cv::Vec3b(0, 0, 0));
-    EXPECT_EQ(table.colours()[26000], cv::Vec3b(0, 0, 0));
-    EXPECT_EQ(table.colours()[29190], cv::Vec3b(190, 190, 190)); // 18.75 °C: 95 %
-    table.showInsulation(-5, 20, Scale::parse("centikelvin"));   // a cold store
+    // 18.75 °C: 95 %
+    for (const auto& [value, grey] : {std::pair(29315, 200), {29190, 190}, {26815, 0}, {26000, 0}})
+        EXPECT_EQ(table.colours()[static_cast<std::size_t>(value)], cv::Vec3b::all(static_cast<uchar>(grey)));
+    table.showInsulation(-5, 20, Scale::parse("centikelvin")); // a cold store
     table.build({0, 1});
     EXPECT_EQ(table.colours()[29190], cv::Vec3b(10, 10, 10));
     EXPECT_THROW(table.showInsulation(20, 20, Scale::parse("centikelvin")), Exception);
@@ -230,8 +227,7 @@ TEST(LegendBar, HasAtEachTickTheColourOfWhatItReads)
     ColourTable table(findPalette("Humidity"));
     table.showHumidity(Air::parse("20:50", "humidity"), centikelvin.scale(), false);
     const LegendBar bar(table, {0, 1}, centikelvin, 120);
-    EXPECT_EQ(bar.ticks.front().text, "100 %");
-    EXPECT_EQ(bar.ticks.back().text, "0 %");
+    EXPECT_EQ(bar.ticks.front().text + bar.ticks.back().text, "100 %0 %");
     EXPECT_EQ(bar.ticks[1].row, 60); // 50 %
 }
 

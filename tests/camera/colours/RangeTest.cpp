@@ -1,61 +1,52 @@
 #include "camera/colours/Range.h"
 
-#include "tests/Support.h"
+#include "tests/camera/SettingsWith.h"
 
 namespace {
 
 using namespace velmo::camera;
 
-RangeRule ruleOf(const std::string& rule)
+RangeRule ruleOf(const char* rule)
 {
-    Settings settings;
-    settings.set("colours/range", rule);
-    return RangeRule(settings);
+    return RangeRule(settingsWith({{"colours/range", rule}}));
 }
 
-std::pair<int, int> rangeOf(const std::string& rule, const Frame& frame)
+std::pair<int, int> rangeOf(const char* rule, const Frame& frame)
 {
     const ValueRange range = ruleOf(rule).of(frame);
     return {range.low, range.high};
 }
 
-/// 0, 10, ... 990, and then a dead and a saturated pixel.
-Frame countingFrame()
+Frame flat(int value)
 {
-    Frame frame(1, 1000);
+    return Frame(10, 10, static_cast<unsigned short>(value));
+}
+
+TEST(Range, IsOfThePixelsThatItsRuleNames)
+{
+    Frame frame(1, 1000); // 10000, 10001 ..., but for a dead and a saturated pixel
     for (int c = 0; c < frame.cols; ++c)
         frame(0, c) = static_cast<unsigned short>(10000 + c);
     frame(0, 0) = 0;
     frame(0, 999) = 65535;
-    return frame;
-}
-
-TEST(Range, PercentilesAreValuesOfPixels)
-{
-    EXPECT_EQ(rangeOf("p0:p100", countingFrame()), std::pair(0, 65535));
-    EXPECT_EQ(rangeOf("p1:p99", countingFrame()), std::pair(10009, 10989));
-    EXPECT_EQ(rangeOf("p0.5:p50", countingFrame()), std::pair(10004, 10499));
-}
-
-TEST(Range, AutomaticLeavesOutDeadAndSaturatedPixels)
-{
-    EXPECT_EQ(rangeOf("auto", countingFrame()), std::pair(10001, 10997)); // 0.2 percent at either end
-}
-
-TEST(Range, AutomaticDoesNotStretchAFlatFrame)
-{
-    for (const int value : {0, 5000, 65535}) {
-        const auto [low, high] = rangeOf("auto", Frame(8, 8, static_cast<unsigned short>(value)));
-        EXPECT_EQ(high - low, 20);
-        EXPECT_LE(low, value);
-        EXPECT_GE(high, value);
+    EXPECT_EQ(rangeOf("p0:p100", frame), std::pair(0, 65535));
+    EXPECT_EQ(rangeOf("p1:p99", frame), std::pair(10009, 10989));
+    EXPECT_EQ(rangeOf("p0.5:p50", frame), std::pair(10004, 10499));
+    EXPECT_EQ(rangeOf("auto", frame), std::pair(10001, 10997)); // 0.2 percent at either end
+    EXPECT_EQ(rangeOf("29000:30000", frame), std::pair(29000, 30000));
+    Frame wide(4, 40, static_cast<unsigned short>(60000));
+    wide(cv::Rect(0, 0, 20, 4)) = 300;
+    EXPECT_EQ(rangeOf("p0:p100", wide(cv::Rect(0, 0, 20, 4))), std::pair(300, 300)); // rows are padded
+    for (const int value : {0, 5000, 65535}) { // a flat frame is not stretched
+        const auto [low, high] = rangeOf("auto", flat(value));
+        EXPECT_TRUE(high - low == 20 && low <= value && value <= high) << low;
     }
 }
 
 TEST(Range, AutomaticGlidesAndJumpsToAnotherScene)
 {
     const auto between = [](int low, int high) {
-        Frame frame(10, 10, static_cast<unsigned short>(low));
+        Frame frame = flat(low);
         frame.rowRange(5, 10) = high;
         return frame;
     };
@@ -70,14 +61,8 @@ TEST(Range, AutomaticGlidesAndJumpsToAnotherScene)
     EXPECT_EQ(rule.of(between(30000, 30900)).low, 30000);
 }
 
-TEST(Range, FixedIsWhatWasTyped)
-{
-    EXPECT_EQ(rangeOf("29000:30000", countingFrame()), std::pair(29000, 30000));
-}
-
 TEST(Range, LockIsThatOfTheFirstFramesTogether)
 {
-    const auto flat = [](int value) { return Frame(8, 8, static_cast<unsigned short>(value)); };
     for (const int frames : {3, 10}) { // a recording of fewer frames ends before
         RangeRule rule = ruleOf("lock");
         for (int i = 0; i < frames; ++i) {
@@ -87,7 +72,7 @@ TEST(Range, LockIsThatOfTheFirstFramesTogether)
         if (frames < 10)
             rule.hold();
         EXPECT_FALSE(rule.learning());
-        Frame later(10, 10, static_cast<unsigned short>(1000));
+        Frame later = flat(1000);
         later(0, 0) = 5000; // 1 percent
         EXPECT_EQ(rule.of(later).low, 990);
         EXPECT_EQ(rule.of(later).high, 1010 + 100 * (frames - 1));
@@ -97,13 +82,6 @@ TEST(Range, LockIsThatOfTheFirstFramesTogether)
         EXPECT_EQ(rule.of(flat(5000)).low, 990);
         EXPECT_EQ(rule.widenings(), 1U);
     }
-}
-
-TEST(Range, PaddedRowsAreNotCounted)
-{
-    Frame wide(4, 40, static_cast<unsigned short>(60000));
-    wide(cv::Rect(0, 0, 20, 4)) = 300;
-    EXPECT_EQ(rangeOf("p0:p100", wide(cv::Rect(0, 0, 20, 4))), std::pair(300, 300));
 }
 
 } // namespace

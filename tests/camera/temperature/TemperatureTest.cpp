@@ -22,46 +22,26 @@ constexpr const char* canopy = "planck:482576,1620.9,1,-1377,1";
 TEST(Scale, GivesTheTemperaturesOfItsUnit)
 {
     // Those of Planck's form were found by bisecting its forward form in double precision.
-    const std::tuple<const char*, unsigned short, double> cases[] = {
-        {"centikelvin", 0, -273.15},
-        {"centikelvin", 27316, 0.01},
-        {"centikelvin", 30315, 30},
-        {"centikelvin", 65535, 382.2},
-        {"decikelvin", 2931, 19.95},
-        {"kelvin/16", 4784, 25.85},
-        {"kelvin/16", 65535, 3822.7875},
-        {"kelvin/64", 19160, 26.225},
-        {"celsius/10", 32768, 0},
-        {"celsius/10", 33133, 36.5},
-        {"celsius/10", 30037, -273.1},
-        {"celsius/10", 30036, below}, // -273.2
-        {"celsius/10", 65535, 3276.7},
-        {"linear:0.04:-273.15", 7000, 6.85},
-        {"linear:0.1:-1000", 7268, below},
-        {"linear:0.1:-1000", 7269, -273.1},
-        {plant, 0, below},
-        {plant, 488, below},
-        {plant, 489, -161.105928653095},
-        {plant, 3539, 28.713341577590},
-        {plant, 16383, 185.049871782817},
-        {heron, 7340, below},
-        {heron, 7341, -168.446962892685},
-        {heron, 17917, 22.577886567754},
-        {heron, 65535, 168.550339705220},
-        {flame, 8320, below},
-        {flame, 8400, 26.071806325994},
-        {flame, 11527, 462.011363867805},
-        {flame, 65535, 3548.348666955463},
-        {ducks, 6873, -167.343069714972},
-        {ducks, 12679, 23.049412341134},
-        {ducks, 65535, 276.345902825168},
-        {canopy, 1378, -149.293278881806},
-        {canopy, 3854, 34.000936965801},
-        {"planck:1000,1400,0.5,0,1", 1999, 5597626.820822}, // close to where the logarithm is zero
-        {"planck:1000,1400,0.5,0,1", 2000, fAbove},
-    };
-    for (const auto& [unit, value, celsius] : cases)
-        EXPECT_EQ(Scale::parse(unit).celsius(value), static_cast<float>(celsius)) << unit << " " << value;
+    const std::pair<const char*, std::vector<std::pair<int, double>>> units[] = {
+        {"centikelvin", {{0, -273.15}, {27316, 0.01}, {30315, 30}, {65535, 382.2}}},
+        {"decikelvin", {{2931, 19.95}}},
+        {"kelvin/16", {{4784, 25.85}, {65535, 3822.7875}}},
+        {"kelvin/64", {{19160, 26.225}}},
+        {"celsius/10", {{32768, 0}, {33133, 36.5}, {30037, -273.1}, {30036, below}, {65535, 3276.7}}},
+        {"linear:0.04:-273.15", {{7000, 6.85}}},
+        {"linear:0.1:-1000", {{7268, below}, {7269, -273.1}}},
+        {plant, {{0, below}, {488, below}, {489, -161.105928653095}, {3539, 28.713341577590}}},
+        {heron,
+         {{7340, below}, {7341, -168.446962892685}, {17917, 22.577886567754}, {65535, 168.550339705220}}},
+        {flame, {{8320, below}, {8400, 26.071806325994}, {65535, 3548.348666955463}}},
+        {ducks, {{6873, -167.343069714972}, {12679, 23.049412341134}}},
+        {canopy, {{1378, -149.293278881806}, {3854, 34.000936965801}}},
+        {"planck:1000,1400,0.5,0,1", {{1999, 5597626.820822}, {2000, fAbove}}}}; // where the logarithm ends
+    for (const auto& [unit, values] : units)
+        for (const auto& [value, celsius] : values)
+            EXPECT_EQ(Scale::parse(unit).celsius(static_cast<unsigned short>(value)),
+                      static_cast<float>(celsius))
+                << unit << " " << value;
 }
 
 TEST(Scale, IsWrittenBackAsItIsRead)
@@ -235,31 +215,27 @@ const auto valueOf = [](const char* unit, const char* typed, Edge edge, Degrees 
 
 TEST(Thermometer, TurnsDegreesIntoValues)
 {
-    const std::tuple<const char*, Degrees::Kind, const char*, Edge, int> cases[] = {
-        {"centikelvin", Degrees::Celsius, "30.15", Edge::AtOrAbove, 30330},
-        {"centikelvin", Degrees::Celsius, "30.15", Edge::AtOrBelow, 30330},
-        {"centikelvin", Degrees::Celsius, "30.15", Edge::Above, 30331},
-        {"centikelvin", Degrees::Celsius, "30.15", Edge::Below, 30329},
-        {"centikelvin", Degrees::Celsius, "30.155", Edge::AtOrAbove, 30331},
-        {"centikelvin", Degrees::Celsius, "30.155", Edge::AtOrBelow, 30330},
-        {"centikelvin", Degrees::Kelvin, "303.3", Edge::AtOrAbove, 30330},
-        {"centikelvin", Degrees::Fahrenheit, "86.27", Edge::AtOrBelow, 30330},
-        {"centikelvin", Degrees::Celsius, "7000n", Edge::AtOrAbove, 7000},
-        {"centikelvin", Degrees::Celsius, "7000n", Edge::Above, 7001},
-        {"centikelvin", Degrees::Celsius, "-273.15", Edge::AtOrAbove, 0},
-        {"centikelvin", Degrees::Kelvin, "0", Edge::AtOrAbove, 0},
-        {"counts", Degrees::Celsius, "7000", Edge::AtOrAbove, 7000},
-        {"counts", Degrees::Celsius, "7000n", Edge::Below, 6999},
-        {"counts", Degrees::Celsius, "7000.5", Edge::Above, 7001},
-        {"kelvin/16", Degrees::Celsius, "20", Edge::AtOrAbove, 4691}, // 20.0375
-        {"kelvin/16", Degrees::Celsius, "20", Edge::AtOrBelow, 4690}, // 19.975
-        {"celsius/10", Degrees::Celsius, "-0.1", Edge::AtOrBelow, 32767},
-        {flame, Degrees::Celsius, "-200", Edge::AtOrAbove, 8321},
-        {flame, Degrees::Celsius, "-200", Edge::Below, 8320},
-    };
-    for (const auto& [unit, degrees, typed, edge, value] : cases)
-        EXPECT_EQ(Thermometer(Scale::parse(unit), degrees).valueOf(typed, edge, "--range"), value)
-            << unit << " " << typed;
+    const Degrees C = Degrees::Celsius, K = Degrees::Kelvin, F = Degrees::Fahrenheit;
+    // From what is typed on, up to it, above it and below it; -1 is not asked for.
+    const std::tuple<const char*, Degrees, const char*, std::vector<int>> cases[] = {
+        {"centikelvin", C, "30.15", {30330, 30330, 30331, 30329}},
+        {"centikelvin", C, "30.155", {30331, 30330, 30331, 30330}},
+        {"centikelvin", K, "303.3", {30330, 30330, 30331, 30329}},
+        {"centikelvin", F, "86.27", {30330, 30330, 30331, 30329}},
+        {"centikelvin", C, "7000n", {7000, 7000, 7001, 6999}},
+        {"centikelvin", C, "-273.15", {0, 0, 1, -1}},
+        {"centikelvin", K, "0", {0, 0, 1, -1}},
+        {"counts", C, "7000.5", {7001, 7000, 7001, 7000}},
+        {"counts", C, "7000n", {7000, 7000, 7001, 6999}},
+        {"kelvin/16", C, "20", {4691, 4690, 4691, 4690}}, // 20.0375, 19.975
+        {"celsius/10", C, "-0.1", {32767, 32767, 32768, 32766}},
+        {flame, C, "-200", {8321, -1, 8321, 8320}}};
+    const Edge edges[] = {Edge::AtOrAbove, Edge::AtOrBelow, Edge::Above, Edge::Below};
+    for (const auto& [unit, degrees, typed, values] : cases)
+        for (std::size_t n = 0; n < 4; ++n) {
+            const int value = values[n] < 0 ? -1 : valueOf(unit, typed, edges[n], degrees);
+            EXPECT_EQ(value, values[n]) << unit << " " << typed;
+        }
 }
 
 TEST(Thermometer, FindsEveryValueByWhatItReads)

@@ -25,16 +25,10 @@ Samples samplesOf(const cv::Mat& image)
 /// Three ways to hand on an image: as an arbitrary map, as bytes and as text.
 constexpr const char* mg_aForms[] = {" | pamtopam", " | pamtopnm", " | pamtopnm | pnmtoplainpnm"};
 
-class PxM : public testing::Test
+class PxM : public FilesTest
 {
 protected:
-    std::string path(const std::string& name) const { return m_oFolder.path() / name; }
-
-    bool opens(const std::string& bytes)
-    {
-        std::ofstream(path("image"), std::ios::binary) << bytes;
-        return decoder.open(path("image"));
-    }
+    bool opens(const std::string& bytes) { return decoder.open(put("image", bytes)); }
 
     cv::Mat grabbed(const cv::Rect* region = nullptr)
     {
@@ -52,16 +46,13 @@ protected:
     /// What a command of netpbm tools writes; runs in the test's own folder.
     cv::Mat madeBy(const std::string& command)
     {
-        const std::string quiet = "cd " + m_oFolder.path().string() + "; (" + command + ") >made 2>/dev/null";
+        const std::string quiet = "cd " + path("") + "; (" + command + ") >made 2>/dev/null";
         if (std::system(quiet.c_str()) != 0 || !decoder.open(path("made")))
             throw std::runtime_error("failed: " + command);
         return grabbed();
     }
 
     ImageDecoderPxM decoder;
-
-private:
-    TemporaryFolder m_oFolder;
 };
 
 } // namespace

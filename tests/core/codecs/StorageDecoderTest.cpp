@@ -41,7 +41,7 @@ std::string item(const std::string& name, const std::string& type, const std::st
 std::string repeated(const std::string& text, int count)
 {
     std::string result;
-    for (int i = 0; i < count; ++i)
+    while (count-- > 0)
         result += text;
     return result;
 }
@@ -351,24 +351,12 @@ TEST(StorageDecoderXml, DecodesOneGroupOfAParsedDocument)
 
 TEST(StorageDecoderIni, ReadsSectionsAndValuesOfTheTypeThatFits)
 {
-    std::istringstream in("\xEF\xBB\xBFtop = true\r\n"
-                          "; a comment\n\n"
-                          "  # another\n"
-                          "[ site/lens ]\n"
-                          "count=-9223372036854775808\n"
-                          "large = 9223372036854775808\n"
-                          "gain = 1.5\n"
-                          "colour = 255, 0,7\n"
-                          "text = a = b; c\n"
-                          "beyond = 1,256\n"
-                          "open = 1,2,\n"
-                          "word = inf\n"
-                          "none =\n"
-                          "sub/key = 007\n"
-                          "[empty]\n"
-                          "[site]\n"
-                          "name = True");
-    const auto [storage, name] = StorageDecoderIni::decode<Storage>(in);
+    const auto [storage, name] =
+        decode("\xEF\xBB\xBFtop = true\r\n; a comment\n\n  # another\n[ site/lens ]\n"
+               "count=-9223372036854775808\nlarge = 9223372036854775808\ngain = 1.5\n"
+               "colour = 255, 0,7\ntext = a = b; c\nbeyond = 1,256\nopen = 1,2,\nword = inf\nnone =\n"
+               "sub/key = 007\n[empty]\n[site]\nname = True",
+               ini);
     EXPECT_EQ(name, "");
     EXPECT_EQ(storage.size(), 3u);
     EXPECT_TRUE(storage.get("top")->value<bool>());

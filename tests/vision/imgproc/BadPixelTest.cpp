@@ -23,13 +23,14 @@ const BadPixel mg_oRecord = {{1, 2}, {{-1, 0x0304}, {32767, -32768}, {0x0506, 7}
 const std::string mg_strNative = "\x01\0\x02\0\xff\xff\x04\x03\xff\x7f\0\x80\x06\x05\x07\0\x08\0\xf7\xff"s;
 const std::string mg_strSwapped = "\0\x01\0\x02\xff\xff\x03\x04\x7f\xff\x80\0\x05\x06\0\x07\0\x08\xff\xf7"s;
 
-std::vector<BadPixel> loaded(const std::string& bytes)
+class BadPixelFile : public FilesTest
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() / "map";
-    std::ofstream(path, std::ios::binary) << bytes;
-    return BadPixelTools::loadBadPixelFromPxm(path);
-}
+protected:
+    std::vector<BadPixel> loaded(const std::string& bytes) const
+    {
+        return BadPixelTools::loadBadPixelFromPxm(put("map", bytes));
+    }
+};
 
 std::string pgm(int rows, int columns, const std::string& raster)
 {
@@ -71,7 +72,7 @@ TEST(BadPixel, IsTwentyBytesInEitherOrderAtAnyAddress)
     }
 }
 
-TEST(BadPixelFile, HoldsARecordInEachRow)
+TEST_F(BadPixelFile, HoldsARecordInEachRow)
 {
     const cv::Mat image = BadPixelTools::convertBadPixelToPxmFormat({mg_oRecord, {{3, 4}, {}}, mg_oRecord});
     const cv::Mat expected = (cv::Mat_<short>(3, 10) << 1, 2, -1, 772, 32767, -32768, 1286, 7, 8, -9, //
@@ -82,7 +83,7 @@ TEST(BadPixelFile, HoldsARecordInEachRow)
     EXPECT_EQ(BadPixelTools::convertBadPixelToPxmFormat({}).type(), CV_16SC1);
 }
 
-TEST(BadPixelFile, IsReadInItsOrder)
+TEST_F(BadPixelFile, IsReadInItsOrder)
 {
     const BadPixel second{{257, 257}, {{257, 257}, {257, 257}, {257, 257}, {257, 257}}};
     const std::string ones(20, '\x01');
@@ -93,17 +94,17 @@ TEST(BadPixelFile, IsReadInItsOrder)
     EXPECT_TRUE(loaded(pgm(0, 10, "")).empty());
 }
 
-TEST(BadPixelFile, IsRefusedIfItHoldsNoRecords)
+TEST_F(BadPixelFile, IsRefusedIfItHoldsNoRecords)
 {
     EXPECT_EQ(refusal([] { BadPixelTools::loadBadPixelFromPxm("/no/such/file"); }),
               (Refusal{"Can not open bad pixel file!", "loadBadPixelFromPxm"}));
-    EXPECT_EQ(refusal([] { loaded("no image"); }).message, "Can not open bad pixel file!");
+    EXPECT_EQ(refusal([&] { loaded("no image"); }).message, "Can not open bad pixel file!");
     EXPECT_THROW(loaded(pgm(1, 9, std::string(18, '\0'))), Exception);
     EXPECT_THROW(loaded(pgm(2, 10, std::string(20, '\0'))), Exception); // half of the raster
     EXPECT_THROW(loaded("P6 10 1 65535\n" + std::string(60, '\0')), Exception);
 }
 
-TEST(BadPixelFile, HoldsAtMost65535Records)
+TEST_F(BadPixelFile, HoldsAtMost65535Records)
 {
     std::vector<BadPixel> records(65535, mg_oRecord);
     records.back().pixel.x = 77;

@@ -21,7 +21,7 @@ const Palette fromStartUpCode = ms_vecHightemp;
 const std::string activeAtStartUp = Manager::m_strActivePalette;
 
 /// The state that the manager has when the library is loaded.
-class ColorPaletteManagerTest : public testing::Test
+class ColorPaletteManagerTest : public FilesTest
 {
 protected:
     ColorPaletteManagerTest()
@@ -30,22 +30,19 @@ protected:
         Manager::m_stoSupportedPalettes.clear();
         Manager::m_strActivePalette = Id::Palette::Ironbow;
     }
+
+    /// What loading a file of this content prints.
+    std::string printedOn(const std::string& content) const
+    {
+        testing::internal::CaptureStdout();
+        Manager::loadFile(put("palettes.xml", content));
+        return testing::internal::GetCapturedStdout();
+    }
 };
 
 Refusal notSupported(const std::string& name, const char* function)
 {
     return {"Color palette " + name + " not supported!", function};
-}
-
-/// What loading a file of this content prints.
-std::string printedOn(const std::string& content)
-{
-    const TemporaryFolder folder;
-    const std::string path = folder.path() / "palettes.xml";
-    std::ofstream(path, std::ios::binary) << content;
-    testing::internal::CaptureStdout();
-    Manager::loadFile(path);
-    return testing::internal::GetCapturedStdout();
 }
 
 /// FNV-1a.
@@ -186,16 +183,14 @@ TEST_F(ColorPaletteManagerTest, ServesManyThreads)
 
 TEST_F(ColorPaletteManagerTest, LoadsFilesOfSeveralPalettes)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() / "palettes.xml";
-    std::ofstream(path) << R"(<?xml version="1.0"?>
+    const std::string path = put("palettes.xml", R"(<?xml version="1.0"?>
 <!-- two palettes -->
 <group name="palettes">
     <item name="B" type="uint8[]">#0A141E #FF0000</item>
     <!-- replaces a built-in one -->
     <item name="Ironbow" type="uint8[]">1 2 3</item>
     <item name="A" type="uint8[]">0, 0, 0, 0xff, 0xff, 0xff</item>
-</group>)";
+</group>)");
     Manager::loadPalettes({"/no/such/file", path});
     EXPECT_THAT(Manager::getSupportedPalettesNames(), ElementsAre("A", "B", "Ironbow"));
     EXPECT_THAT(Manager::getPaletteColors("A"), ElementsAre(0, 0, 0, 255, 255, 255));
@@ -235,8 +230,7 @@ TEST_F(ColorPaletteManagerTest, PrintsWhatIsWrongWithAFileAndGoesOn)
         EXPECT_THAT(printedOn(content), testing::EndsWith("\n")) << content;
     EXPECT_THAT(Manager::getAvailableColorPalettes(), IsEmpty());
 
-    const TemporaryFolder folder;
-    const std::string pipe = folder.path() / "pipe";
+    const std::string pipe = path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); // where nobody writes
     testing::internal::CaptureStdout();
     for (const std::string& path : {std::string("/no/such/file"), std::string(), pipe})
@@ -244,8 +238,7 @@ TEST_F(ColorPaletteManagerTest, PrintsWhatIsWrongWithAFileAndGoesOn)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     testing::internal::CaptureStdout();
     Manager::loadFile(folder.path().string()); // can be opened, not read
-    const std::string large = folder.path() / "large";
-    std::ofstream(large).close();
+    const std::string large = put("large", "");
     std::filesystem::resize_file(large, (81 << 20) + 1);
     Manager::loadFile(large);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),

@@ -20,12 +20,10 @@ ConnectedComponent blob(const Points& points)
 TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
 {
     const ConnectedComponent component;
-    EXPECT_EQ(component.getLabel(), 1U);
-    EXPECT_EQ(component.getNrOfPoints(), 0U);
+    EXPECT_TRUE(component.getLabel() == 1 && component.getNrOfPoints() == 0);
+    EXPECT_TRUE(component.getElongation() == 0 && component.getConvexHull().empty());
     EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(0, 0));
-    EXPECT_EQ(component.getElongation(), 0.0);
     EXPECT_EQ(component.getBoundingBox(), cv::Rect(0, 0, 0, 0));
-    EXPECT_TRUE(component.getConvexHull().empty());
     EXPECT_THROW(component.getPCA(), cv::Exception);
     const std::map<int, ConnectedComponent> implicitly{{7, 7}, {-1, -1}};
     EXPECT_EQ(implicitly.at(7).getLabel(), 7U);
@@ -52,9 +50,10 @@ TEST(ConnectedComponent, MeasuresItsBoxInclusivelyAndItsElongationAlongTheImageA
         // 2^31 becomes 0, and 2^31 - 1 becomes 1.
         {{{lowest, 0}, {highest, 4}}, {lowest, 0, 0, 5}, {-0.5, 2}, 1.0 / 4.0}};
     for (const auto& [points, box, centre, elongation] : cases) {
-        EXPECT_EQ(blob(points).getBoundingBox(), box) << testing::PrintToString(points);
-        EXPECT_EQ(blob(points).getCenterOfGravity(), centre) << testing::PrintToString(points);
-        EXPECT_EQ(blob(points).getElongation(), elongation) << testing::PrintToString(points);
+        SCOPED_TRACE(testing::PrintToString(points));
+        EXPECT_EQ(blob(points).getBoundingBox(), box);
+        EXPECT_EQ(blob(points).getCenterOfGravity(), centre);
+        EXPECT_EQ(blob(points).getElongation(), elongation);
     }
     EXPECT_EQ(blob({{5, 7}}).getBoundingBox(), cv::Rect(5, 7, 1, 1));
     EXPECT_TRUE(std::isnan(blob({{5, 7}}).getElongation()));
@@ -68,18 +67,15 @@ TEST(ConnectedComponent, AppendsPointsItsOwnAmongThem)
     component.join(other);
     component.join(3);
     EXPECT_EQ(component.getPoints(), (Points{{1, 1}, {2, 2}, {3, 3}, {1, 1}, {5, 5}}));
-    EXPECT_EQ(component.getNrOfPoints(), 5U);
-    EXPECT_EQ(component.getLabel(), 7U);
-    EXPECT_EQ(other.getNrOfPoints(), 3U);
+    EXPECT_TRUE(component.getNrOfPoints() == 5 && component.getLabel() == 7 && other.getNrOfPoints() == 3);
 
     ConnectedComponent self(4);
     self.join(self);
     EXPECT_EQ(self.getNrOfPoints(), 0U);
-    for (const cv::Point& point : Points{{1, 2}, {3, 4}, {5, 6}})
-        self.addPoint(point);
+    self.addPoint({1, 2});
     self.join(self);
-    EXPECT_EQ(self.getPoints(), (Points{{1, 2}, {3, 4}, {5, 6}, {1, 2}, {3, 4}, {5, 6}}));
-    EXPECT_EQ(self.getNrOfPoints(), 6U);
+    EXPECT_EQ(self.getPoints(), (Points{{1, 2}, {1, 2}}));
+    EXPECT_EQ(self.getNrOfPoints(), 2U);
     self.setLabel(12);
     EXPECT_EQ(self.getLabel(), 12U);
 }
@@ -92,8 +88,7 @@ TEST(ConnectedComponent, CountsItsPointsAfterCopiesAndMoves)
     copy.addPoint({3, 3});
     ConnectedComponent moved(std::move(component));
     for (const ConnectedComponent* heir : {&moved, &assigned}) {
-        EXPECT_EQ(heir->getNrOfPoints(), 2U);
-        EXPECT_EQ(heir->getLabel(), 7U);
+        EXPECT_TRUE(heir->getNrOfPoints() == 2 && heir->getLabel() == 7);
         EXPECT_EQ(heir->getCenterOfGravity(), cv::Point2d(1.5, 1.5));
     }
     EXPECT_EQ(component.getNrOfPoints(), 0U);

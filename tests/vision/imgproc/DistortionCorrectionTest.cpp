@@ -12,40 +12,32 @@ static_assert(sizeof(PixelCorrInfo) == 10 && std::is_trivially_copyable_v<PixelC
 using Entry = std::vector<int>;
 using Records = std::vector<PixelCorrInfo>;
 
-/// A map file, gone with the test.
-class MapFile
+class Distortion : public FilesTest
 {
-public:
-    MapFile(int width, int height, const std::vector<Entry>& entries, int depth = 6)
+protected:
+    std::string file(int width, int height, const std::vector<Entry>& entries, int depth = 6) const
     {
-        std::ofstream file(path, std::ios::binary);
+        std::ostringstream file;
         file << "P7\nWIDTH " << width << "\nHEIGHT " << height << "\nDEPTH " << depth
              << "\nMAXVAL 65535\nTUPLTYPE DISTORTION\nENDHDR\n";
         for (const Entry& entry : entries)
-            for (const int value : entry) {
-                const auto bits = static_cast<std::uint16_t>(value);
-                file << static_cast<char>(bits >> 8) << static_cast<char>(bits & 255);
-            }
+            for (const int value : entry)
+                file << static_cast<char>(value >> 8) << static_cast<char>(value);
+        return put("map.pam", file.str());
     }
-
-    Records load(int height = 0, int width = 0) const
-    {
-        return DistortionCorrection::loadPixelCorrInfoFromPxm(path, height, width);
-    }
-
-    std::string error(int height = 0, int width = 0) const
-    {
-        const Refusal refused = refusal([&] { load(height, width); });
-        EXPECT_TRUE(refused == Refusal{} || refused.function == "loadPixelCorrInfoFromPxm") << refused;
-        return refused.message;
-    }
-
-private:
-    TemporaryFolder folder;
-
-public:
-    const std::string path = folder.path() / "map.pam";
 };
+
+Records loaded(const std::string& path, int height = 0, int width = 0)
+{
+    return DistortionCorrection::loadPixelCorrInfoFromPxm(path, height, width);
+}
+
+std::string error(const std::string& path, int height = 0, int width = 0)
+{
+    const Refusal refused = refusal([&] { loaded(path, height, width); });
+    EXPECT_TRUE(refused == Refusal{} || refused.function == "loadPixelCorrInfoFromPxm") << refused;
+    return refused.message;
+}
 
 std::vector<Entry> still(std::size_t pixels)
 {
@@ -54,70 +46,68 @@ std::vector<Entry> still(std::size_t pixels)
 
 } // namespace
 
-TEST(DistortionCorrection, ReadsRecordsRowByRow)
+TEST_F(Distortion, ReadsRecordsRowByRow)
 {
     // Three columns: down one row and left one is +2, up one row and right one is -2.
-    const MapFile file(3, 2,
-                       {{0, 0, 1, 2, 3, 4},
-                        {1, -1, 65535, 6, 7, 8},
-                        {0, -1, 9, 9, 9, 9},
-                        {-1, 1, 10, 11, 12, 13},
-                        {-1, 0, 0, 0, 0, 0},
-                        {0, 0, 14, 15, 16, 17}});
+    const std::string map = file(3, 2,
+                                 {{0, 0, 1, 2, 3, 4},
+                                  {1, -1, 65535, 6, 7, 8},
+                                  {0, -1, 9, 9, 9, 9},
+                                  {-1, 1, 10, 11, 12, 13},
+                                  {-1, 0, 0, 0, 0, 0},
+                                  {0, 0, 14, 15, 16, 17}});
     const Records records{{0, 1, 2, 3, 4},      {2, 65535, 6, 7, 8}, {-1, 9, 9, 9, 9},
                           {-2, 10, 11, 12, 13}, {-3, 0, 0, 0, 0},    {0, 14, 15, 16, 17}};
-    EXPECT_EQ(file.load(2, 3), records);
-    EXPECT_EQ(DistortionCorrection(file.path, 0, 0).getPixelCorrInfo(), records);
+    EXPECT_EQ(loaded(map, 2, 3), records);
+    EXPECT_EQ(DistortionCorrection(map, 0, 0).getPixelCorrInfo(), records);
     EXPECT_EQ(DistortionCorrection(records).getPixelCorrInfo(), records);
-    EXPECT_EQ(MapFile(1, 1, {{0, 0, 0, 0, 0, 0}}).load(), Records(1));
+    EXPECT_EQ(loaded(file(1, 1, {{0, 0, 0, 0, 0, 0}})), Records(1));
     for (const PixelCorrInfo& other : {PixelCorrInfo(1, 1, 2, 3, 4), PixelCorrInfo(0, 1, 2, 3, 5)})
         EXPECT_NE(records[0], other);
 }
 
-TEST(DistortionCorrection, RefusesFilesThatAreNoMaps)
+TEST_F(Distortion, RefusesFilesThatAreNoMaps)
 {
     const std::string closed = "Can not open Distortion Correction file!";
-    const MapFile file(1, 1, {});
-    EXPECT_THROW(file.load(), Exception); // truncated
-    std::ofstream(file.path) << "no image at all";
-    EXPECT_EQ(file.error(), closed);
+    EXPECT_THROW(loaded(file(1, 1, {})), Exception); // truncated
+    EXPECT_EQ(error(put("map", "no image at all")), closed);
     EXPECT_EQ(refusal([] { DistortionCorrection("/no/such/file", 0, 0); }).message, closed);
     for (const int depth : {1, 5, 7})
-        EXPECT_EQ(MapFile(1, 1, {Entry(static_cast<std::size_t>(depth), 0)}, depth).error(),
+        EXPECT_EQ(error(file(1, 1, {Entry(static_cast<std::size_t>(depth), 0)}, depth)),
                   "Need a distortion map of 6 channels of 16 bits, got " + std::to_string(depth) + "!");
 }
 
-TEST(DistortionCorrection, ChecksTheHeightBeforeTheWidth)
+TEST_F(Distortion, ChecksTheHeightBeforeTheWidth)
 {
-    const MapFile file(3, 2, still(6));
+    const std::string map = file(3, 2, still(6));
     const std::string height = "Distortion data height does not fit to the expected image heigth!";
     const std::string width = "Distortion data width does not fit to the expected image width!";
     for (const auto& [rows, cols, message] :
          {std::tuple(1, 1, height), {3, 3, height}, {-2, 0, height}, {2, 2, width}, {0, 4, width}})
-        EXPECT_EQ(file.error(rows, cols), message) << rows << " x " << cols;
-    EXPECT_EQ(file.load(2, 0).size() + file.load(0, 3).size(), 12u);
+        EXPECT_EQ(error(map, rows, cols), message) << rows << " x " << cols;
+    EXPECT_EQ(loaded(map, 2, 0).size() + loaded(map, 0, 3).size(), 12u);
 }
 
-TEST(DistortionCorrection, NamesThePixelWhoseSourceIsOutside)
+TEST_F(Distortion, NamesThePixelWhoseSourceIsOutside)
 {
     std::vector<Entry> entries = still(12);
     entries[5] = {-1, 0, 1, 0, 0, 0};
-    EXPECT_EQ(MapFile(6, 2, entries).error(), "Invalid replacement pixel data for: x=5 y=0!");
+    EXPECT_EQ(error(file(6, 2, entries)), "Invalid replacement pixel data for: x=5 y=0!");
     entries[5] = {0, -5, 1, 0, 0, 0}; // the very first pixel is inside
     entries[10] = {0, 2, 1, 0, 0, 0};
-    EXPECT_EQ(MapFile(6, 2, entries).error(), "Invalid replacement pixel data for: x=4 y=1!");
+    EXPECT_EQ(error(file(6, 2, entries)), "Invalid replacement pixel data for: x=4 y=1!");
     entries[10] = {0, 1, 1, 0, 0, 0}; // and so is the very last
-    EXPECT_EQ(MapFile(6, 2, entries).load().size(), 12u);
+    EXPECT_EQ(loaded(file(6, 2, entries)).size(), 12u);
 }
 
-TEST(DistortionCorrection, OffsetsWrapAtSixteenBits)
+TEST_F(Distortion, OffsetsWrapAtSixteenBits)
 {
     // 300 rows down in a map of 300 columns are 90,000, which wraps to 24,464.
     std::vector<Entry> entries = still(300 * 301);
     entries[7] = {300, 0, 1, 0, 0, 0};
-    EXPECT_EQ(MapFile(300, 301, entries).load()[7].m_s16Offset, 24464);
+    EXPECT_EQ(loaded(file(300, 301, entries))[7].m_s16Offset, 24464);
     // A product of more than 32 bits: 65,535 x 65,537 is -65,537, which wraps to -1.
     entries = still(65537);
     entries[1] = {-1, 0, 1, 0, 0, 0};
-    EXPECT_EQ(MapFile(65537, 1, entries).load()[1].m_s16Offset, -1);
+    EXPECT_EQ(loaded(file(65537, 1, entries))[1].m_s16Offset, -1);
 }

@@ -8,19 +8,15 @@ namespace {
 
 using Frame = cv::Mat_<short>;
 
-Frame twoThirds(Frame in)
+template <void (*resize)(Frame&, Frame&)>
+Frame resized(Frame in)
 {
     Frame out;
-    DownSize::resize240To160(in, out);
+    resize(in, out);
     return out;
 }
 
-Frame half(Frame in)
-{
-    Frame out;
-    DownSize::resize240To120(in, out);
-    return out;
-}
+const auto twoThirds = resized<DownSize::resize240To160>, half = resized<DownSize::resize240To120>;
 
 /// The pattern repeated over a whole frame, by default an input.
 Frame tiled(const Frame& pattern, cv::Size size = {240, 180})

@@ -29,19 +29,22 @@ template <class Object>
 class FilterOf : public Filter
 {
 public:
-    using Run = void (*)(Object&, const cv::Mat&, cv::Mat&);
+    using Run = std::function<void(Object&, const cv::Mat&, cv::Mat&)>;
 
-    FilterOf(Object object, Run run) : m_oObject(std::move(object)), m_pRun(run) {}
+    FilterOf(Object object, Run run) : m_oObject(std::move(object)), m_oRun(std::move(run)) {}
 
-    void process(const cv::Mat& in, cv::Mat& out) override { m_pRun(m_oObject, in, out); }
+    void process(const cv::Mat& in, cv::Mat& out) override { m_oRun(m_oObject, in, out); }
     std::unique_ptr<Filter> copied() const override { return std::make_unique<FilterOf>(*this); }
-    std::unique_ptr<Filter> moved() override { return std::make_unique<FilterOf>(std::move(*this)); }
-    void assign(const Filter& other) override { *this = static_cast<const FilterOf&>(other); }
-    void take(Filter& other) override { *this = static_cast<FilterOf&&>(other); }
+    std::unique_ptr<Filter> moved() override
+    {
+        return std::make_unique<FilterOf>(std::move(m_oObject), m_oRun);
+    }
+    void assign(const Filter& other) override { m_oObject = static_cast<const FilterOf&>(other).m_oObject; }
+    void take(Filter& other) override { m_oObject = std::move(static_cast<FilterOf&>(other).m_oObject); }
 
 private:
     Object m_oObject;
-    Run m_pRun;
+    Run m_oRun;
 };
 
 /// A kind of filter, and what frames it takes.
@@ -53,12 +56,9 @@ struct FilterKind
     bool bInPlace;       ///< works on the frame that it is given
     int multiple = 1;    ///< of pixels
     cv::Size fixed = {}; ///< the only size it takes, if it does
-};
 
-inline void PrintTo(const FilterKind& kind, std::ostream* out)
-{
-    *out << kind.name;
-}
+    friend void PrintTo(const FilterKind& kind, std::ostream* out) { *out << kind.name; }
+};
 
 namespace filters {
 
@@ -66,7 +66,6 @@ using namespace velmo::exp::vision;
 using namespace velmo::vision;
 
 using Signed = cv::Mat_<short>;
-using Unsigned = cv::Mat_<unsigned short>;
 using Image = cv::Mat_<cv::Vec3b>;
 
 /// What the static operations are members of.
@@ -81,74 +80,61 @@ FilterKind kind(const char* name, const Object& object, typename FilterOf<Object
             fixed};
 }
 
-/// One that reads a matrix and writes another of type Out.
-template <class Out, class Object, void (*call)(Object&, const cv::Mat&, Out&)>
-void between(Object& object, const cv::Mat& in, cv::Mat& out)
+/// Writes into `out` through a matrix of another type.
+template <class Out, class Write>
+void written(cv::Mat& out, Write write)
 {
     Out result = out;
-    call(object, in, result);
+    write(result);
     out = result;
 }
 
-template <class Object>
-void denoise(Object& filter, const cv::Mat& in, Signed& out)
-{
-    filter.process(Signed(in), out);
-}
+const auto denoise = [](auto& filter, const cv::Mat& in, cv::Mat& out) {
+    written<Signed>(out, [&](Signed& result) { filter.process(Signed(in), result); });
+};
 
-template <class Pixel, class Object>
-void inPlace(Object& filter, const cv::Mat& in, cv::Mat& out)
-{
-    in.copyTo(out);
-    cv::Mat_<Pixel> frame = out;
-    filter.process(frame);
-}
-
-template <void (*resize)(Signed&, Signed&)>
-void shrink(Stateless&, const cv::Mat& in, Signed& out)
-{
-    Signed frame = in;
-    resize(frame, out);
-}
-
-template <void (*conversion)(const cv::Mat&, Image&)>
-void convert(Stateless&, const cv::Mat& in, Image& out)
-{
-    conversion(in, out);
-}
-
-inline void swapRb(Stateless&, const cv::Mat& in, cv::Mat& out)
-{
-    in.copyTo(out);
-    ColorConvert::swapRB(out);
-}
-
-inline void palettize(ColorPaletteConverter& converter, const cv::Mat& in, Image& out)
-{
-    static std::vector<unsigned char> palette = {0, 0, 90, 250, 10, 0, 255, 255, 240};
-    converter.palletize(Unsigned(in), out, 20, 80, true, palette);
-}
-
-inline void palettizeHumid(ColorPaletteConverter& converter, const cv::Mat& in, Image& out)
-{
-    static std::vector<unsigned char> palette = {0, 0, 90, 250, 10, 0, 255, 255, 240};
-    const ColorPaletteConverter::AirTemperature air(-272.8f);
-    const ColorPaletteConverter::AirHumidity humidity(50.0f);
-    converter.palletizeHumid(Unsigned(in), out, air, humidity, false, palette);
-}
-
-template <class Pixel>
+/// A temporal filter, which works in place.
+template <template <class> class Temporal, class Pixel>
 FilterKind temporal(const char* name, unsigned short factor)
 {
-    using Object = TemporalNoiseReduction<Pixel>;
-    return kind(name, Object(12, factor), inPlace<Pixel, Object>, cv::DataType<Pixel>::type, true);
+    const auto run = [](Temporal<Pixel>& filter, const cv::Mat& in, cv::Mat& out) {
+        in.copyTo(out);
+        cv::Mat_<Pixel> frame = out;
+        filter.process(frame);
+    };
+    return kind(name, Temporal<Pixel>(12, factor), run, cv::DataType<Pixel>::type, true);
 }
 
-template <class Pixel>
-FilterKind reference(const char* name)
+inline FilterKind shrinking(const char* name, void (*resize)(Signed&, Signed&))
 {
-    using Object = TemporalNoiseReductionRef<Pixel>;
-    return kind(name, Object(12, 1500), inPlace<Pixel, Object>, cv::DataType<Pixel>::type, true);
+    const auto run = [=](Stateless&, const cv::Mat& in, cv::Mat& out) {
+        Signed frame = in;
+        written<Signed>(out, [&](Signed& result) { resize(frame, result); });
+    };
+    return kind(name, Stateless(), run, CV_16SC1, false, 1, {240, 180});
+}
+
+inline FilterKind conversion(const char* name, void (*convert)(const cv::Mat&, Image&), int channels,
+                             int multiple)
+{
+    const auto run = [=](Stateless&, const cv::Mat& in, cv::Mat& out) {
+        written<Image>(out, [&](Image& result) { convert(in, result); });
+    };
+    return kind(name, Stateless(), run, CV_8UC(channels), false, multiple);
+}
+
+inline FilterKind palette(const char* name, bool bgr, bool humidity)
+{
+    const auto run = [=](ColorPaletteConverter& converter, const cv::Mat& in, cv::Mat& out) {
+        static std::vector<unsigned char> points = {0, 0, 90, 250, 10, 0, 255, 255, 240};
+        const ColorPaletteConverter::AirTemperature air(-272.8f);
+        written<Image>(out, [&](Image& result) {
+            humidity ? converter.palletizeHumid(in, result, air, ColorPaletteConverter::AirHumidity(50.0f),
+                                                false, points)
+                     : converter.palletize(in, result, 20, 80, true, points);
+        });
+    };
+    return kind(name, ColorPaletteConverter(bgr), run, CV_16UC1, false, humidity ? 4 : 1);
 }
 
 } // namespace filters
@@ -157,37 +143,31 @@ FilterKind reference(const char* name)
 inline std::vector<FilterKind> everyFilter()
 {
     using namespace filters;
-    using Spatial = SpatialNoiseRemover;
-    using Pattern = StaticPatternRemover;
-    using Palettes = ColorPaletteConverter;
-    const auto smooth = between<Signed, Spatial, denoise<Spatial>>;
-    const auto image = [](const char* name, auto convert, int channels, int multiple) {
-        return kind(name, Stateless(), convert, CV_8UC(channels), false, multiple);
+    const auto swapRb = [](Stateless&, const cv::Mat& in, cv::Mat& out) {
+        in.copyTo(out);
+        ColorConvert::swapRB(out);
     };
-    const cv::Size large(240, 180);
     return {
-        kind("SpatialOff", Spatial(0), smooth, CV_16SC1),
-        kind("Spatial", Spatial(20), smooth, CV_16SC1),
-        kind("StaticPattern", Pattern(90, 20, 25), between<Signed, Pattern, denoise<Pattern>>, CV_16SC1),
-        temporal<short>("TemporalSigned", 1500),
-        temporal<short>("TemporalSignedMax", 2048),
-        temporal<unsigned short>("TemporalUnsigned", 1500),
-        temporal<unsigned short>("TemporalUnsignedMax", 2048),
-        reference<short>("ReferenceSigned"),
-        reference<unsigned short>("ReferenceUnsigned"),
-        kind("TwoThirds", Stateless(), between<Signed, Stateless, shrink<DownSize::resize240To160>>, CV_16SC1,
-             false, 1, large),
-        kind("Half", Stateless(), between<Signed, Stateless, shrink<DownSize::resize240To120>>, CV_16SC1,
-             false, 1, large),
-        kind("PaletteRgb", Palettes(false), between<Image, Palettes, palettize>, CV_16UC1),
-        kind("PaletteBgr", Palettes(true), between<Image, Palettes, palettize>, CV_16UC1),
-        kind("Humidity", Palettes(true), between<Image, Palettes, palettizeHumid>, CV_16UC1, false, 4),
-        image("YuyvToBgr", between<Image, Stateless, convert<ColorConvert::convertYUYVToBGR>>, 2, 1),
-        image("UyvyToBgr", between<Image, Stateless, convert<ColorConvert::convertUYVYToBGR>>, 2, 2),
-        image("UyvyToRgb", between<Image, Stateless, convert<ColorConvert::convertUYVYToRGB>>, 2, 2),
-        image("Uy1vy0ToBgr", between<Image, Stateless, convert<ColorConvert::convertUY1VY0ToBGR>>, 2, 2),
-        image("Uy1vy0ToRgb", between<Image, Stateless, convert<ColorConvert::convertUY1VY0ToRGB>>, 2, 2),
-        image("YcbcrToBgr", between<Image, Stateless, convert<ColorConvert::convertYCbCrtoBRG>>, 3, 1),
+        kind("SpatialOff", SpatialNoiseRemover(0), denoise, CV_16SC1),
+        kind("Spatial", SpatialNoiseRemover(20), denoise, CV_16SC1),
+        kind("StaticPattern", StaticPatternRemover(90, 20, 25), denoise, CV_16SC1),
+        temporal<TemporalNoiseReduction, short>("TemporalSigned", 1500),
+        temporal<TemporalNoiseReduction, short>("TemporalSignedMax", 2048),
+        temporal<TemporalNoiseReduction, unsigned short>("TemporalUnsigned", 1500),
+        temporal<TemporalNoiseReduction, unsigned short>("TemporalUnsignedMax", 2048),
+        temporal<TemporalNoiseReductionRef, short>("ReferenceSigned", 1500),
+        temporal<TemporalNoiseReductionRef, unsigned short>("ReferenceUnsigned", 1500),
+        shrinking("TwoThirds", DownSize::resize240To160),
+        shrinking("Half", DownSize::resize240To120),
+        palette("PaletteRgb", false, false),
+        palette("PaletteBgr", true, false),
+        palette("Humidity", true, true),
+        conversion("YuyvToBgr", ColorConvert::convertYUYVToBGR, 2, 1),
+        conversion("UyvyToBgr", ColorConvert::convertUYVYToBGR, 2, 2),
+        conversion("UyvyToRgb", ColorConvert::convertUYVYToRGB, 2, 2),
+        conversion("Uy1vy0ToBgr", ColorConvert::convertUY1VY0ToBGR, 2, 2),
+        conversion("Uy1vy0ToRgb", ColorConvert::convertUY1VY0ToRGB, 2, 2),
+        conversion("YcbcrToBgr", ColorConvert::convertYCbCrtoBRG, 3, 1),
         kind("SwapRb", Stateless(), swapRb, CV_8UC3, true),
     };
 }
