@@ -15,19 +15,6 @@
 namespace velmo::vision {
 namespace {
 
-/// Equals no temperature, so that the first humidity picture builds its table.
-ColorPaletteConverter::AirTemperature noTemperature()
-{
-    exp::MarkedFloat celsius(std::numeric_limits<float>::quiet_NaN());
-    celsius.setMark(exp::MarkedFloat::u32MaxMark);
-    return ColorPaletteConverter::AirTemperature(celsius);
-}
-
-ColorPaletteConverter::AirHumidity noHumidity()
-{
-    return ColorPaletteConverter::AirHumidity(0.0f);
-}
-
 unsigned int byteOf(unsigned int color, int shift)
 {
     return (color >> shift) & 0xff;
@@ -64,52 +51,28 @@ std::string sizeText(const cv::Mat& matrix)
 
 } // namespace
 
-ColorPaletteConverter::ColorPaletteConverter(bool bgr)
-    : m_oLookupTable(cv::Mat::zeros(1, tableEntries, CV_8UC4)), m_oLastAirTemperature(noTemperature()),
-      m_oLastHumidity(noHumidity()), m_bBgr(bgr)
-{}
+ColorPaletteConverter::AirTemperature ColorPaletteConverter::noTemperature()
+{
+    exp::MarkedFloat celsius(std::numeric_limits<float>::quiet_NaN());
+    celsius.setMark(exp::MarkedFloat::u32MaxMark);
+    return AirTemperature(celsius);
+}
+
+ColorPaletteConverter::ColorPaletteConverter(bool bgr) : m_bBgr(bgr)
+{
+    table();
+}
 
 ColorPaletteConverter::~ColorPaletteConverter() = default;
-
-ColorPaletteConverter::ColorPaletteConverter(const ColorPaletteConverter& other)
-    : m_oLookupTable(other.m_oLookupTable.clone()), m_oLastAirTemperature(other.m_oLastAirTemperature),
-      m_oLastHumidity(other.m_oLastHumidity), m_mapColorRegions(other.m_mapColorRegions),
-      m_bBgr(other.m_bBgr), m_aStretchedPalette(other.m_aStretchedPalette), m_aStretched(other.m_aStretched)
-{}
-
-ColorPaletteConverter& ColorPaletteConverter::operator=(const ColorPaletteConverter& other)
-{
-    if (this != &other)
-        *this = ColorPaletteConverter(other);
-    return *this;
-}
-
-ColorPaletteConverter::ColorPaletteConverter(ColorPaletteConverter&& other) noexcept
-    : m_oLastAirTemperature(noTemperature()), m_oLastHumidity(noHumidity()), m_bBgr(other.m_bBgr)
-{
-    *this = std::move(other);
-}
-
-ColorPaletteConverter& ColorPaletteConverter::operator=(ColorPaletteConverter&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    m_oLookupTable = std::exchange(other.m_oLookupTable, cv::Mat());
-    m_oLastAirTemperature = std::exchange(other.m_oLastAirTemperature, noTemperature());
-    m_oLastHumidity = std::exchange(other.m_oLastHumidity, noHumidity());
-    m_mapColorRegions.swap(other.m_mapColorRegions);
-    other.m_mapColorRegions.clear();
-    m_bBgr = other.m_bBgr;
-    m_aStretchedPalette.swap(other.m_aStretchedPalette);
-    m_aStretched.swap(other.m_aStretched);
-    other.m_aStretched.clear();
-    return *this;
-}
+ColorPaletteConverter::ColorPaletteConverter(const ColorPaletteConverter& other) = default;
+ColorPaletteConverter& ColorPaletteConverter::operator=(const ColorPaletteConverter& other) = default;
+ColorPaletteConverter::ColorPaletteConverter(ColorPaletteConverter&& other) noexcept = default;
+ColorPaletteConverter& ColorPaletteConverter::operator=(ColorPaletteConverter&& other) noexcept = default;
 
 unsigned int* ColorPaletteConverter::table()
 {
-    if (m_oLookupTable.empty()) // moved away
-        m_oLookupTable = cv::Mat::zeros(1, tableEntries, CV_8UC4);
+    if (m_oLookupTable.empty()) // not made yet, or moved away
+        m_oLookupTable = cv::Mat_<cv::Vec4b>(1, tableEntries, cv::Vec4b());
     return m_oLookupTable.ptr<unsigned int>();
 }
 
@@ -194,10 +157,10 @@ void ColorPaletteConverter::palletizeHumid(const Frame& src, Picture& dst,
     dst.create(src.rows, src.cols);
     if (src.total() % 4 != 0)
         VELMO_THROW("Odd height or width is not suporrted for humid scaling!");
-    const bool bSameAir = m_oLastAirTemperature.value() == airTemperature.value() &&
+    const bool bSameAir = (*m_oLastAirTemperature).value() == airTemperature.value() &&
                           m_oLastHumidity.value() == humidity.value();
     if (!bSameAir || rebuild) {
-        m_oLastAirTemperature = airTemperature;
+        *m_oLastAirTemperature = airTemperature;
         m_oLastHumidity = humidity;
         resizeLookupTableHumid(airTemperature, humidity, palette);
     }

@@ -2,6 +2,8 @@
 
 #include "core/Exception.h"
 #include "core/Export.h"
+#include "core/memory/DeepMat.h"
+#include "core/memory/ResetByMove.h"
 #include "core/quantity/MarkedFloat.h"
 #include "core/quantity/Relation.h"
 #include "core/quantity/Temperature.h"
@@ -117,8 +119,11 @@ private:
     void palletizeSlowly(const Frame& src, Picture& dst, unsigned short min, unsigned short max,
                          const std::vector<unsigned char>& palette);
 
-    cv::Mat m_oLookupTable;               ///< 1 x 65536 x 4 bytes; none after a move
-    AirTemperature m_oLastAirTemperature; ///< of the last humidity table
+    /// Equals no temperature, so that the first humidity picture builds its table.
+    static AirTemperature noTemperature();
+
+    exp::DeepMat<cv::Vec4b> m_oLookupTable;                                ///< 1 x 65536; none after a move
+    exp::ResetByMove<AirTemperature, noTemperature> m_oLastAirTemperature; ///< of the last humidity table
     AirHumidity m_oLastHumidity;
     std::map<unsigned int, ColorRegion> m_mapColorRegions;
     bool m_bBgr;

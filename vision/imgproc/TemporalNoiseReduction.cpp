@@ -17,70 +17,32 @@ template <class T>
 TemporalNoiseReduction<T>::TemporalNoiseReduction(unsigned char controlGain, unsigned short feedbackFactor)
     : m_u8ControlGain(controlGain), m_u16FeedbackFactor(feedbackFactor)
 {
-    buildFeedbackTable();
+    feedbackLut();
 }
 
 template <class T>
 TemporalNoiseReduction<T>::~TemporalNoiseReduction() = default;
+template <class T>
+TemporalNoiseReduction<T>::TemporalNoiseReduction(const TemporalNoiseReduction& other) = default;
+template <class T>
+TemporalNoiseReduction<T>&
+TemporalNoiseReduction<T>::operator=(const TemporalNoiseReduction& other) = default;
+template <class T>
+TemporalNoiseReduction<T>::TemporalNoiseReduction(TemporalNoiseReduction&& other) noexcept = default;
+template <class T>
+TemporalNoiseReduction<T>&
+TemporalNoiseReduction<T>::operator=(TemporalNoiseReduction&& other) noexcept = default;
 
 template <class T>
-TemporalNoiseReduction<T>::TemporalNoiseReduction(const TemporalNoiseReduction& other)
-    : m_u8ControlGain(other.m_u8ControlGain), m_u16FeedbackFactor(other.m_u16FeedbackFactor),
-      m_oPreviousFrame(other.m_oPreviousFrame.clone()), m_bInitNeeded(other.m_bInitNeeded),
-      m_aPullsAnyParam(other.m_aPullsAnyParam), m_aPullsMaxParam(other.m_aPullsMaxParam)
+unsigned short* TemporalNoiseReduction<T>::feedbackLut()
 {
-    buildFeedbackTable();
-    // The weights may have been edited since the other filter read them.
-    if (other.m_pu16FeedbackTable)
-        std::copy_n(other.m_pu16FeedbackTable.get(), differenceTableSize, m_pu16FeedbackTable.get());
-}
-
-template <class T>
-TemporalNoiseReduction<T>& TemporalNoiseReduction<T>::operator=(const TemporalNoiseReduction& other)
-{
-    if (this != &other)
-        *this = TemporalNoiseReduction(other);
-    return *this;
-}
-
-template <class T>
-TemporalNoiseReduction<T>::TemporalNoiseReduction(TemporalNoiseReduction&& other) noexcept
-    : m_u8ControlGain(other.m_u8ControlGain), m_u16FeedbackFactor(other.m_u16FeedbackFactor)
-{
-    *this = std::move(other);
-}
-
-template <class T>
-TemporalNoiseReduction<T>& TemporalNoiseReduction<T>::operator=(TemporalNoiseReduction&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    m_u8ControlGain = other.m_u8ControlGain;
-    m_u16FeedbackFactor = other.m_u16FeedbackFactor;
-    m_pu16FeedbackTable = std::exchange(other.m_pu16FeedbackTable, nullptr);
-    m_pu16FeedbackLut = std::exchange(other.m_pu16FeedbackLut, nullptr);
-    m_oPreviousFrame = std::exchange(other.m_oPreviousFrame, cv::Mat_<T>());
-    m_bInitNeeded = std::exchange(other.m_bInitNeeded, true);
-    m_aPullsAnyParam = std::exchange(other.m_aPullsAnyParam, Table());
-    m_aPullsMaxParam = std::exchange(other.m_aPullsMaxParam, Table());
-    return *this;
-}
-
-template <class T>
-void TemporalNoiseReduction<T>::buildFeedbackTable()
-{
-    m_pu16FeedbackTable = std::make_unique<unsigned short[]>(differenceTableSize);
-    m_pu16FeedbackLut = m_pu16FeedbackTable.get() + differenceTableCentre;
-    for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{std::size(mg_aFeedbackStrength)}; ++k)
-        m_pu16FeedbackLut[k] = m_pu16FeedbackLut[-k] = mg_aFeedbackStrength[k];
-}
-
-template <class T>
-const unsigned short* TemporalNoiseReduction<T>::feedbackLut()
-{
-    if (!m_pu16FeedbackTable) // moved away
-        buildFeedbackTable();
-    return m_pu16FeedbackLut;
+    if (m_aFeedbackTable.empty()) { // not read yet, or moved away
+        m_aFeedbackTable.resize(differenceTableSize);
+        unsigned short* const lut = feedbackLut();
+        for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{std::size(mg_aFeedbackStrength)}; ++k)
+            lut[k] = lut[-k] = mg_aFeedbackStrength[k];
+    }
+    return m_aFeedbackTable.data() + differenceTableCentre;
 }
 
 template <class T>
@@ -121,7 +83,7 @@ void TemporalNoiseReduction<T>::process(cv::Mat_<T>& frame)
 template <class T>
 void TemporalNoiseReduction<T>::initFilter(cv::Mat_<T>& frame)
 {
-    m_oPreviousFrame = frame.clone();
+    m_oPreviousFrame = DeepMat<T>(frame.clone());
     m_bInitNeeded = false;
 }
 
@@ -151,7 +113,7 @@ void TemporalNoiseReduction<T>::filter(cv::Mat_<T>& frame, const Table& pulls)
     // The state is one run; a frame that is part of a larger one is not.
     const int rows = frame.isContinuous() ? 1 : frame.rows;
     const std::size_t count = frame.total() / static_cast<std::size_t>(rows);
-    const Feedback feedback{m_pu16FeedbackLut, m_u8ControlGain, m_u16FeedbackFactor, &pulls};
+    const Feedback feedback{feedbackLut(), m_u8ControlGain, m_u16FeedbackFactor, &pulls};
     T* state = m_oPreviousFrame[0];
     for (int r = 0; r < rows; ++r, state += count)
         TemporalForms<T>::anyParam(frame[r], state, count, feedback);

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "core/Export.h"
+#include "core/memory/DeepMat.h"
 
 #include <opencv2/core.hpp>
 
-#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -77,16 +77,14 @@ public:
 private:
     using Table = std::vector<unsigned short>;
 
-    void buildFeedbackTable();
-    const unsigned short* feedbackLut();
+    /// The entry for difference 0.
+    unsigned short* feedbackLut();
     void filter(cv::Mat_<T>& frame, const Table& pulls);
 
     unsigned char m_u8ControlGain;
     unsigned short m_u16FeedbackFactor;
-    std::unique_ptr<unsigned short[]>
-        m_pu16FeedbackTable;                     ///< weight per difference, mirrored; none after a move
-    unsigned short* m_pu16FeedbackLut = nullptr; ///< its entry for difference 0
-    cv::Mat_<T> m_oPreviousFrame;
+    Table m_aFeedbackTable;      ///< weight per difference, mirrored; empty after a move
+    DeepMat<T> m_oPreviousFrame; ///< empty after a move: the filter starts anew
     bool m_bInitNeeded = true;
     Table m_aPullsAnyParam; ///< what filterWithAnyParam adds per difference; empty until needed
     Table m_aPullsMaxParam; ///< the same for filterWithMaxParam
