@@ -227,8 +227,14 @@ int main(int argc, char** argv)
         }
     }
     json ? printJson(results) : count ? printCounts(results) : printTable(results);
-    if (!page.empty())
-        writePage(page, results);
+    if (!page.empty()) {
+        try {
+            writePage(page, results);
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "imgproc_bench: %s\n", error.what());
+            return 1;
+        }
+    }
     const bool met = !strict || std::all_of(results.begin(), results.end(), std::mem_fn(&Result::meetsBars));
     return agree && met && !results.empty() ? 0 : 1;
 }

@@ -250,7 +250,8 @@ void writePage(const std::string& path, const std::vector<Result>& results)
     const std::string begin = "<!-- speed -->\n", end = "<!-- /speed -->";
     const std::size_t from = page.find(begin), to = page.find(end);
     if (from == std::string::npos || to == std::string::npos || to < from)
-        throw std::runtime_error(path + " has no place for the table: " + begin + end);
+        throw std::runtime_error(path + " has no place for the table: no <!-- speed --> line before a " +
+                                 end);
     page.replace(from + begin.size(), to - from - begin.size(), markdown(results));
     std::ofstream(path) << page;
 }
