@@ -13,24 +13,14 @@ using namespace velmo::recordings;
 
 Calibration readFilesOf(Settings& settings, Outputs& outputs)
 {
-    if (const std::string file = settings.text("colours/palette-file"); !file.empty()) {
-        const std::string first = loadPaletteFile(file);
+    const auto protect = [&](const std::string& file, auto read) {
+        auto content = read(file);
         outputs.protect({file});
-        if (settings.text("colours/palette") == "auto")
-            settings.set("colours/palette", first);
-    }
-    Calibration calibration;
-    if (const std::string file = settings.text("pixels/records"); !file.empty() && file != "auto") {
-        calibration.origin = file;
-        calibration.badPixels = readReplacements(file);
-        outputs.protect({file});
-    }
-    if (const std::string file = settings.text("pixels/flat"); !file.empty()) {
-        calibration.flatOrigin = file;
-        calibration.flat = FlatField::fromPlanes(readFlatPlanes(file), file);
-        outputs.protect({file});
-    }
-    return calibration;
+        return content;
+    };
+    return calibrationOf(settings, {[&](const std::string& file) { return protect(file, loadPaletteFile); },
+                                    [&](const std::string& file) { return protect(file, readReplacements); },
+                                    [&](const std::string& file) { return protect(file, readFlatPlanes); }});
 }
 
 Camera openCamera(Settings settings, Outputs& outputs, const FrameSource& source)

@@ -150,29 +150,6 @@ void addSettings(py::module_& module)
         .attr("__hash__") = py::none();
 }
 
-/// Reads the files that settings name: loads the palettes, of which the first is taken if none is named, and
-/// the records of bad pixels and the flat field.
-camera::Calibration readFilesOf(Settings& settings, const std::string& unit)
-{
-    if (const std::string file = settings.text("colours/palette-file"); !file.empty()) {
-        const std::string first = recordings::loadPaletteFile(file);
-        if (settings.text("colours/palette") == "auto")
-            settings.set("colours/palette", first);
-    }
-    camera::Calibration calibration;
-    if (const std::string file = settings.text("pixels/records"); !file.empty()) {
-        calibration.origin = file;
-        calibration.badPixels = recordings::readRecords(file);
-    }
-    if (const std::string file = settings.text("pixels/flat"); !file.empty()) {
-        calibration.flatOrigin = file;
-        calibration.flat = camera::FlatField::fromPlanes(recordings::readFlatPlanes(file), file);
-    }
-    if (!unit.empty())
-        calibration.unit = unit;
-    return calibration;
-}
-
 /// A camera as Python has it: used by one thread at a time, whoever calls.
 class Stream
 {
@@ -225,7 +202,10 @@ public:
 private:
     static camera::Camera open(Settings& settings, py::handle records, const std::string& unit)
     {
-        camera::Calibration calibration = readFilesOf(settings, unit);
+        camera::Calibration calibration = calibrationOf(
+            settings, {recordings::loadPaletteFile, recordings::readRecords, recordings::readFlatPlanes});
+        if (!unit.empty())
+            calibration.unit = unit;
         if (!records.is_none())
             calibration.badPixels = badPixels(records, "bad_pixels");
         return camera::Camera(settings, calibration);

@@ -201,7 +201,8 @@ def test_pictures_palettes_maps_and_records_are_files(tmp_path):
     records = velmo.BadPixelTools.calculate_replace_pixels(bad, 5)
     velmo.write_records(tmp_path / "records.pgm", records)
     assert (velmo.read_records(tmp_path / "records.pgm") == records).all()
-    assert velmo.Camera({"pixels/records": str(tmp_path / "records.pgm")}).stages
+    for records in (str(tmp_path / "records.pgm"), "auto"):
+        assert velmo.Camera({"pixels/records": records}).stages
     lens = velmo.make_lens_map(-0.2, 0, 150, 150, 80, 60, (120, 160))
     velmo.write_lens_map(tmp_path / "lens.pam", lens)
     straight = velmo.DistortionCorrection.load_pixel_corr_info_from_pxm(tmp_path / "lens.pam", 120, 160)
