@@ -58,7 +58,7 @@ VELMO_CLONES void halveFast(const float* __restrict upper, const float* __restri
                             float* __restrict out, int count)
 {
     for (int c = 0; c < count; ++c)
-        out[c] = ((upper[2 * c] + upper[2 * c + 1]) + (lower[2 * c] + lower[2 * c + 1])) * 0.25F;
+        out[c] = ((upper[2 * c] + lower[2 * c]) + (upper[2 * c + 1] + lower[2 * c + 1])) * 0.25F;
 }
 
 VELMO_CLONES void sumGradientsFast(const float* above, const float* row, const float* below,
@@ -258,33 +258,50 @@ VELMO_CLONES void flowLoop(const short* __restrict from, const short* __restrict
     }
 }
 
-/// The pixels of a line after what flows in from both sides.
-VELMO_CLONES void mixLoop(const short* __restrict in, const short* __restrict before,
-                          const short* __restrict after, short* __restrict out, int count)
+/// The pixels of a line after what flows in from both sides, and how open both gates are.
+VELMO_CLONES void mixLoop(const short* __restrict in, const short* __restrict flow,
+                          const short* __restrict gates, int step, short* __restrict out,
+                          short* __restrict open, int count)
 {
-    for (int c = 0; c < count; ++c)
-        out[c] = static_cast<short>(in[c] + (static_cast<short>(after[c] - before[c] + 128) >> 8));
+    const short *before = flow - step, *gatesBefore = gates - step;
+    for (int c = 0; c < count; ++c) {
+        out[c] = static_cast<short>(in[c] + (static_cast<short>(flow[c] - before[c] + 128) >> 8));
+        open[c] = static_cast<short>(gates[c] + gatesBefore[c]);
+    }
 }
 
-VELMO_CLONES void addTwo(const short* __restrict one, const short* __restrict two, short* __restrict out,
-                         int count)
-{
-    for (int c = 0; c < count; ++c)
-        out[c] = static_cast<short>(one[c] + two[c]);
-}
-
-/// What the smoothing took off a line, and the line smoothed; how open its four gates are.
+/// What the smoothing takes off a line, and the line smoothed; how open its four gates are. What flows to the
+/// line below, and its gates, take the place of those from the line above.
 VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __restrict across,
-                                   const short* __restrict before, const short* __restrict after,
-                                   const short* __restrict openBefore, const short* __restrict openAfter,
-                                   short* __restrict open, short* __restrict detail, int count)
+                                   const short* __restrict below, Gate gate, short slope,
+                                   const short* __restrict flowBefore, const short* __restrict openBefore,
+                                   short* __restrict flow, short* __restrict gates, short* __restrict open,
+                                   short* __restrict detail, int count)
 {
     for (int c = 0; c < count; ++c) {
+        const auto difference = static_cast<short>(below[c] - across[c]);
+        const short opened = opening(difference, gate, slope);
+        const auto after = static_cast<short>(opened * difference);
         const auto smooth =
-            static_cast<short>(across[c] + (static_cast<short>(after[c] - before[c] + 128) >> 8));
+            static_cast<short>(across[c] + (static_cast<short>(after - flowBefore[c] + 128) >> 8));
+        flow[c] = after;
+        gates[c] = opened;
         detail[c] = static_cast<short>(picture[c] - smooth);
         picture[c] = smooth;
-        open[c] = static_cast<short>(open[c] + openBefore[c] + openAfter[c]);
+        open[c] = static_cast<short>(open[c] + openBefore[c] + opened);
+    }
+}
+
+/// The same of a line that has none below it: nothing flows there, and its gates are open.
+VELMO_CLONES void finishLastLine(short* __restrict picture, const short* __restrict across,
+                                 const short* __restrict flowBefore, const short* __restrict openBefore,
+                                 short* __restrict open, short* __restrict detail, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const auto smooth = static_cast<short>(across[c] + (static_cast<short>(128 - flowBefore[c]) >> 8));
+        detail[c] = static_cast<short>(picture[c] - smooth);
+        picture[c] = smooth;
+        open[c] = static_cast<short>(open[c] + openBefore[c] + 64);
     }
 }
 
@@ -366,22 +383,20 @@ private:
         flowLoop(picture, picture + step, m_oOctave.across, slopeOf(m_oOctave.across), flow, gates, between);
         std::fill_n(flow + between, step, short{0});
         std::fill_n(gates + between, step, short{64});
-        mixLoop(picture, flow - step, flow, m_oAcross[r], m_s32Columns);
-        addTwo(gates - step, gates, m_oOpen[r], m_s32Columns);
-        if (r >= m_oOctave.step)
-            flowLoop(m_oAcross[r - m_oOctave.step], m_oAcross[r], m_oOctave.down, slopeOf(m_oOctave.down),
-                     m_oFlow[r - m_oOctave.step], m_oGates[r - m_oOctave.step], m_s32Columns);
+        mixLoop(picture, flow, gates, step, m_oAcross[r], m_oOpen[r], m_s32Columns);
     }
 
     void down(int r)
     {
         const int step = m_oOctave.step;
-        short *none = m_oLines[2], *all = m_oLines[3];
-        const bool first = r < step, last = r + step >= m_oPicture.rows;
-        short* open = m_oOpen[r];
-        finishOctaveLine(m_oPicture[r], m_oAcross[r], first ? none : m_oFlow[r - step],
-                         last ? none : m_oFlow[r], first ? all : m_oGates[r - step], last ? all : m_oGates[r],
-                         open, m_oDetail[r], m_s32Columns);
+        const short *flow = r < step ? m_oLines[2] : m_oFlow[r - step],
+                    *gates = r < step ? m_oLines[3] : m_oGates[r - step];
+        if (r + step < m_oPicture.rows)
+            finishOctaveLine(m_oPicture[r], m_oAcross[r], m_oAcross[r + step], m_oOctave.down,
+                             slopeOf(m_oOctave.down), flow, gates, m_oFlow[r], m_oGates[r], m_oOpen[r],
+                             m_oDetail[r], m_s32Columns);
+        else
+            finishLastLine(m_oPicture[r], m_oAcross[r], flow, gates, m_oOpen[r], m_oDetail[r], m_s32Columns);
     }
 
     void remove(int r)

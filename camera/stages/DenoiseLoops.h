@@ -75,8 +75,7 @@ VELMO_INLINE int updatePixel(float residual, float before, float sum, float squa
 /// 0 to 64: how far a gate is open. `slope` is 64 * 256 / (upper - lower).
 VELMO_INLINE short opening(short difference, Gate gate, short slope)
 {
-    const auto negative = static_cast<short>(-difference);
-    const short size = difference < negative ? negative : difference; // -32768 stays, and is closed too
+    const auto size = static_cast<short>(difference < 0 ? -difference : difference); // -32768 stays: closed
     auto left = static_cast<short>(gate.upper - size);
     const auto width = static_cast<short>(gate.upper - gate.lower);
     left = left < 0 ? short{0} : left;

@@ -35,7 +35,7 @@ void takeResidualPlain(const Comparison& of, const Stripes& stripes, float scale
 void halvePlain(const float* upper, const float* lower, float* out, int count)
 {
     for (int c = 0; c < count; ++c)
-        out[c] = ((upper[2 * c] + upper[2 * c + 1]) + (lower[2 * c] + lower[2 * c + 1])) * 0.25F;
+        out[c] = ((upper[2 * c] + lower[2 * c]) + (upper[2 * c + 1] + lower[2 * c + 1])) * 0.25F;
 }
 
 void sumGradientsPlain(const float* above, const float* row, const float* below, const float* residual,

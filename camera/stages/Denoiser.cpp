@@ -9,7 +9,8 @@ namespace {
 
 constexpr int s32LeastSize = 16;
 constexpr int s32Block = 8;
-constexpr int s32BlockRows = 12; ///< so many rows of blocks stand for all
+constexpr int s32Blocks = 480; ///< so many, in rows, stand for all
+constexpr int s32Part = 64;    ///< so many pixels tell how high a quarter of a line is
 constexpr float fLeastDeviation = 0.15F;
 constexpr float fNormal = 1.4826F;               ///< deviation over the median absolute one
 constexpr float fMeanAbsolute = 1.2533F * 1.05F; ///< over the mean one, of the calmer blocks
@@ -68,9 +69,9 @@ void takeOffSmooth(std::vector<float>& line, int reach, std::vector<float>& memo
     }
 }
 
-int everyBlockRow(int rows)
+int everyBlockRow(int rows, int columns)
 {
-    return std::max(1, rows / s32Block / s32BlockRows);
+    return std::max(1, rows / s32Block * (columns / s32Block) / s32Blocks);
 }
 
 } // namespace
@@ -197,7 +198,7 @@ void Denoiser::findLevel(const Frame& frame)
 /// Of frame and estimate, where they differ least: the stripes of this frame and its level taken off.
 float Denoiser::deviationOf(const Frame& frame)
 {
-    const int across = m_s32Columns / s32Block, every = everyBlockRow(m_s32Rows);
+    const int across = m_s32Columns / s32Block, every = everyBlockRow(m_s32Rows, m_s32Columns);
     m_vecSorted.clear();
     for (int top = 0; top + s32Block <= m_s32Rows; top += every * s32Block) {
         m_vecSegment.assign(static_cast<std::size_t>(m_s32Columns), 0);
@@ -292,7 +293,7 @@ void Denoiser::takeResiduals(const Frame& frame)
 /// By least squares, tile by tile and of all tiles together; no tile has more than its say.
 void Denoiser::findShift()
 {
-    constexpr int s32Tile = 16, s32LeastTile = 6;
+    constexpr int s32Tile = 16, s32LeastTile = 6, s32Lines = 120;
     constexpr float fScale = 1 / 16.0F; // of the Sobel operator, for pixels of double width
     constexpr double dSay = 20;
     const int rows = m_s32Rows / 2, columns = m_s32Columns / 2, stride = columns + 2;
@@ -300,6 +301,7 @@ void Denoiser::findShift()
         return std::max({1, size / s32Tile, std::min(4, size / s32LeastTile)});
     };
     const int down = tilesOf(rows), across = tilesOf(columns);
+    const int every = std::max(1, rows / s32Lines);
     struct
     {
         double xx = 1e-9, xy = 0, yy = 1e-9, xr = 0, yr = 0;
@@ -319,7 +321,7 @@ void Denoiser::findShift()
             const int top = rows * i / down, bottom = rows * (i + 1) / down;
             const int left = columns * j / across, right = columns * (j + 1) / across;
             GradientSums sums;
-            for (int r = top; r < bottom; ++r)
+            for (int r = top; r < bottom; r += every)
                 sumGradients(lineOf(m_vecHalfEstimate, r - 1) + left, lineOf(m_vecHalfEstimate, r) + left,
                              lineOf(m_vecHalfEstimate, r + 1) + left, lineOf(m_vecHalfResidual, r) + left,
                              fScale, sums, right - left);
@@ -334,8 +336,8 @@ void Denoiser::findShift()
             double x = 0, y = 0;
             tile.solve(x, y);
             const double explained = x * tile.xr + y * tile.yr;
-            const double rest =
-                std::max(1e-2, (total(sums.rr) - explained) / ((bottom - top) * (right - left)));
+            const double rest = std::max(1e-2, (total(sums.rr) - explained) /
+                                                   ((bottom - top + every - 1) / every * (right - left)));
             const double knows = std::max(explained, 0.02 * (tile.xx + tile.yy)) / rest;
             const double weight = std::min(1.0, dSay / std::max(knows, 1e-9)) / rest;
             all.xx += weight * tile.xx, all.xy += weight * tile.xy, all.yy += weight * tile.yy;
@@ -456,7 +458,7 @@ void Denoiser::addBlocks(int row)
 void Denoiser::findNoise()
 {
     m_vecBlocks.clear();
-    for (int row = 0; row + s32Block <= m_s32Rows; row += s32Block * everyBlockRow(m_s32Rows))
+    for (int row = 0; row + s32Block <= m_s32Rows; row += s32Block * everyBlockRow(m_s32Rows, m_s32Columns))
         addBlocks(row);
     const auto calm =
         m_vecBlocks.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(1, m_vecBlocks.size() / 10));
@@ -497,10 +499,6 @@ void Denoiser::findFixedStripes()
     if (m_fNoise < fLeastNoise)
         return;
     const float scale = fLaneUnits / m_fNoise;
-    for (int r = 0; r < m_s32Rows; ++r) {
-        toLanes(estimate(r), m_fBase, scale, m_oPicture[r], m_s32Columns);
-        mirrorEnds(m_oPicture[r], m_s32Columns, 4);
-    }
     constexpr int limit = static_cast<int>(9 * 3 * fLaneUnits), count = Segments::s32Count;
     const float unit = 1 / (9 * scale);
     const float prior = square(0.5F * m_fNoise), largest = 3 * 0.5F * m_fNoise;
@@ -516,7 +514,11 @@ void Denoiser::findFixedStripes()
 
     m_oSegments.clear(m_vecFixedColumns.size());
     const int every = std::max(1, m_s32Rows / 240);
-    for (int r = 0; r < m_s32Rows; r += every) {
+    for (int r = 0; r < m_s32Rows; ++r) {
+        toLanes(estimate(r), m_fBase, scale, m_oPicture[r], m_s32Columns);
+        mirrorEnds(m_oPicture[r], m_s32Columns, 4);
+        if (r % every != 0)
+            continue;
         const int s = std::min(count - 1, r * count / m_s32Rows);
         sumAcross(m_oPicture[r], limit, m_oSegments.sums[s].data(), m_oSegments.inside[s].data(),
                   m_s32Columns);
@@ -533,9 +535,11 @@ void Denoiser::findFixedStripes()
     for (int r = -4; r < 4; ++r)
         slideLine(lineOf(r), m_oSums[1], nine, m_s32Columns);
     for (int r = 0; r < m_s32Rows; ++r) {
-        slideLine(lineOf(r + 4), r == 0 ? m_oSums[1] : lineOf(r - 5), nine, m_s32Columns);
+        const short *entering = lineOf(r + 4), *leaving = r == 0 ? m_oSums[1] : lineOf(r - 5);
         for (int s = 0; s < count; ++s) {
-            const int from = m_s32Columns * s / count, to = m_s32Columns * (s + 1) / count;
+            const int from = m_s32Columns * s / count,
+                      to = std::min(m_s32Columns * (s + 1) / count, from + s32Part);
+            slideLine(entering + from, leaving + from, nine + from, to - from);
             const ClippedSum line = sumDown(m_oPicture[r] + from, nine + from, limit, to - from);
             m_oRowSegments.sums[s][static_cast<std::size_t>(r)] = line.sum;
             m_oRowSegments.inside[s][static_cast<std::size_t>(r)] = line.inside;
