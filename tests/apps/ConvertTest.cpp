@@ -67,7 +67,6 @@ TEST_F(Convert, SaysWhatIsWrongInOneLineAndLeavesNothing)
                     {"convert frame --raw 2x1 --from rgb --to png --out a.png", "rgb"},
                     {"convert frame --raw 2x1 --from uyvy --to jpg --out a.png", "jpg"},
                     {"convert frame --raw 2x1 --from uyvy --to png --out a.jpg", "a.jpg"},
-                    {"convert frame --raw 1x1 --from uyvy --to png --out a.png", "1x1"},
                     {"convert frame --from png --to yuv2 --out a", "frame: not a PNG, JPEG"},
                     {"convert frame --raw 2x1 --from png --to yuv2 --out a", "--raw"},
                     {"convert nine --raw 3x1 --from ycbcr --to yuv2 --out a", "3x1"},

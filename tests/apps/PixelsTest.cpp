@@ -159,14 +159,12 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
                     {"pixels detect f0.pgm --out map.pgm", "say how"},
                     {"pixels detect --spread 1 --out map.pgm", "INPUT"},
                     {"pixels detect f0.pgm --spread 1 --out map.png", "map.png"},
-                    {"pixels detect f0.pgm --spread 0 --out map.pgm", "--spread"},
                     {"pixels detect f0.pgm --spread 1 --out map.pgm", "40000"},
                     {"pixels detect f0.pgm --monotony --rows-columns 5 --out map.pgm", "--rows-columns"},
                     {"pixels detect --netd f0.pgm cold f0.pgm 30 --out map.pgm", "cold"},
                     {"pixels detect --netd f0.pgm 20 30 --out map.pgm", "--netd"},
                     {"pixels records missing.pgm --radius 3 --out r.pgm", "missing.pgm"},
                     {"pixels records bad.pgm --radius 3 --out r.pgm", "without a good pixel"},
-                    {"pixels show missing.pgm", "missing.pgm"},
                     {"render f0.pgm --bad-pixels missing.pgm --out f.png", "missing.pgm"}});
     said("pixels detect f0.pgm --spread 1 --offset 9000 --out map.pgm");
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "tests/Support.h"
-
 #include "apps/thermal/Program.h"
 #include "camera/Frame.h"
+#include "tests/Support.h"
 
 #include <opencv2/imgcodecs.hpp>
 

@@ -35,7 +35,6 @@ TEST_F(Undistort, SaysWhatIsWrongInOneLineAndLeavesNothing)
                     {"undistort frame.png --map other.pam --out a.avi", "a.avi"},
                     {"undistort frame.png --map other.pam --size 6x4 --out a.png", "--size"},
                     {"undistort --make 0,0,5,5,2 --size 6x4 --out a.pam", "K1,K2,FX,FY,CX,CY"},
-                    {"undistort --make 0,0,0,5,2,2 --size 6x4 --out a.pam", "--make"},
                     {"undistort --make 0,0,5,5,2,2 --out a.pam", "--size"},
                     {"undistort frame.png --make 0,0,5,5,2,2 --size 6x4 --out a.pam", "INPUT"},
                     {"undistort --make 0.5,0,500,500,1000,1000 --size 2000x2000 --out a.pam", "rows away"}});

@@ -1,8 +1,7 @@
 #include "camera/Camera.h"
 
-#include "tests/Support.h"
-
 #include "tests/Allocations.h"
+#include "tests/Support.h"
 
 using namespace velmo::camera;
 

@@ -58,18 +58,6 @@ TEST(Camera, MeasuresFramesAndFollowsBlobs)
     EXPECT_NE(marked(10, 13)[0], marked(10, 13)[1]); // not grey: marked
 }
 
-TEST(Camera, LearnsALockedRangeFromItsFirstFrames)
-{
-    Camera camera(settingsWith({{"colours/range", "lock"}, {"colours/palette", "Grayscale"}}));
-    for (int time = 0; time < 10; ++time) {
-        EXPECT_TRUE(camera.range().learning());
-        camera.show(Frame(4, 4, static_cast<unsigned short>(1000 + 100 * time)));
-    }
-    EXPECT_FALSE(camera.range().learning());
-    EXPECT_EQ(camera.show(Frame(4, 4, 1910))(0, 0), cv::Vec3b(255, 255, 255));
-    EXPECT_EQ(camera.show(Frame(4, 4, 990))(0, 0), cv::Vec3b(0, 0, 0));
-}
-
 TEST(Camera, RefusesSettingsThatContradictEachOther)
 {
     const std::vector<std::pair<const char*, const char*>> wrong[] = {

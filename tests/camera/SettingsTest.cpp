@@ -1,9 +1,8 @@
 #include "camera/Settings.h"
 
-#include "tests/Support.h"
-
 #include "camera/settings/Keys.h"
 #include "camera/settings/Reference.h"
+#include "tests/Support.h"
 
 #include <set>
 
@@ -84,7 +83,6 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
     const std::tuple<const char*, const char*, const char*> wrong[] = {
         {"noise/temporel", "16:2048", "the nearest is noise/temporal"},
         {"blobs/spatial", "4", "the nearest is noise/spatial"},
-        {"noise", "4", "no setting 'noise'"},
         {"", "4", "no setting ''"},
         {"noise/temporal/gain", "4", "noise/temporal"},
         {"noise/temporal", "16", "'16' is not off or GAIN:FACTOR"},
@@ -92,9 +90,7 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
         {"noise/temporal", "0:2049", "FACTOR: '2049' is not a whole number from 0 to 2048"},
         {"noise/pattern", "0:0:-1", "FRAME: '-1'"},
         {"noise/spatial", "32", "0 to 31"},
-        {"noise/denoise", "yes", "'yes' is not off, light, normal or strong"},
         {"picture/legend", "yes", "'yes' is not false or true"},
-        {"frame/downsize", "240x180", "off, 160x120 or 120x90"},
         {"colours/range", "5", "'5' is not auto, lock, MIN:MAX or pLOW:pHIGH"},
         {"colours/range", "p5:p5", "5 is not above 5"},
         {"colours/range", "p1:200", "'200' is not a percentile"},

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "tests/Support.h"
-
 #include "core/Forms.h"
+#include "tests/Support.h"
 
 /// Where inputs come from.
 class Random

@@ -1,17 +1,13 @@
 #include "recordings/Films.h"
 
 #include "recordings/Frames.h"
-#include "recordings/GreyWriters.h"
 #include "recordings/PngFile.h"
 #include "tests/Support.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include <csignal>
 #include <cstdio>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -157,67 +153,6 @@ TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
                     testing::AllOf(HasSubstr(name), testing::Not(HasSubstr("\n"))));
     const auto counts = films().create({path("counts.avi"), "counts.avi"}, {});
     EXPECT_THROW(counts->write(Frame(4, 4, 7)), Exception); // would lose bits
-}
-
-/// No file of this process can be longer, as if the disk were full.
-class DiskFullBehind
-{
-public:
-    explicit DiskFullBehind(rlim_t bytes) : m_pBefore(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_oBefore);
-        const rlimit limit = {bytes, m_oBefore.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~DiskFullBehind()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_oBefore);
-        std::signal(SIGXFSZ, m_pBefore);
-    }
-    DiskFullBehind(const DiskFullBehind&) = delete;
-    DiskFullBehind& operator=(const DiskFullBehind&) = delete;
-
-private:
-    rlimit m_oBefore = {};
-    void (*m_pBefore)(int);
-};
-
-TEST_F(FilmFiles, AndOtherFilesSayWhenTheyCannotBeWritten)
-{
-    Frame noise(64, 64);
-    cv::randu(noise, 0, 65536);
-    Picture colours(64, 64);
-    cv::randu(colours, 0, 256);
-    const auto all = [](std::unique_ptr<ImageWriter> writer, const cv::Mat& image) {
-        for (int i = 0; i < 10; ++i)
-            writer->write(image);
-        writer->finish();
-    };
-    const auto a = [&] { return OutputFile(path("a"), "a"); };
-    const auto toFilm = [&](Container container, const cv::Mat& image) {
-        FilmFormat format;
-        format.container = container;
-        all(films().create(a(), format), image);
-    };
-    const std::pair<const char*, std::function<void()>> writers[] = {
-        {"PNG", [&] { writePng(a(), noise); }},
-        {"PGM", [&] { writePgm(a(), noise, ""); }},
-        {"TIFF", [&] { all(createTiff(a(), 10, ""), noise); }},
-        {"NumPy", [&] { all(createNpy(a()), noise); }},
-        {"raw", [&] { all(createRaw(a()), noise); }},
-        {"AVI", [&] { toFilm(Container::Avi, colours); }},
-        {"Matroska", [&] { toFilm(Container::Mkv, noise); }},
-        {"MP4", [&] { toFilm(Container::Mp4, colours); }},
-    };
-    for (const auto& [what, write] : writers) {
-        write();
-        const auto size = std::filesystem::file_size(path("a"));
-        // Within the first frame, where the last frame ends, and where only what is written last is missing.
-        for (const std::uintmax_t limit : {std::uintmax_t{1000}, size / 2, size - 1}) {
-            const DiskFullBehind full(limit);
-            EXPECT_THROW(write(), Exception) << what << ", " << limit << " of " << size;
-        }
-    }
 }
 
 /// A JPEG that says how the camera was held.

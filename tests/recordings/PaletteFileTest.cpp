@@ -1,7 +1,6 @@
 #include "recordings/PaletteFile.h"
 
 #include "tests/Support.h"
-
 #include "vision/imgproc/ColorPaletteManager.h"
 
 namespace {
@@ -10,18 +9,6 @@ using namespace velmo::recordings;
 using velmo::vision::ColorPaletteManager;
 
 using PaletteFile = FilesTest;
-
-TEST_F(PaletteFile, GivesItsFirstPalette)
-{
-    const std::string path =
-        put("a.xml", "<?xml version=\"1.0\"?>\n<group name=\"palettes\">\n"
-                     "<item name=\"Traffic\" type=\"uint8[]\">#00FF00 #FFFF00 #FF0000</item>\n"
-                     "<item name=\"Zebra\" type=\"uint8[]\">#000000 #FFFFFF</item>\n</group>\n");
-    EXPECT_EQ(loadPaletteFile(path), "Traffic");
-    EXPECT_EQ(ColorPaletteManager::getPaletteColors("Traffic"),
-              (Palette{0, 0xFF, 0, 0xFF, 0xFF, 0, 0xFF, 0, 0}));
-    EXPECT_EQ(ColorPaletteManager::getPaletteColors("Zebra"), (Palette{0, 0, 0, 0xFF, 0xFF, 0xFF}));
-}
 
 TEST_F(PaletteFile, ThatHoldsNoneIsRefusedByName)
 {

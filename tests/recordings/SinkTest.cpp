@@ -1,5 +1,3 @@
-#include "recordings/Frames.h"
-
 #include "recordings/PictureSink.h"
 #include "recordings/ThreadedSink.h"
 #include "tests/Support.h"
@@ -15,20 +13,6 @@ using namespace velmo::camera;
 using namespace velmo::recordings;
 
 using Sink = FilesTest;
-
-TEST_F(Sink, WritesPicturesToWhatThePathNames)
-{
-    const Picture picture(16, 16, cv::Vec3b(1, 2, 3));
-    Outputs outputs;
-    for (const char* name : {"one.png", "film.avi", "many"}) {
-        const auto sink = openSink(outputs, path(name), std::nullopt, 9);
-        sink->write(picture);
-        sink->finish();
-    }
-    outputs.commit();
-    EXPECT_THAT(folder.entries(), ElementsAre("film.avi", "many", "one.png"));
-    EXPECT_TRUE(same(cv::imread(path("many/frame_0000.png")), picture));
-}
 
 TEST_F(Sink, KnowsWhichFramesOfAFolderItWouldReplace)
 {
@@ -102,29 +86,12 @@ TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)
     EXPECT_THAT(run(-1, 20), testing::Not(testing::Contains(1000)));
 }
 
-TEST_F(Sink, KeepsFramesByTheNameOfItsTarget)
+TEST_F(Sink, OfFramesRefusesWhatLosesThem)
 {
-    Frame frame(3, 5);
-    cv::randu(frame, 0, 65536);
-    FrameFormat format;
-    format.unit = "kelvin/64";
-    const char* const names[] = {"a.tiff", "a.npy", "a.mkv", "a.png", "a.pgm", "a"};
     Outputs outputs;
-    for (const char* name : names) {
-        const auto sink = openFrameSink(outputs, path(name), 1, format);
-        sink->write(frame);
-        sink->finish();
-    }
-    outputs.commit();
-    for (const char* name : names) {
-        const auto source = openFrames({path(name)}, {});
-        Frame back;
-        ASSERT_TRUE(source->next(back)) << name;
-        EXPECT_TRUE(same(back, frame)) << name;
-        EXPECT_EQ(source->unit(), name == std::string("a.npy") ? "" : "kelvin/64") << name;
-    }
     for (const char* name : {"a.avi", "a.jpg", "folder/a.npy"})
         EXPECT_THROW(openFrameSink(outputs, path(name), 1), Exception) << name;
+    FrameFormat format;
     format.degrees = true;
     EXPECT_THROW(openFrameSink(outputs, path("a.mkv"), 1, format), Exception);
 }

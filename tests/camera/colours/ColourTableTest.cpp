@@ -132,8 +132,6 @@ TEST(Isotherm, OverAnotherWins)
 TEST(Isotherm, IsRefusedWithWhatIsWrong)
 {
     expectRefused({{"", "'' is not above:LOW:RRGGBB"},
-                   {"37.5:FF0000", "is not above:LOW:RRGGBB"},
-                   {"above:37.5", "is not above:LOW:RRGGBB"},
                    {"above:37.5:FF0000:soft", "is not above:LOW:RRGGBB"},
                    {"between:1:FF0000", "between:LOW:HIGH:RRGGBB"},
                    {"above:37.5:FF000", "'FF000' is not a colour"},

@@ -1,9 +1,8 @@
 #include "camera/measures/Blobs.h"
 
-#include "tests/Support.h"
-
 #include "camera/measures/BlobPicture.h"
 #include "camera/measures/BlobTracker.h"
+#include "tests/Support.h"
 
 namespace {
 

@@ -56,15 +56,12 @@ TEST(Shape, IsRefusedWithTheValueAndTheLimit)
 {
     const std::tuple<Kind, const char*, const char*> texts[] = {
         {Kind::Spot, "", "spot: '' is not X,Y"},
-        {Kind::Spot, "1", "spot: '1' is not X,Y"},
         {Kind::Spot, "1,2,3", "spot: '1,2,3' is not X,Y"},
         {Kind::Spot, "1,-2", "spot Y: '-2' is not a whole number from 0"},
         {Kind::Spot, "1,2:-1", "spot R: '-1' is not a number from 0"},
-        {Kind::Spot, "1,2:nan", "spot R: 'nan'"},
         {Kind::Box, "1,2,3", "box: '1,2,3' is not X,Y,W,H"},
         {Kind::Box, "1,2,0,4", "box W: '0' is not a whole number from 1"},
         {Kind::Line, "1,2,3,4,5,6", "line: '1,2,3,4,5,6' is not X,Y,X,Y"},
-        {Kind::Polygon, "1,2,3,4", "polygon: '1,2,3,4' is not X,Y,X,Y,X,Y"},
         {Kind::Polygon, "1,2,3,4,5,6,7", "polygon: '1,2,3,4,5,6,7' is not X,Y"},
         {Kind::Spot, "12,0", "hot: reaches to column 12, frames of 12x9 have 0 to 11"},
         {Kind::Spot, "0,9", "hot: reaches to row 9, frames of 12x9 have 0 to 8"},

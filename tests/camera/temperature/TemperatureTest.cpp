@@ -62,18 +62,14 @@ TEST(Scale, RefusesWhatIsNoUnitWithTheValueAndTheLimit)
 {
     expectRefused({{"", "centikelvin"},
                    {"kelvin", "'kelvin' is not counts, centikelvin"},
-                   {"Centikelvin", "'Centikelvin' is not"},
                    {"kelvin/32", "planck:R1,B,F,O,R2"},
                    {"linear:1", "unit linear: '1' is not GAIN:OFFSET"},
-                   {"linear:1:2:3", "is not GAIN:OFFSET"},
                    {"linear:0:20", "GAIN is 0, not above 0"},
-                   {"linear:-1:20", "GAIN is -1, not above 0"},
                    {"linear:nan:20", "GAIN: 'nan' is not a number"},
                    {"linear:1:inf", "OFFSET: 'inf' is not a number"},
                    {"linear:1e-7:20", "the values 0 and 1 are both 20.0000"},
                    {"linear:0.001:-1000", "no value from 0 to 65535 has a temperature"},
                    {"planck:1,2,3,4", "unit planck: '1,2,3,4' is not R1,B,F,O,R2"},
-                   {"planck:1,2,3,4,5,6", "is not R1,B,F,O,R2"},
                    {"planck:0,1428,1,-488,1", "R1 is 0, not above 0"},
                    {"planck:17000,-1428,1,-488,1", "B is -1428, not above 0"},
                    {"planck:17000,1428,x,-488,1", "F: 'x' is not a number"},
@@ -108,9 +104,7 @@ TEST(Scale, DoubtsAMedianThatIsNotOfThisWorld)
         {"decikelvin", 30000, "try centikelvin (26.9 °C) or"},
         {"kelvin/16", 19000, ""}, // nobody can tell
         {"centikelvin", 4700, "try kelvin/16 (20.6 °C) or"},
-        {"centikelvin", 2950, "try decikelvin (21.9 °C) or"},
         {"centikelvin", 230, "try celsius/10 (23.0 °C) or"},
-        {"celsius/10", 65000, "try centikelvin (49.2 °C) or"},
         {flame, 8300, "is below all temperatures"},
         {flame, 8400, ""},
         {"linear:1:-250", 5, "try celsius/10 (0.5 °C) or"},
@@ -164,7 +158,6 @@ TEST(Radiometry, RefusesValuesBeyondTheirLimits)
 {
     const std::pair<Radiometry::Settings, const char*> cases[] = {
         {{0.009}, "emissivity: 0.009 is not from 0.01 to 1"},
-        {{1.01}, "emissivity: 1.01"},
         {{std::nan("")}, "emissivity: nan"},
         {{1, -274}, "reflected temperature: -274 °C"},
         {{1, 5000}, "beyond what the band 1430,1.35 knows"},

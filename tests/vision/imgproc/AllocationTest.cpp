@@ -3,9 +3,8 @@
 
 #include "tests/vision/imgproc/Filters.h"
 
-#include "tests/Support.h"
-
 #include "tests/Allocations.h"
+#include "tests/Support.h"
 
 TEST(Allocations, AreCounted)
 {

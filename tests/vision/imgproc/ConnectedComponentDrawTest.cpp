@@ -45,19 +45,16 @@ Points painted(const Canvas& canvas)
     return points;
 }
 
-Points withAxes(const Points& points, int rows, int cols)
+template <void (*draw)(Canvas&, const Components&, bool)>
+Points drawn(const Points& points, int rows, int cols)
 {
     Canvas canvas = black(rows, cols);
-    ConnectedComponent::drawPrincipalComponents(canvas, one(points), true);
+    draw(canvas, one(points), true);
     return painted(canvas);
 }
 
-Points withHull(const Points& points, int rows, int cols)
-{
-    Canvas canvas = black(rows, cols);
-    ConnectedComponent::drawComponentHulls(canvas, one(points), true);
-    return painted(canvas);
-}
+const auto withAxes = drawn<ConnectedComponent::drawPrincipalComponents>;
+const auto withHull = drawn<ConnectedComponent::drawComponentHulls>;
 
 /// Every drawing of some components on a canvas.
 std::vector<Refusal> everyDrawing(const Components& components, int rows, int cols)
@@ -86,9 +83,7 @@ TEST_F(ComponentDrawing, PaintsEveryPixelInTheColorOfItsComponent)
     Canvas canvas = black(3, 5);
     ConnectedComponent::drawComponents(canvas, components, false, 0, false);
     EXPECT_EQ(painted(canvas), (Points{{0, 0}, {2, 1}, {4, 2}}));
-    EXPECT_EQ(canvas(2, 4), colors[0]);
-    EXPECT_EQ(canvas(0, 0), colors[2]);
-    EXPECT_EQ(canvas(1, 2), colors[2]);
+    EXPECT_TRUE(canvas(2, 4) == colors[0] && canvas(0, 0) == colors[2] && canvas(1, 2) == colors[2]);
     EXPECT_EQ(nextColors(1)[0], colors[3]);
 
     // The picture repeats if the generator is seeded again.
@@ -194,9 +189,8 @@ TEST_F(ComponentDrawing, OutlinesHulls)
 
 TEST_F(ComponentDrawing, DrawsAxesFromTheCentre)
 {
-    Points line;
-    for (int x = 0; x <= 10; ++x)
-        line.emplace_back(x, 5);
+    const Points line{{0, 5}, {1, 5}, {2, 5}, {3, 5}, {4, 5}, {5, 5},
+                      {6, 5}, {7, 5}, {8, 5}, {9, 5}, {10, 5}};
     const Points flat = withAxes(line, 11, 11);
     EXPECT_TRUE(flat == Points(line.begin(), line.begin() + 6) ||
                 flat == Points(line.begin() + 5, line.end()))

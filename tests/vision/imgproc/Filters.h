@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tests/Support.h"
-
 #include "vision/imgproc/ColorConvert.h"
 #include "vision/imgproc/ColorPaletteConverter.h"
 #include "vision/imgproc/DownSize.h"
