@@ -86,18 +86,12 @@ TEST(DataStorage, RefusesInvalidIdsAndPathsThroughValuesThatAreNoGroups)
     storage.set("a/b", number(1));
     const std::string through = std::string("not a valid storage type: b\ntype: ") + typeid(int).name() +
                                 "\nexpected type: " + typeid(Storage).name();
-    for (const auto& [id, message] : {std::pair("", std::string("invalid id")),
-                                      {"/", "invalid id"},
-                                      {"/a", "invalid id"},
-                                      {"a/", "invalid id"},
-                                      {"a//b", "invalid id"},
-                                      {"a/b/c", through},
-                                      {"a/b/c/d", through}}) {
-        const std::string key = id;
-        EXPECT_EQ(refusal([&] { storage.get(key); }), (Refusal{message, "get"})) << id;
-        EXPECT_EQ(refusal([&] { storage[key]; }), (Refusal{message, "operator[]"})) << id;
-        EXPECT_EQ(refusal([&] { std::as_const(storage)[key]; }), (Refusal{message, "operator[]"})) << id;
-        EXPECT_EQ(refusal([&] { storage.set(key, number(1)); }), (Refusal{message, "set"})) << id;
+    for (const std::string key : {"", "/", "/a", "a/", "a//b", "a/b/c", "a/b/c/d"}) {
+        const std::string message = key.rfind("a/b/", 0) == 0 ? through : "invalid id";
+        EXPECT_EQ(refusal([&] { storage.get(key); }), (Refusal{message, "get"})) << key;
+        EXPECT_EQ(refusal([&] { storage[key]; }), (Refusal{message, "operator[]"})) << key;
+        EXPECT_EQ(refusal([&] { std::as_const(storage)[key]; }), (Refusal{message, "operator[]"})) << key;
+        EXPECT_EQ(refusal([&] { storage.set(key, number(1)); }), (Refusal{message, "set"})) << key;
     }
     EXPECT_THROW(storage.set("a/c", nullptr), Exception);
     EXPECT_EQ(keys(storage.get("a")->value<Storage>()), "b,");

@@ -130,15 +130,6 @@ TEST_F(ColorPaletteManagerTest, OffersAvailablePalettesToTheUser)
         EXPECT_EQ(refusal([&] { Manager::getPaletteColors(name); }), notSupported(name, "getPaletteColors"));
 }
 
-TEST_F(ColorPaletteManagerTest, RefusesColorsOfAnotherType)
-{
-    Manager::m_stoAvailablePalettes.set("text", Variant::create("0 0 0"));
-    EXPECT_EQ(refusal([] { Manager::getPaletteColors("text"); }),
-              (Refusal{std::string("Variant-type (") + typeid(std::string).name() + ")!= Template-type (" +
-                           typeid(Palette).name() + ")",
-                       "value"}));
-}
-
 TEST_F(ColorPaletteManagerTest, ListsColorsWhileItRegistersThem)
 {
     // Supported but nothing available: the first look-up registers the built-in palettes during the walk.
