@@ -5,30 +5,39 @@ usage: plant.py [REGEX]   only faults whose file, text or replacement match
 
 A list holds faults one after another:
 
-    path/of/the/file.cpp [under PRESET]
+    path/of/the/file.cpp [under thread | found by TARGET]
     -the text, which stands in that file once (several lines, each with its -)
     +what is planted in its place (nothing, or several lines)
 
-Lines that begin with # are comments. Works in a copy of the tree below build/mutants; the sources of the person
-stay as they are.
+Lines that begin with # are comments. "under thread" shows a fault to the thread sanitizer, "found by" to a minute of
+that fuzz target. Works in a copy of the tree below build/mutants; the sources of the person stay as they are.
 """
 import os
 import pathlib
 import re
+import resource
 import subprocess
 import sys
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 TREE = ROOT / "build" / "mutants" / "tree"
 SECONDS = 300  # for each program of tests: a fault may make them hang
+SEARCH = 60  # for a fuzz target
 
 WITHOUT_FAULT = []  # tests that fail without one say nothing about others
+USED = {}  # the processor time that a program needs without a fault
 
-# Which programs of tests a fault below a folder is shown to; ninja builds what the fault changes.
+# Quickly built: what is planted shows at any level, and warnings are no matter here. A compiler cache knows the
+# ordinary build.
+QUICK = ["-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG", "-DVELMO_TARGET_CLONES=OFF", "-DVELMO_WERROR=OFF"]
+OPTIONS = {"release": [] if "CMAKE_CXX_COMPILER_LAUNCHER" in os.environ else QUICK, "thread": [], "fuzz": []}
+
+# Which programs of tests a fault below a folder is shown to, one after another; ninja builds what the fault changes.
 PROGRAMS = {
     "core": ["imgproc_tests", "kernel_tests"],
     "vision": ["imgproc_tests", "kernel_tests", "allocation_tests", "platform_tests"],
-    "camera": ["camera_tests", "allocation_tests", "apps/thermal_tests"],
+    "camera": ["camera_tests", "kernel_tests", "allocation_tests", "apps/thermal_tests"],
     "recordings": ["recordings/recordings_tests", "apps/thermal_tests"],
     "apps": ["apps/thermal_tests"],
 }
@@ -36,15 +45,19 @@ PROGRAMS = {
 
 class Fault:
     def __init__(self, head):
-        self.path, _, preset = head.partition(" under ")
-        self.preset = preset or "release"
+        self.path, _, way = head.partition(" ")
+        self.target = way.removeprefix("found by ") if way.startswith("found by ") else ""
+        self.preset = "fuzz" if self.target else way.removeprefix("under ") or "release"
         self.old, self.new = [], []
 
     def __str__(self):
-        return f"{self.path}: {' '.join(self.old).strip()} -> {' '.join(self.new).strip()}"
+        by = f" [{self.target}]" if self.target else ""
+        return f"{self.path}{by}: {' '.join(self.old).strip()} -> {' '.join(self.new).strip()}"
 
     def programs(self):
-        programs = PROGRAMS[self.path.split("/")[0]]
+        if self.target:
+            return [f"fuzz/{self.target}"]
+        programs = [f"tests/{program}" for program in PROGRAMS[self.path.split("/")[0]]]
         return programs[:1] if self.preset == "thread" else programs
 
     def planted(self, source):
@@ -93,30 +106,76 @@ def copy_tree():
 def build(preset, programs):
     folder = TREE / "build" / preset
     if not (folder / "build.ninja").exists():
-        result = run("cmake", "--preset", preset, "-DVELMO_BUILD_BENCH=OFF", cwd=TREE)
+        result = run("cmake", "--preset", preset, "-DVELMO_BUILD_BENCH=OFF", *OPTIONS[preset], cwd=TREE)
         if result.returncode != 0:
             return result
     jobs = os.environ.get("MUTANTS_JOBS", str(os.cpu_count()))
-    return run("ninja", "-C", str(folder), "-j", jobs, *(f"tests/{program}" for program in programs))
+    return run("ninja", "-C", str(folder), "-j", jobs, *programs)
 
 
-def failures(preset, programs, *options):
-    """The tests that fail, and what else went wrong."""
-    failed = []
-    for program in programs:
-        path = TREE / "build" / preset / "tests" / program
-        only = "*Thread*" if preset == "thread" else "*"
-        try:
-            result = run(str(path), "--gtest_brief=1", f"--gtest_filter={only}-{':'.join(WITHOUT_FAULT)}", *options,
-                         cwd=path.parent, timeout=SECONDS)
-        except subprocess.TimeoutExpired:
-            return failed + [f"{program} hangs"]
-        names = dict.fromkeys(re.findall(r"\[  FAILED  \] ([^\s,(]+\.[^\s,(]+)", result.stdout))
-        if result.returncode != 0:
-            failed += names or [f"{program} ends with {result.returncode}"]
-        if failed and options:
-            break
-    return failed
+def suites_beside(path):
+    """The tests of the file's family: they most likely see a fault in it."""
+    family = re.sub(r"(Kernel|Plain|Loops)$", "", pathlib.Path(path).stem)
+    suites = set()
+    for test in (TREE / "tests").rglob("*Test.cpp"):
+        name = re.sub(r"(Kernel)?Test$", "", test.stem)
+        if name and (family.startswith(name) or name.startswith(family)):
+            suites.update(re.findall(r"^TEST(?:_F|_P)?\((\w+)", test.read_text(), re.M))
+    return ":".join(f"{suite}.*:*/{suite}.*" for suite in sorted(suites))
+
+
+def limited(program):
+    """For a process that may hang: it ends after more than twice the processor time that it should need."""
+    seconds = int(2 * USED.get(program, SECONDS) + 10)
+    return lambda: resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
+
+
+def failures(preset, program, only, *options):
+    """The tests that fail, or what else went wrong."""
+    path = TREE / "build" / preset / program
+    before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+    try:
+        result = run(str(path), "--gtest_brief=1", f"--gtest_filter={only}-{':'.join(WITHOUT_FAULT)}", *options,
+                     cwd=path.parent, timeout=SECONDS, preexec_fn=limited(program))
+    except subprocess.TimeoutExpired:
+        return [f"{program} hangs"]
+    USED.setdefault(program, resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before)
+    names = dict.fromkeys(re.findall(r"\[  FAILED  \] ([^\s,(]+\.[^\s,(]+)", result.stdout))
+    return list(names) or ([f"{program} ends with {result.returncode}"] if result.returncode != 0 else [])
+
+
+def found(fault):
+    """What the fuzz target says of the fault, and after how long; nothing if it has not found it."""
+    begin, folder = time.monotonic(), TREE / "build" / "found"
+    subprocess.run(["rm", "-rf", folder], check=True)
+    folder.mkdir(parents=True)
+    used = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+    result = run(str(TREE / "build" / "fuzz" / "fuzz" / fault.target), f"-max_total_time={SEARCH}", "-timeout=10",
+                 "-rss_limit_mb=2048", f"-artifact_prefix={folder}/", str(folder),
+                 str(TREE / "fuzz" / "corpus" / fault.target))
+    if result.returncode == 0:
+        return []
+    used = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - used
+    said = re.findall(r"SUMMARY: \w+: (\S+)|(runtime error: .*)", result.stderr)
+    runs = re.findall(r"^#(\d+)", result.stderr, re.M)
+    return [f"{''.join(said[0]) if said else 'ended'} after {time.monotonic() - begin:.0f} s"
+            f" ({used:.1f} s of the processor, more than {runs[-1] if runs else 0} inputs)"]
+
+
+def shown(fault):
+    """The tests that see a planted fault, those beside it first; what is not needed is not built."""
+    if fault.target:
+        built = build("fuzz", fault.programs())
+        return built, found(fault) if built.returncode == 0 else []
+    beside = suites_beside(fault.path)
+    everything = "*Thread*" if fault.preset == "thread" else "*"
+    for only in [beside, everything] if beside and fault.preset != "thread" else [everything]:
+        for program in fault.programs():
+            built = build(fault.preset, [program])
+            failed = failures(fault.preset, program, only, "--gtest_fail_fast") if built.returncode == 0 else []
+            if failed or built.returncode != 0:
+                return built, failed
+    return built, []
 
 
 def plant(fault):
@@ -126,16 +185,14 @@ def plant(fault):
     changed = fault.planted(source)
     if changed is None:
         return "not found", ""
-    programs = fault.programs()
     path.write_text(changed)
     try:
-        built = build(fault.preset, programs)
-        if built.returncode != 0:
-            return "does not build", "\n".join(built.stdout.splitlines()[-15:])
-        failed = failures(fault.preset, programs, "--gtest_fail_fast")
-        return ("killed", failed[0]) if failed else ("survived", "")
+        built, failed = shown(fault)
     finally:
         path.write_text(source)
+    if built.returncode != 0:
+        return "does not build", "\n".join(built.stdout.splitlines()[-15:])
+    return ("killed", failed[0]) if failed else ("survived", "")
 
 
 def main():
@@ -144,11 +201,12 @@ def main():
     if not chosen:
         sys.exit("No fault matches!")
     copy_tree()
-    for preset, programs in {(fault.preset, tuple(fault.programs())): None for fault in chosen}:
-        built = build(preset, programs)
+    for preset, program in {(fault.preset, program): None for fault in chosen for program in fault.programs()}:
+        built = build(preset, [program])
         if built.returncode != 0:
             sys.exit(f"Without a fault {preset} does not build:\n{built.stdout[-2000:]}{built.stderr[-2000:]}")
-        WITHOUT_FAULT.extend(failures(preset, programs))
+        if preset != "fuzz":
+            WITHOUT_FAULT.extend(failures(preset, program, "*Thread*" if preset == "thread" else "*"))
     if WITHOUT_FAULT:
         print("fail without a fault:", *WITHOUT_FAULT)
     ends = {}
