@@ -125,7 +125,7 @@ std::vector<float> Lines::find() const
 
 Plane deviationsOf(Suspects& suspects)
 {
-    const OddSpots spots(suspects.mean, suspects.bad, {});
+    OddSpots spots(suspects.mean, suspects.bad, {});
     Plane deviations(suspects.mean.size());
     for (int y = 0; y < deviations.rows; ++y)
         for (int x = 0; x < deviations.cols; ++x)

@@ -35,8 +35,8 @@ constexpr double widePart = 0.75;
 constexpr float deviationsAtWidePart = 1.706F;
 
 /// Good values in a square of this radius, without its centre of another; no centre at all is -1.
-void collect(const Plane& plane, const Mask& bad, cv::Point at, int radius, int without,
-             std::vector<float>& values)
+void gather(const Plane& plane, const Mask& bad, cv::Point at, int radius, int without,
+            std::vector<float>& values)
 {
     values.clear();
     for (int y = std::max(at.y - radius, 0); y <= std::min(at.y + radius, plane.rows - 1); ++y)
@@ -70,40 +70,63 @@ struct OddSpots::Ring
     std::size_t count;
 };
 
-OddSpots::OddSpots(const Plane& plane, Mask& bad, const OddRule& rule)
-    : m_oPlane(plane), m_oBad(bad), m_oRule(rule)
+OddSpots::Surroundings::Surroundings(const OddSpots& spots, bool far)
+    : m_oSpots(spots), m_bFar(far), m_oMiddle(spots.m_oPlane.size(), unknown),
+      m_oDeviation(spots.m_oPlane.size(), unknown)
+{}
+
+void OddSpots::Surroundings::collect(int y, int x)
 {
-    for (Plane* figure : {&m_oNear, &m_oNearDeviation, &m_oFar, &m_oFarDeviation, &m_oWide})
-        *figure = Plane(plane.size());
-    for (int y = 0; y < plane.rows; ++y)
-        for (int x = 0; x < plane.cols; ++x)
-            lookAt(y, x);
+    const Plane& plane = m_oSpots.m_oPlane;
+    const Mask& bad = m_oSpots.m_oBad;
+    m_vecValues.clear();
+    if (m_bFar)
+        gather(plane, bad, {x, y}, 3, 1, m_vecValues);
+    for (int radius = 2; radius <= 6 && m_vecValues.size() < 8; radius += 2)
+        gather(plane, bad, {x, y}, radius, 0, m_vecValues);
+}
+
+float OddSpots::Surroundings::middle(int y, int x)
+{
+    float& middle = m_oMiddle(y, x);
+    if (middle == unknown) {
+        collect(y, x);
+        middle = m_vecValues.size() < 3 ? m_oSpots.m_oPlane(y, x) : medianOf(m_vecValues);
+    }
+    return middle;
+}
+
+float OddSpots::Surroundings::deviation(int y, int x)
+{
+    float& deviation = m_oDeviation(y, x);
+    if (deviation == unknown) {
+        const float from = middle(y, x);
+        collect(y, x);
+        for (float& value : m_vecValues)
+            value = std::abs(value - from);
+        deviation = m_vecValues.size() < 3 ? largest : medianOf(m_vecValues);
+    }
+    return deviation;
+}
+
+OddSpots::OddSpots(const Plane& plane, Mask& bad, const OddRule& rule)
+    : m_oPlane(plane), m_oBad(bad), m_oRule(rule), m_oWide(plane.size())
+{
     widen();
 }
 
-void OddSpots::lookAt(int y, int x)
+float OddSpots::deviation(int y, int x)
 {
-    std::vector<float> values;
-    for (int radius = 2; radius <= 6 && values.size() < 8; radius += 2)
-        collect(m_oPlane, m_oBad, {x, y}, radius, 0, values);
-    Spread near{m_oPlane(y, x), largest};
-    if (values.size() >= 3)
-        near = spreadOf(values);
-    collect(m_oPlane, m_oBad, {x, y}, 3, 1, values);
-    const Spread far = values.size() < 8 ? near : spreadOf(values);
-    m_oNear(y, x) = near.middle;
-    m_oNearDeviation(y, x) = near.deviation;
-    m_oFar(y, x) = far.middle;
-    m_oFarDeviation(y, x) = far.deviation;
+    return std::max(m_oNear.deviation(y, x), m_oWide(y, x));
 }
 
-float OddSpots::wideAt(int top, int left) const
+float OddSpots::wideAt(int top, int left)
 {
     std::vector<float> odd;
     for (int y = std::max(0, top - around); y < std::min(m_oPlane.rows, top + block + around); y += 2)
         for (int x = std::max(0, left - around); x < std::min(m_oPlane.cols, left + block + around); x += 2)
             if (m_oBad(y, x) == 0)
-                odd.push_back(std::abs(m_oPlane(y, x) - m_oNear(y, x)));
+                odd.push_back(std::abs(m_oPlane(y, x) - m_oNear.middle(y, x)));
     const float deviation = odd.size() < 8 ? 0 : quantileOf(odd, widePart) / deviationsAtWidePart;
     return std::max(deviation * m_oRule.wideFactor, m_oRule.leastDeviation);
 }
@@ -117,11 +140,16 @@ void OddSpots::widen()
         }
 }
 
-float OddSpots::score(int y, int x) const
+/// In deviations; 0 for what is not that far.
+float OddSpots::standsOut(Surroundings& from, int y, int x, float least) const
 {
-    const float value = m_oPlane(y, x);
-    return std::max(std::abs(value - m_oNear(y, x)) / deviation(y, x),
-                    std::abs(value - m_oFar(y, x)) / std::max(m_oFarDeviation(y, x), m_oWide(y, x)));
+    const float far = std::abs(m_oPlane(y, x) - from.middle(y, x));
+    return far <= least * m_oWide(y, x) ? 0 : far / std::max(from.deviation(y, x), m_oWide(y, x));
+}
+
+float OddSpots::score(int y, int x, float least)
+{
+    return std::max(standsOut(m_oNear, y, x, least), standsOut(m_oFar, y, x, least));
 }
 
 /// How far a pixel stands out from the straight lines between its good neighbours in four directions, and
@@ -170,7 +198,7 @@ bool OddSpots::findOnce(float threshold, const Take& take)
     for (int y = 0; y < m_oPlane.rows; ++y)
         for (int x = 0; x < m_oPlane.cols; ++x)
             if (m_oBad(y, x) == 0) {
-                const float here = score(y, x);
+                const float here = score(y, x, threshold * lowPart);
                 seeds(y, x) = here > threshold * seedPart;
                 low(y, x) = here > threshold * lowPart;
             }
@@ -188,8 +216,10 @@ bool OddSpots::findOnce(float threshold, const Take& take)
     cv::dilate(found, found, cv::Mat(), {-1, -1}, 3);
     for (int y = 0; y < m_oPlane.rows; ++y)
         for (int x = 0; x < m_oPlane.cols; ++x)
-            if (found(y, x) != 0)
-                lookAt(y, x);
+            if (found(y, x) != 0) {
+                m_oNear.forget(y, x);
+                m_oFar.forget(y, x);
+            }
     widen();
     return cv::countNonZero(found) > 0;
 }
@@ -219,7 +249,7 @@ std::vector<OddSpots::Group> OddSpots::groupsOf(const Mask& low, const Mask& see
     return groups;
 }
 
-OddSpots::Ring OddSpots::ringOf(const Group& group) const
+OddSpots::Ring OddSpots::ringOf(const Group& group)
 {
     const auto masked = [&](int y, int x) { return m_oBad(y, x) != 0 || contains(group, y, x); };
     const cv::Rect box = cv::boundingRect(group);
@@ -236,7 +266,7 @@ OddSpots::Ring OddSpots::ringOf(const Group& group) const
             if (distance > 2)
                 continue;
             (distance == 1 ? touching : behind).push_back(m_oPlane(y, x));
-            outstanding.push_back(std::abs(agreed(y, x, m_oNear(y, x), masked)));
+            outstanding.push_back(std::abs(agreed(y, x, m_oNear.middle(y, x), masked)));
         }
     std::vector<float> all = touching;
     all.insert(all.end(), behind.begin(), behind.end());
@@ -249,7 +279,7 @@ OddSpots::Ring OddSpots::ringOf(const Group& group) const
 }
 
 /// Those of a group that are odd in every respect. `deviations`: by how much.
-OddSpots::Group OddSpots::verified(const Group& group, float threshold, std::vector<float>& deviations) const
+OddSpots::Group OddSpots::verified(const Group& group, float threshold, std::vector<float>& deviations)
 {
     deviations.clear();
     if (group.empty())
