@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t fewestFrames = 5; ///< to judge what varies
 constexpr float rounding = 0.25F;       ///< variance that whole numbers add, and to spare
+constexpr float farOut = 7;             ///< deviations of the noise around
 
 /// The values of the good pixels around one; not its own.
 template <class Value>
@@ -47,15 +48,15 @@ Plane noiseLevels(const PixelStatistics& statistics, const Mask& bad)
 }
 
 /// Whether it is the pixel that varies and not the scene: the pixel's own part varies as much, and so does
-/// its value; not in one frame alone; and three times as far as its neighbours do.
-bool variesByItself(const Suspects& suspects, const Mask& before, cv::Point at)
+/// its value; not in one frame alone, or else by far; and three times as far as its neighbours do.
+bool variesByItself(const Suspects& suspects, const Mask& before, cv::Point at, float deviations)
 {
     const PixelStatistics& statistics = suspects.statistics;
     const float variance = statistics.m_oVariance(at), restless = statistics.m_oRestless(at);
     const float ofValue = statistics.m_oMovement(at) + 2 * statistics.m_oFollow(at) + restless;
     const auto frames = static_cast<float>(statistics.m_nFrames);
-    if (restless < 0.5F * variance || ofValue < 0.5F * variance ||
-        statistics.m_oKurtosis(at) > variance * variance * (3 + 0.2F * frames))
+    const bool inOneFrame = statistics.m_oKurtosis(at) > variance * variance * (3 + 0.2F * frames);
+    if (restless < 0.5F * variance || ofValue < 0.5F * variance || (inOneFrame && deviations < 2 * farOut))
         return false;
     auto around =
         valuesAround(suspects, before, at, 1, [&](int y, int x) { return statistics.m_oRestless(y, x); });
@@ -122,11 +123,11 @@ void findRestless(Suspects& suspects, const Mask& before)
     const auto frames = static_cast<float>(statistics.m_nFrames);
     const Plane levels = noiseLevels(statistics, suspects.bad);
     // The logarithm of a deviation measured on few frames is uncertain by so much itself.
-    const OddRule rule{7, 3, 0.3F, 1, std::max(0.2F, 0.67F / std::sqrt(2 * (frames - 1)))};
+    const OddRule rule{farOut, 3, 0.3F, 1, std::max(0.2F, 0.67F / std::sqrt(2 * (frames - 1)))};
     Mask bad = before.clone();
     std::vector<std::pair<cv::Point, float>> found;
     OddSpots(levels, bad, rule).find([&](cv::Point pixel, float deviations) {
-        if (deviations > 0 && variesByItself(suspects, before, pixel))
+        if (deviations > 0 && variesByItself(suspects, before, pixel, deviations))
             found.emplace_back(pixel, deviations);
     });
     // What is near a wild pixel takes part in it: the medians around change with it.
