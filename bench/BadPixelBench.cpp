@@ -179,17 +179,35 @@ Job falling(cv::Size size)
     });
 }
 
-Job counting(cv::Size size)
+/// A few in each row.
+Map sparseFlags(cv::Size size)
 {
     Map flags(size, 0);
     for (int n = 0; n < size.area(); n += 37)
         flags(n / size.width, n % size.width) = 64;
+    return flags;
+}
+
+Job counting(cv::Size size)
+{
+    const Map flags = sparseFlags(size);
     Job job(4 * flags.total(), flags.total());
     return job.loop(countBad, [=, columns = std::vector<unsigned int>(static_cast<std::size_t>(size.width))](
                                   auto& form) mutable {
         for (int r = 0; r < flags.rows; ++r)
             benchmark::DoNotOptimize(form(flags[r], columns.data(), flags.cols));
     });
+}
+
+Job finding(cv::Size size)
+{
+    const Map flags = sparseFlags(size);
+    Job job(4 * flags.total(), flags.total());
+    return job.loop(
+        findBad, [=, columns = std::vector<int>(static_cast<std::size_t>(size.width))](auto& form) mutable {
+            for (int r = 0; r < flags.rows; ++r)
+                benchmark::DoNotOptimize(form(flags[r], columns.data(), flags.cols));
+        });
 }
 
 const std::vector<cv::Size> searchSizes = {{640, 480}, {1280, 1024}};
@@ -201,5 +219,6 @@ const Registration searchMany("replacement pixels, 5 %", many, searchSizes);
 const Registration searchBlock("replacement pixels, dead block", deadBlock, {{640, 480}});
 const Registration ofSeries("bad pixels by monotony", falling);
 const Registration ofLines("bad rows and columns", counting);
+const Registration ofRows("bad pixels of a row", finding);
 
 } // namespace

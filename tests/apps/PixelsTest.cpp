@@ -181,7 +181,7 @@ TEST_F(Pixels, AreEvenedOutByAFlatField)
     writeFrames("scene", 1, 12000, spoil);
     EXPECT_THAT(said("flat learn shutter*.pgm --out flat --csv"), HasSubstr("defective pixels,defects,1\n"));
     said("clean scene0.pgm --flat flat --out even.pgm");
-    const cv::Mat_<unsigned short> even = cv::imread(path("even.pgm"), cv::IMREAD_UNCHANGED);
+    const cv::Mat_<unsigned short> even = stored("even.pgm");
     double low = 0, high = 0;
     cv::minMaxLoc(even, &low, &high);
     EXPECT_LE(high - low, 1); // also in place of the dead pixel

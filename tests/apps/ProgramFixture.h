@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <iostream>
+#include <stdexcept>
 
 /// What one run of the program said.
 struct ProgramRun
@@ -28,10 +29,16 @@ protected:
     void write(const std::string& name, const std::string& bytes) const { put(name, bytes); }
     void write(const std::string& name, const Frame& frame) const { cv::imwrite(put(name, ""), frame); }
 
-    cv::Mat_<cv::Vec3b> picture(const std::string& name) const
+    /// What a run has left; without it there is nothing to look at.
+    cv::Mat stored(const std::string& name, int flags = cv::IMREAD_UNCHANGED) const
     {
-        return cv::imread(path(name), cv::IMREAD_COLOR);
+        cv::Mat image = cv::imread(path(name), flags);
+        if (image.empty())
+            throw std::runtime_error(name + ": no picture");
+        return image;
     }
+
+    cv::Mat_<cv::Vec3b> picture(const std::string& name) const { return stored(name, cv::IMREAD_COLOR); }
 
     /// In this process: its own function, without the start of a process.
     /// @param arguments  separated by single blanks

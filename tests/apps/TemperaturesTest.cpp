@@ -8,9 +8,6 @@ using namespace testing;
 class Temperatures : public ProgramFixture
 {
 protected:
-    /// Colours or counts, as they are in the file.
-    cv::Mat stored(const std::string& name) const { return cv::imread(path(name), cv::IMREAD_UNCHANGED); }
-
     /// A wall of 20 °C in hundredths of a kelvin, on it a plate of 30 °C.
     void writePlate() const
     {

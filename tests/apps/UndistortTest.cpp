@@ -18,8 +18,8 @@ TEST_F(Undistort, MovesThePixelsOfEveryFrame)
     said("undistort in --map lens.pam --out straight");
     const velmo::vision::DistortionCorrection lens(path("lens.pam"), 72, 96);
     for (const std::string n : {"0", "1"}) {
-        const Frame in = cv::imread(path("in/" + n + ".png"), cv::IMREAD_UNCHANGED);
-        const Frame out = cv::imread(path("straight/frame_000" + n + ".png"), cv::IMREAD_UNCHANGED);
+        const Frame in = stored("in/" + n + ".png");
+        const Frame out = stored("straight/frame_000" + n + ".png");
         EXPECT_TRUE(same(out, undistorted(in, lens)) && !same(out, in));
     }
 }
