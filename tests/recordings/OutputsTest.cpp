@@ -57,6 +57,14 @@ TEST_F(OutputsOfACommand, LeaveEverythingAsItWasIfOneCannotGetItsName)
     EXPECT_THAT(refusal([&] { outputs.commit(); }).message, HasSubstr("/c: cannot be written: "));
     EXPECT_EQ(bytes("a"), "before");
     EXPECT_FALSE(fs::exists(path("b")));
+
+    Outputs late;
+    write(late, "a", "after");
+    late.folder(path("d"));
+    write(late, "d/x", "new");
+    put("d", "meanwhile"); // seen only when the folder is to get its name
+    EXPECT_THAT(refusal([&] { late.commit(); }).message, HasSubstr("/d: cannot be written: "));
+    EXPECT_EQ(bytes("a") + bytes("d"), "beforemeanwhile");
 }
 
 TEST_F(OutputsOfACommand, NeverReplaceAnInput)
