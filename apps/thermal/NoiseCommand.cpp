@@ -189,8 +189,8 @@ void compare(const NoiseOptions& options, const Settings& settings, Outputs& out
         return compared(judgeAll(make, kept.frames(), options), reading).print(std::cout, options.format);
     const std::vector<Frame> none;
     const std::vector<Frame>& frames = sameSize ? kept.frames() : none;
-    compared({{"before", {before.figures(), unfiltered.figures(), trialsOf(pass, frames)}},
-              {"after", {after.figures(), fidelity.figures(), trialsOf(make, frames)}}},
+    compared({{"before", {before.figures(), unfiltered.figures(), trialsOf(pass, frames, options.skip)}},
+              {"after", {after.figures(), fidelity.figures(), trialsOf(make, frames, options.skip)}}},
              reading)
         .print(std::cout, options.format);
 }

@@ -46,6 +46,7 @@ constexpr Row noiseRows[] = {
 };
 
 constexpr Row filterRows[] = {
+    {"noise of still pixels", "still", &Judgement::still},
     {"two parts, detail", "halves", &Judgement::halves},
     {"bias of the mean", "bias", &Judgement::bias},
     {"bias of 95 % of the frames", "bias_of_most", &Judgement::biasOfMost},

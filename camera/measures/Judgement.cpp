@@ -5,7 +5,7 @@ namespace velmo::camera {
 Judgement judge(const FilterMaker& make, const std::vector<Frame>& frames, std::size_t skip)
 {
     Judgement judgement;
-    static_cast<TrialFigures&>(judgement) = trialsOf(make, frames);
+    static_cast<TrialFigures&>(judgement) = trialsOf(make, frames, skip);
     NoiseMeter noise;
     FidelityMeter fidelity;
     const std::vector<Frame> results = filtered(make, frames);

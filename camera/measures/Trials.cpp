@@ -31,16 +31,43 @@ Values difference(const Frame& left, const Frame& right)
     return values;
 }
 
-/// Pixels that vary in time as most do.
-cv::Mat stillPixels(const Frames& frames)
+/// Of each pixel in time, without what the level of the whole frame does. That is found against the first
+/// frame, and then against the mean of all: what moves is in few pixels of that.
+Values deviations(const Frames& frames, std::size_t from)
 {
-    Deviation deviation;
-    for (const Frame& frame : frames) {
-        const Values change = difference(frame, frames.front());
-        deviation.add(change - medianOf(change));
+    Values mean;
+    frames[from].convertTo(mean, CV_64F);
+    for (const bool last : {false, true}) {
+        Deviation deviation;
+        Values sum = Values::zeros(mean.size());
+        for (std::size_t i = from; i < frames.size(); ++i) {
+            Values values;
+            frames[i].convertTo(values, CV_64F);
+            values -= medianOf(values - mean);
+            deviation.add(values - mean);
+            sum += values;
+        }
+        if (last)
+            return deviation.values();
+        mean = sum / static_cast<double>(frames.size() - from);
     }
-    const Values values = deviation.values();
-    return values <= dStill * medianOf(values);
+    return {};
+}
+
+/// Pixels that vary in time as most do.
+cv::Mat stillPixels(const Values& deviations)
+{
+    return deviations <= dStill * medianOf(deviations);
+}
+
+double medianWithin(const Values& values, const cv::Mat_<unsigned char>& mask)
+{
+    std::vector<double> inside;
+    for (int r = 0; r < values.rows; ++r)
+        for (int c = 0; c < values.cols; ++c)
+            if (mask(r, c) != 0)
+                inside.push_back(values(r, c));
+    return medianOf(cv::Mat_<double>(inside));
 }
 
 /// Of still pixels; those that move do not count in what is around them either.
@@ -106,14 +133,18 @@ struct Mean
 class Trials
 {
 public:
-    Trials(const FilterMaker& make, const Frames& frames)
+    Trials(const FilterMaker& make, const Frames& frames, std::size_t skip)
         : m_oMake(make), m_oFrames(frames), m_oResults(filtered(make, frames)),
-          m_oSize(frames.front().size()), m_nFrom(std::min<std::size_t>(20, frames.size() / 3))
+          m_oSize(frames.front().size()), m_nSkip(std::min(skip, frames.size() - 2)),
+          m_oStill(stillPixels(deviations(frames, m_nSkip))),
+          m_nFrom(std::min<std::size_t>(20, frames.size() / 3))
     {
         if (m_oResults.back().size() != m_oSize)
             VELMO_THROW(
                 "filters that change the size of frames cannot be compared with what is known of them");
     }
+
+    double still() const { return medianWithin(deviations(m_oResults, m_nSkip), m_oStill); }
 
     void compareHalves(TrialFigures& figures) const
     {
@@ -121,7 +152,7 @@ public:
         const Frames first(m_oFrames.begin(), m_oFrames.begin() + middle),
             second(m_oFrames.begin() + middle, m_oFrames.end());
         const Frames one = filtered(m_oMake, first), two = filtered(m_oMake, second);
-        figures.halves = detailBetween(one.back(), two.back(), stillPixels(m_oFrames));
+        figures.halves = detailBetween(one.back(), two.back(), m_oStill);
         Mean ahead;
         for (std::size_t i = 0; i < one.size(); ++i)
             ahead.add(cv::norm(one[i], m_oResults[i], cv::NORM_INF) == 0 ? 0 : 1);
@@ -213,18 +244,21 @@ private:
     const Frames& m_oFrames;
     Frames m_oResults;
     cv::Size m_oSize;
+    std::size_t m_nSkip;
+    cv::Mat m_oStill;
     std::size_t m_nFrom; ///< when objects come into the picture
 };
 
 } // namespace
 
-TrialFigures trialsOf(const FilterMaker& make, const Frames& frames)
+TrialFigures trialsOf(const FilterMaker& make, const Frames& frames, std::size_t skip)
 {
     constexpr double dNone = std::numeric_limits<double>::quiet_NaN();
-    TrialFigures figures = {dNone, dNone, dNone, dNone, dNone, dNone, dNone, dNone};
+    TrialFigures figures = {dNone, dNone, dNone, dNone, dNone, dNone, dNone, dNone, dNone};
     if (frames.size() < nLeast || frames.front().cols < 4 * s32Side || frames.front().rows < 4 * s32Side)
         return figures;
-    const Trials trials(make, frames);
+    const Trials trials(make, frames, skip);
+    figures.still = trials.still();
     trials.compareHalves(figures);
     double unused = 0;
     trials.move(15, figures.contrast15, unused);
