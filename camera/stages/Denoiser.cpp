@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <numeric>
 
 namespace velmo::camera {
 namespace {
@@ -25,6 +26,27 @@ float quantile(Values& values, double share)
                     static_cast<std::ptrdiff_t>(std::lround(share * static_cast<double>(values.size() - 1)));
     std::nth_element(values.begin(), at, values.end());
     return *at;
+}
+
+/// From a median on, which what moves has shifted, towards the mean of what is within `reach` of it.
+float centred(const std::vector<float>& values, float centre, float reach)
+{
+    for (int i = 0; i < 4; ++i) {
+        constexpr std::size_t nLanes = 8; // sums of their own, so that none waits for another
+        float sums[nLanes] = {}, counts[nLanes] = {};
+        for (std::size_t at = 0; at + nLanes <= values.size(); at += nLanes)
+            for (std::size_t lane = 0; lane < nLanes; ++lane) {
+                const float away = values[at + lane] - centre;
+                const float counted = std::abs(away) < reach ? 1.0F : 0.0F;
+                sums[lane] += counted * away;
+                counts[lane] += counted;
+            }
+        const float inside = std::accumulate(counts, counts + nLanes, 0.0F);
+        if (inside < 0.25F * static_cast<float>(values.size())) // another scene
+            return centre;
+        centre += std::accumulate(sums, sums + nLanes, 0.0F) / inside;
+    }
+    return centre;
 }
 
 float towards(float from, float to, float share)
@@ -193,6 +215,8 @@ void Denoiser::findLevel(const Frame& frame)
         for (int c = r * 29 % step; c < m_s32Columns; c += step)
             m_vecSorted.push_back(static_cast<float>(frame[r][c]) - estimate(r)[c]);
     m_fLevel = quantile(m_vecSorted, 0.5);
+    if (m_s32Frames > 1)
+        m_fLevel = centred(m_vecSorted, m_fLevel, 2 * m_fDeviation);
 }
 
 /// Of frame and estimate, where they differ least: the stripes of this frame and its level taken off.
@@ -243,9 +267,13 @@ void Denoiser::findStripes(const Frame& frame, float deviation)
             inside += line.inside;
         }
     }
-    // What is within noise tells the level better than the median of a few.
-    if (inside > 0)
-        m_fLevel += static_cast<float>(static_cast<double>(sum) / static_cast<double>(inside)) * unit;
+    // All pixels tell the level better than a few, unless many of them are beyond noise, which are cut and
+    // not left out.
+    const double share = static_cast<double>(inside) / static_cast<double>(frame.total());
+    if (share > 0.8)
+        m_fLevel += static_cast<float>(static_cast<double>(sum) / static_cast<double>(inside) *
+                                       std::min(1.0, (share - 0.8) / 0.15)) *
+                    unit;
     constexpr int reach = 8;
     m_oSegments.average(unit, reach, m_vecSegment);
     shrinkStripes(m_oSegments, deviation, m_vecColumns);

@@ -21,7 +21,7 @@ struct DenoiseStrength
 ///
 /// It keeps an estimate E of the scene, float per pixel, and its age. A frame z passes these steps:
 ///
-/// 1. Level: the median of z - E, made precise by the mean of what is within noise. E keeps its level.
+/// 1. Level: from the median of z - E on to the mean of what is within noise. E keeps its level.
 /// 2. Stripes that change: for columns and rows, the clipped means of z - E in four segments. What the
 ///    segments agree on is a stripe, and taken off z. A small share goes into E, which so finds their mean.
 /// 3. Movement: the shift that best explains the residual r = z - E by the slope of E, by least squares in

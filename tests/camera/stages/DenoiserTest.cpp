@@ -80,6 +80,13 @@ TEST(Denoiser, HalvesTheErrorOfFlatScenesWhateverTheNoise)
             }
 }
 
+TEST(Denoiser, TakesNoHandBeforeTheCameraForAnotherLevel)
+{
+    const cv::Rect hand(0, 0, 64, size.height); // two fifths of the picture
+    const Scene appears = [&](int time) { return time < 30 ? wall() : with(wall(), hand, 400); };
+    EXPECT_LE(std::abs(errorsOf({2, true}, appears, 30, 31).mean), 0.3);
+}
+
 TEST(Denoiser, CleansTheFirstFrameToo)
 {
     const Errors errors = errorsOf({2}, still, 0, 1);
