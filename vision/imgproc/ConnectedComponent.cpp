@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace velmo::exp::vision {
 namespace {
@@ -35,30 +34,15 @@ ConnectedComponent::ConnectedComponent(const std::vector<cv::Point>& points, int
 {}
 
 ConnectedComponent::~ConnectedComponent() = default;
-
 ConnectedComponent::ConnectedComponent(const ConnectedComponent& other) = default;
-
 ConnectedComponent& ConnectedComponent::operator=(const ConnectedComponent& other) = default;
-
-ConnectedComponent::ConnectedComponent(ConnectedComponent&& other) noexcept
-{
-    *this = std::move(other);
-}
-
-ConnectedComponent& ConnectedComponent::operator=(ConnectedComponent&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    m_vecPoints = std::exchange(other.m_vecPoints, {});
-    m_u32Label = other.m_u32Label;
-    m_u64NrOfPoints = std::exchange(other.m_u64NrOfPoints, 0);
-    return *this;
-}
+ConnectedComponent::ConnectedComponent(ConnectedComponent&& other) noexcept = default;
+ConnectedComponent& ConnectedComponent::operator=(ConnectedComponent&& other) noexcept = default;
 
 void ConnectedComponent::addPoint(const cv::Point& point)
 {
     m_vecPoints.push_back(point);
-    ++m_u64NrOfPoints;
+    ++*m_u64NrOfPoints;
 }
 
 void ConnectedComponent::join(const ConnectedComponent& other)
@@ -67,7 +51,7 @@ void ConnectedComponent::join(const ConnectedComponent& other)
     const std::size_t before = m_vecPoints.size(), added = other.m_vecPoints.size();
     m_vecPoints.resize(before + added);
     std::copy_n(other.m_vecPoints.data(), added, m_vecPoints.data() + before);
-    m_u64NrOfPoints = m_vecPoints.size();
+    *m_u64NrOfPoints = m_vecPoints.size();
 }
 
 void ConnectedComponent::setLabel(unsigned int label)
@@ -82,7 +66,7 @@ unsigned int ConnectedComponent::getLabel() const
 
 std::size_t ConnectedComponent::getNrOfPoints() const
 {
-    return m_u64NrOfPoints;
+    return *m_u64NrOfPoints;
 }
 
 std::vector<cv::Point> ConnectedComponent::getPoints() const
@@ -92,20 +76,20 @@ std::vector<cv::Point> ConnectedComponent::getPoints() const
 
 cv::Point2d ConnectedComponent::getCenterOfGravity() const
 {
-    if (m_u64NrOfPoints == 0)
+    if (*m_u64NrOfPoints == 0)
         return {0.0, 0.0};
-    const cv::Point2d sum = sumOf(m_vecPoints.data(), m_u64NrOfPoints);
-    const auto count = static_cast<double>(m_u64NrOfPoints);
+    const cv::Point2d sum = sumOf(m_vecPoints.data(), *m_u64NrOfPoints);
+    const auto count = static_cast<double>(*m_u64NrOfPoints);
     return {sum.x / count, sum.y / count};
 }
 
 double ConnectedComponent::getElongation() const
 {
-    if (m_u64NrOfPoints == 0)
+    if (*m_u64NrOfPoints == 0)
         return 0.0;
     const cv::Point2d mean = getCenterOfGravity();
     const cv::Point centre(wholePixel(mean.x), wholePixel(mean.y));
-    const SquaredReach reach = squaredReachOf(m_vecPoints.data(), m_u64NrOfPoints, centre);
+    const SquaredReach reach = squaredReachOf(m_vecPoints.data(), *m_u64NrOfPoints, centre);
     // 0 / 0 where all points lie on the centre: the NaN is the answer.
     return static_cast<double>(std::min(reach.x, reach.y)) / static_cast<double>(std::max(reach.x, reach.y));
 }

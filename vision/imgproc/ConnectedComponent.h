@@ -2,6 +2,7 @@
 
 #include "core/Exception.h"
 #include "core/Export.h"
+#include "core/memory/ResetByMove.h"
 
 #include <opencv2/core.hpp>
 
@@ -111,7 +112,7 @@ public:
 private:
     std::vector<cv::Point> m_vecPoints;
     unsigned int m_u32Label = 1;
-    std::size_t m_u64NrOfPoints = 0;
+    ResetByMove<std::size_t> m_u64NrOfPoints;
 };
 
 } // namespace velmo::exp::vision

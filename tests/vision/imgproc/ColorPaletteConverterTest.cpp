@@ -170,6 +170,8 @@ TEST(ColorPaletteConverter, CopiesRegionsAndTheOrderOfColors)
     const Colors colors = palettized(converter, four, 10, 12);
     ColorPaletteConverter copy(converter), moved(std::move(converter));
     copy.deleteColorRegion(1);
+    palettized(copy, four, 10, 12, {9, 9, 9}); // in a table of its own
+    EXPECT_EQ(shown(moved, four), colors);
     EXPECT_EQ(palettized(moved, four, 10, 12), colors);
     EXPECT_EQ(palettized(converter, four, 10, 12), (Colors{p0, p0, p1, p1}));
     palettized(other, four, 10, 12); // the same palette and span, stretched in another order
