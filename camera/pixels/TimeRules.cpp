@@ -47,13 +47,18 @@ Plane noiseLevels(const PixelStatistics& statistics, const Mask& bad)
     return levels;
 }
 
+float varianceOfValue(const PixelStatistics& statistics, cv::Point at)
+{
+    return statistics.m_oMovement(at) + 2 * statistics.m_oFollow(at) + statistics.m_oRestless(at);
+}
+
 /// Whether it is the pixel that varies and not the scene: the pixel's own part varies as much, and so does
 /// its value; not in one frame alone, or else by far; and three times as far as its neighbours do.
 bool variesByItself(const Suspects& suspects, const Mask& before, cv::Point at, float deviations)
 {
     const PixelStatistics& statistics = suspects.statistics;
     const float variance = statistics.m_oVariance(at), restless = statistics.m_oRestless(at);
-    const float ofValue = statistics.m_oMovement(at) + 2 * statistics.m_oFollow(at) + restless;
+    const float ofValue = varianceOfValue(statistics, at);
     const auto frames = static_cast<float>(statistics.m_nFrames);
     const bool inOneFrame = statistics.m_oKurtosis(at) > variance * variance * (3 + 0.2F * frames);
     if (restless < 0.5F * variance || ofValue < 0.5F * variance || (inOneFrame && deviations < 2 * farOut))
@@ -101,7 +106,16 @@ float weakness(const Suspects& suspects, cv::Point at)
                                [&](int y, int x) { return responseOf(statistics, y, x).slope; });
     auto noises = valuesAround(suspects, suspects.bad, at, 2,
                                [&](int y, int x) { return statistics.m_oRestless(y, x); });
-    if (slopes.size() < 8)
+    // What passes before the edge of a warm thing that stays: values behind it go the other way, or keep
+    // still where it is as warm.
+    const auto around = valuesAround(suspects, suspects.bad, at, 1, [&](int y, int x) {
+        return varianceOfValue(statistics, {x, y});
+    });
+    const auto still = std::count_if(around.begin(), around.end(),
+                                     [&](float variance) { return variance < 0.25F * movement; });
+    const auto upsideDown =
+        std::count_if(slopes.begin(), slopes.end(), [](float slope) { return slope < -0.2F; });
+    if (slopes.size() < 8 || still > 2 || upsideDown > 1)
         return 0;
     const float lowQuarter = quantileOf(slopes, 0.25);
     const Spread usual = spreadOf(slopes);

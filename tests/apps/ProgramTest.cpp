@@ -189,4 +189,28 @@ TEST_F(Program, ShowsWhatEachStageDoes)
     EXPECT_THAT(folder.entries(), ElementsAre("demo"));
 }
 
+TEST_F(Program, MakesThePicturesOfThePageAboutBadPixels)
+{
+    std::ifstream file(PAGES "/bad-pixels.md");
+    const std::string page{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t begin = page.find("```sh\n") + 6;
+    std::istringstream lines(page.substr(begin, page.find("```\n", begin) - begin));
+    int commands = 0;
+    for (std::string line; std::getline(lines, line); ++commands)
+        EXPECT_EQ(call(line.substr(line.find(' ') + 1)).code, 0) << line;
+    EXPECT_EQ(commands, 4);
+    const std::string list =
+        bytes("map.csv"); // the seven; a few edges of warm things that a person passes by
+    EXPECT_LE(std::count(list.begin(), list.end(), '\n'), 1 + 7 + 4) << list;
+    for (const auto& [shown, made] : {std::pair{"bad-pixels", "map"},
+                                      {"pixels-raw", "raw/frame_0199"},
+                                      {"pixels-repaired", "repaired/frame_0199"}}) {
+        const cv::Mat expected = cv::imread(PAGES "/pictures/" + (shown + std::string(".png")));
+        const cv::Mat actual = picture(made + std::string(".png"));
+        ASSERT_EQ(actual.size(), expected.size()) << shown;
+        EXPECT_LT(cv::norm(actual, expected, cv::NORM_L1), 0.2 * static_cast<double>(actual.total()))
+            << shown;
+    }
+}
+
 } // namespace
