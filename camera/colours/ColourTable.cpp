@@ -11,6 +11,7 @@ namespace velmo::camera {
 namespace {
 
 constexpr int s32LastValue = 65535;
+constexpr unsigned u32FineColours = 4096;
 constexpr int s32MouldStep = 800; ///< 80 percent
 const Palette mouldColours = {0xFF, 0xE0, 0x00, 0xFF, 0x00, 0x00};
 
@@ -67,24 +68,57 @@ void ColourTable::add(Isotherm isotherm)
     m_oBuiltFor.reset();
 }
 
+void ColourTable::setPlaces(const std::vector<unsigned short>& places)
+{
+    if (m_vecPlaces == places)
+        return;
+    m_vecPlaces = places;
+    m_oBuiltFor.reset();
+}
+
+void ColourTable::showPlaces()
+{
+    m_bPlaces = true;
+    m_oBuiltFor.reset();
+}
+
 bool ColourTable::build(ValueRange range)
 {
-    if (m_oBuiltFor && (!m_vecTenths.empty() || *m_oBuiltFor == range))
+    if (m_oBuiltFor && (m_bPlaces || !m_vecTenths.empty() || *m_oBuiltFor == range))
         return false;
-    if (m_vecTenths.empty()) {
-        const auto colours = expandPalette(m_oPalette, range.high - range.low + 1);
-        std::fill(m_vecColours.begin(), m_vecColours.begin() + range.low, colours.front());
-        std::copy(colours.begin(), colours.end(), m_vecColours.begin() + range.low);
-        std::fill(m_vecColours.begin() + range.high + 1, m_vecColours.end(), colours.back());
-    } else {
+    if (m_bPlaces)
+        fill({0, s32LastValue});
+    else if (m_vecTenths.empty())
+        fill(range);
+    else
         std::transform(m_vecTenths.begin(), m_vecTenths.end(), m_vecColours.begin(),
                        [&](unsigned short tenths) { return m_vecPercentColours[tenths]; });
+    if (!m_bPlaces && !m_vecIsotherms.empty()) {
+        m_vecUnder = m_vecColours;
+        for (const Isotherm& isotherm : m_vecIsotherms)
+            paint(isotherm);
     }
-    for (const Isotherm& isotherm : m_vecIsotherms)
-        paint(isotherm);
     m_vecBands.clear();
     m_oBuiltFor = range;
+    ++m_nBuilds;
     return true;
+}
+
+void ColourTable::fill(ValueRange range)
+{
+    const auto begin = m_vecColours.begin() + range.low, end = m_vecColours.begin() + range.high + 1;
+    if (m_vecPlaces.size() == static_cast<std::size_t>(end - begin)) {
+        if (m_vecFine.empty())
+            m_vecFine = expandPalette(m_oPalette, u32FineColours);
+        std::transform(m_vecPlaces.begin(), m_vecPlaces.end(), begin, [&](unsigned short place) {
+            return m_vecFine[(place * (u32FineColours - 1) + s32LastValue / 2) / s32LastValue];
+        });
+    } else {
+        const auto colours = expandPalette(m_oPalette, range.high - range.low + 1);
+        std::copy(colours.begin(), colours.end(), begin);
+    }
+    std::fill(m_vecColours.begin(), begin, *begin);
+    std::fill(end, m_vecColours.end(), *(end - 1));
 }
 
 void ColourTable::paint(const Isotherm& isotherm)
@@ -100,7 +134,7 @@ void ColourTable::paint(const Isotherm& isotherm)
 
 ValueRange ColourTable::varying() const
 {
-    if (!m_vecTenths.empty() || !m_oBuiltFor)
+    if (m_bPlaces || !m_vecTenths.empty() || !m_oBuiltFor)
         return {0, s32LastValue};
     ValueRange range = *m_oBuiltFor;
     for (const Isotherm& isotherm : m_vecIsotherms) {
@@ -131,6 +165,8 @@ const std::vector<ColourTable::Band>& ColourTable::bands()
 
 std::optional<ValueRange> ColourTable::valueAt(const cv::Vec3b& colour)
 {
+    if (m_bPlaces)
+        return std::nullopt;
     const std::vector<Band>& all = bands();
     const auto found =
         std::lower_bound(all.begin(), all.end(), colour, [](const Band& band, const cv::Vec3b& wanted) {
@@ -143,6 +179,8 @@ std::optional<ValueRange> ColourTable::valueAt(const cv::Vec3b& colour)
 
 bool ColourTable::isUnambiguous()
 {
+    if (m_bPlaces)
+        return false;
     const std::vector<Band>& all = bands();
     return std::adjacent_find(all.begin(), all.end(), [](const Band& left, const Band& right) {
                return left.colour == right.colour;

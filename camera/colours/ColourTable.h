@@ -9,7 +9,10 @@
 
 #include <opencv2/core.hpp>
 
+#include <cstddef>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace velmo::camera {
@@ -44,21 +47,47 @@ public:
     /// Paints a band of values over the palette. Where bands overlap, the last one wins.
     void add(Isotherm isotherm);
 
+    /// Where the values of the next range stand in the palette, 0 to 65535, never falling; none: evenly. Are
+    /// there not as many as the range has values, they count for nothing.
+    void setPlaces(const std::vector<unsigned short>& places);
+
+    /// Colours are no longer of values but of places in the palette, 0 to 65535, and ranges and isotherms
+    /// play no role.
+    void showPlaces();
+    bool showsPlaces() const { return m_bPlaces; }
+
+    /// What a legend has to say of the colours.
+    void setNote(std::string note) { m_strNote = std::move(note); }
+    const std::string& note() const { return m_strNote; }
+
     /// Makes the colours of a range. Returns false if they are those of the last call.
     bool build(ValueRange range);
 
+    /// How many times colours were made; another number means other colours.
+    std::size_t builds() const { return m_nBuilds; }
+
     /// The 65,536 colours of the last build.
     const std::vector<cv::Vec3b>& colours() const { return m_vecColours; }
+
+    /// The same without isotherms.
+    const std::vector<cv::Vec3b>& paletteColours() const
+    {
+        return m_vecUnder.empty() ? m_vecColours : m_vecUnder;
+    }
+
+    /// Where the values of the last range stand in the palette; none if they stand evenly.
+    const std::vector<unsigned short>& places() const { return m_vecPlaces; }
 
     /// A range outside which colours do not change any more.
     ValueRange varying() const;
 
     /// The first and the last of the values of the range (of all, if they stand for percents) that have
-    /// this colour in the last build; nothing if none has. The inverse of colours() where isUnambiguous().
+    /// this colour in the last build; nothing if none has, and where colours are of places. The inverse of
+    /// colours() where isUnambiguous().
     std::optional<ValueRange> valueAt(const cv::Vec3b& colour);
 
     /// Whether no colour stands for two bands of values with others between them, as it does if the palette
-    /// or an isotherm has it again.
+    /// or an isotherm has it again, or if colours are of places.
     bool isUnambiguous();
 
     const Palette& palette() const { return m_oPalette; }
@@ -75,6 +104,7 @@ private:
     };
 
     void showPercents(const std::vector<float>& percents);
+    void fill(ValueRange range);
     void paint(const Isotherm& isotherm);
     const std::vector<Band>& bands();
 
@@ -82,8 +112,14 @@ private:
     std::vector<Isotherm> m_vecIsotherms;
     std::vector<cv::Vec3b> m_vecPercentColours;
     std::vector<unsigned short> m_vecTenths; ///< of all values, where they stand for percents
+    std::vector<unsigned short> m_vecPlaces;
+    std::vector<cv::Vec3b> m_vecFine; ///< the palette, finer than any picture shows it, for places
+    bool m_bPlaces = false;
+    std::string m_strNote;
     std::vector<cv::Vec3b> m_vecColours;
+    std::vector<cv::Vec3b> m_vecUnder; ///< without isotherms; empty if there are none
     std::optional<ValueRange> m_oBuiltFor;
+    std::size_t m_nBuilds = 0;
     std::vector<Band> m_vecBands; ///< of equal colour, in order of colours; empty until they are wanted
 };
 

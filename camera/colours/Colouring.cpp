@@ -25,7 +25,7 @@ Palette choosePalette(const Settings& settings)
 } // namespace
 
 Colouring::Colouring(const Settings& settings, const Thermometer& thermometer)
-    : m_oTable(choosePalette(settings))
+    : m_oTable(choosePalette(settings)), m_oTone(settings)
 {
     const std::string humidity = settings.text("colours/humidity"),
                       insulation = settings.text("colours/insulation");
@@ -33,6 +33,11 @@ Colouring::Colouring(const Settings& settings, const Thermometer& thermometer)
         VELMO_THROW("colours/humidity and colours/insulation: one of them at a time");
     if (humidity == "off" && settings.flag("colours/mould"))
         VELMO_THROW("colours/mould: needs the air of the room, colours/humidity T:PERCENT");
+    if (!m_oTone.isPlain() && (humidity != "off" || insulation != "off"))
+        VELMO_THROW("colours/tone and colours/detail: not with colours that stand for percents");
+    m_oTable.setNote(m_oTone.note());
+    if (m_oTone.isLocal())
+        m_oTable.showPlaces();
     if (humidity != "off") {
         m_oAir = Air::parse(humidity, "colours/humidity", thermometer.degrees());
         m_oTable.showHumidity(*m_oAir, thermometer.scale(), settings.flag("colours/mould"));
@@ -58,11 +63,24 @@ Picture Colouring::paint(const Frame& frame, ValueRange range)
 
 void Colouring::paint(const Frame& frame, ValueRange range, Picture& picture)
 {
+    const Frame& shown = m_oTone.apply(frame, range);
+    m_oTable.setPlaces(m_oTone.places());
     if (m_oTable.build(range))
         handOver();
     // Not palletize: for odd pixel counts it has a way of its own.
     picture.create(frame.size());
-    m_oConverter.palletizeFast(frame, picture);
+    m_oConverter.palletizeFast(shown, picture);
+    if (m_oTone.changesFrames())
+        paintIsotherms(frame, picture);
+}
+
+void Colouring::paintIsotherms(const Frame& frame, Picture& picture) const
+{
+    for (const Isotherm& isotherm : m_oTable.isotherms())
+        for (int r = 0; r < frame.rows; ++r)
+            for (int c = 0; c < frame.cols; ++c)
+                if (frame[r][c] >= isotherm.low && frame[r][c] <= isotherm.high)
+                    picture[r][c] = isotherm.over(picture[r][c]);
 }
 
 void Colouring::handOver()
@@ -72,12 +90,14 @@ void Colouring::handOver()
     const ValueRange varying = m_oTable.varying();
     // From its upper end on it paints the point before the last one; the very last value is a region.
     const int top = std::min(varying.high + 1, s32LastValue);
+    // Isotherms are for values that are true.
+    const auto& colours = m_oTone.changesFrames() ? m_oTable.paletteColours() : m_oTable.colours();
     m_vecPoints.clear();
     for (int value = varying.low; value <= top; ++value) {
-        const cv::Vec3b& colour = m_oTable.colours()[static_cast<std::size_t>(value)];
+        const cv::Vec3b& colour = colours[static_cast<std::size_t>(value)];
         m_vecPoints.insert(m_vecPoints.end(), {colour[2], colour[1], colour[0]});
     }
-    const cv::Vec3b& last = m_oTable.colours().back();
+    const cv::Vec3b& last = colours.back();
     m_oConverter.createColorRegion(0, s32LastValue, s32LastValue,
                                    static_cast<unsigned>(last[2] << 16 | last[1] << 8 | last[0]));
     m_oConverter.resizeLookupTable(varying.low, static_cast<unsigned short>(top), m_vecPoints);

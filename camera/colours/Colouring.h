@@ -5,6 +5,7 @@
 #include "camera/Settings.h"
 #include "camera/colours/ColourTable.h"
 #include "camera/colours/Range.h"
+#include "camera/colours/Tone.h"
 #include "camera/temperature/Air.h"
 #include "camera/temperature/Thermometer.h"
 
@@ -16,14 +17,15 @@
 
 namespace velmo::camera {
 
-/// Turns frames into pictures in the colours of a table.
+/// Turns frames into pictures in the colours of a table. With a tone, in the order in which frames come: it
+/// follows them.
 class VELMO_API Colouring
 {
 public:
     explicit Colouring(Palette palette) : m_oTable(std::move(palette)) {}
 
-    /// colours/palette, regions, isotherms, humidity, mould, insulation; palettes of files are to be loaded
-    /// before.
+    /// colours/palette, tone, detail, regions, isotherms, humidity, mould, insulation; palettes of files are
+    /// to be loaded before.
     /// @throws Exception  for a palette that does not exist, for what the thermometer cannot read, and for
     ///                    settings that contradict each other
     Colouring(const Settings& settings, const Thermometer& thermometer);
@@ -33,7 +35,8 @@ public:
     /// The same into a picture that is reused if it has the size already.
     void paint(const Frame& frame, ValueRange range, Picture& picture);
 
-    /// Has the colours of the last picture.
+    /// Has the colours of the last picture: of its values, of what its values are with their details
+    /// amplified, or, with a local tone, of places in the palette.
     ColourTable& table() { return m_oTable; }
     const ColourTable& table() const { return m_oTable; }
 
@@ -48,8 +51,10 @@ public:
 
 private:
     void handOver();
+    void paintIsotherms(const Frame& frame, Picture& picture) const;
 
     ColourTable m_oTable;
+    ToneRule m_oTone;
     std::optional<Air> m_oAir;
     vision::ColorPaletteConverter m_oConverter{true};
     Palette m_vecPoints; ///< kept for its memory

@@ -6,6 +6,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -30,19 +32,22 @@ int topOf(int rows)
 class Panel
 {
 public:
-    Panel(LegendBar bar, const std::vector<Isotherm>& isotherms, int rows)
-        : m_oBar(std::move(bar)), m_vecIsotherms(isotherms), m_s32Lines(std::max(1, rows / s32LineHeight))
+    Panel(LegendBar bar, const ColourTable& table, int rows)
+        : m_oBar(std::move(bar)), m_s32Lines(std::max(1, rows / s32LineHeight))
     {
         for (const LegendTick& tick : m_oBar.ticks)
             m_s32LabelWidth = std::max(m_s32LabelWidth, textWidth(tick.text));
-        for (const Isotherm& isotherm : isotherms)
-            m_s32ColumnWidth =
-                std::max(m_s32ColumnWidth, s32Swatch + s32Gap + textWidth(isotherm.label) + s32Gap);
+        for (const Isotherm& isotherm : table.isotherms())
+            m_vecEntries.push_back({isotherm.colour, isotherm.label});
+        if (!table.note().empty())
+            m_vecEntries.push_back({std::nullopt, table.note()});
+        for (const Entry& entry : m_vecEntries)
+            m_s32ColumnWidth = std::max(m_s32ColumnWidth, entry.indent() + textWidth(entry.text) + s32Gap);
     }
 
     int width() const
     {
-        const int columns = (static_cast<int>(m_vecIsotherms.size()) + m_s32Lines - 1) / m_s32Lines;
+        const int columns = (static_cast<int>(m_vecEntries.size()) + m_s32Lines - 1) / m_s32Lines;
         return 2 * s32Gap + s32BarWidth + m_s32LabelWidth + s32Gap + columns * m_s32ColumnWidth;
     }
 
@@ -56,32 +61,42 @@ public:
             cv::line(panel, {barEnd, y}, {barEnd + s32TickLength, y}, ink);
             drawText(panel, tick.text, {labels, y - s32TextHeight / 2}, ink);
         }
-        for (int i = 0; i < static_cast<int>(m_vecIsotherms.size()); ++i) {
-            const Isotherm& isotherm = m_vecIsotherms[static_cast<std::size_t>(i)];
+        for (int i = 0; i < static_cast<int>(m_vecEntries.size()); ++i) {
+            const Entry& entry = m_vecEntries[static_cast<std::size_t>(i)];
             const cv::Point corner(labels + m_s32LabelWidth + s32Gap + i / m_s32Lines * m_s32ColumnWidth,
                                    i % m_s32Lines * s32LineHeight + 2);
-            cv::rectangle(panel, cv::Rect(corner, cv::Size(s32Swatch, s32Swatch)), isotherm.colour,
-                          cv::FILLED);
-            drawText(panel, isotherm.label, corner + cv::Point(s32Swatch + s32Gap, 0), ink);
+            if (entry.colour)
+                cv::rectangle(panel, cv::Rect(corner, cv::Size(s32Swatch, s32Swatch)), *entry.colour,
+                              cv::FILLED);
+            drawText(panel, entry.text, corner + cv::Point(entry.indent(), 0), ink);
         }
     }
 
 private:
     static constexpr int s32Swatch = s32TextHeight;
 
+    /// An isotherm, or a note without a colour.
+    struct Entry
+    {
+        std::optional<cv::Vec3b> colour;
+        std::string text;
+
+        int indent() const { return colour ? s32Swatch + s32Gap : 0; }
+    };
+
     LegendBar m_oBar;
-    const std::vector<Isotherm>& m_vecIsotherms;
-    int m_s32Lines; ///< of isotherms in a column
+    std::vector<Entry> m_vecEntries;
+    int m_s32Lines; ///< of entries in a column
     int m_s32LabelWidth = 0;
     int m_s32ColumnWidth = 0;
 };
 
-/// The bar and the isotherms for a picture of so many rows.
-Picture panelOf(ColourTable& table, ValueRange range, const Thermometer& thermometer, int rows)
+/// The bar and the isotherms for a picture of so many rows; as wide as it needs, unless its width is known.
+Picture panelOf(ColourTable& table, ValueRange range, const Thermometer& thermometer, int rows, int width)
 {
     const int top = topOf(rows);
-    const Panel panel(LegendBar(table, range, thermometer, rows - 2 * top), table.isotherms(), rows);
-    Picture drawn(rows, panel.width(), paper);
+    const Panel panel(LegendBar(table, range, thermometer, rows - 2 * top), table, rows);
+    Picture drawn(rows, width > 0 ? width : panel.width(), paper);
     panel.draw(drawn, top);
     return drawn;
 }
@@ -90,9 +105,12 @@ Picture panelOf(ColourTable& table, ValueRange range, const Thermometer& thermom
 
 void Legend::draw(const Picture& picture, ColourTable& table, ValueRange range, Picture& whole)
 {
-    if (!m_oDrawnFor || *m_oDrawnFor != range || m_oPanel.rows != picture.rows) {
-        m_oPanel = panelOf(table, range, m_oThermometer, picture.rows);
-        m_oDrawnFor = range;
+    table.build(range);
+    if (m_oDrawnFor != table.builds() || m_oPanel.rows != picture.rows) {
+        // Pictures of a film are of one size: where numbers get longer, they take the margin.
+        const int width = m_oPanel.rows == picture.rows ? m_oPanel.cols : 0;
+        m_oPanel = panelOf(table, range, m_oThermometer, picture.rows, width);
+        m_oDrawnFor = table.builds();
     }
     whole.create(picture.rows, picture.cols + m_oPanel.cols);
     picture.copyTo(whole(cv::Rect(0, 0, picture.cols, picture.rows)));

@@ -6,12 +6,14 @@
 
 #include "core/Export.h"
 
+#include <cstddef>
 #include <optional>
 
 namespace velmo::camera {
 
 /// A bar of the colours beside pictures with what they stand for: what the thermometer reads, or percents;
-/// beside it the isotherms. Keeps its drawing from picture to picture.
+/// beside it the isotherms. Where colours are local the bar has no numbers, and it says so. Keeps its drawing
+/// from picture to picture.
 class VELMO_API Legend
 {
 public:
@@ -20,13 +22,14 @@ public:
     /// @param picture  as the table colours it
     /// @param table    becomes that of the range
     /// @param range    of the values that the bar stands for
-    /// @param whole    becomes the picture with the bar at its right; reused if it has that size already
+    /// @param whole    becomes the picture with the bar at its right; reused if it has that size already. It
+    ///                 is as wide for each picture of one size
     void draw(const Picture& picture, ColourTable& table, ValueRange range, Picture& whole);
 
 private:
     Thermometer m_oThermometer;
     Picture m_oPanel;
-    std::optional<ValueRange> m_oDrawnFor;
+    std::optional<std::size_t> m_oDrawnFor; ///< the build of the table
 };
 
 } // namespace velmo::camera

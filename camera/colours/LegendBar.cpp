@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdlib>
 #include <functional>
 
 namespace velmo::camera {
@@ -24,6 +26,30 @@ struct Axis
     std::string unit;
     int leastDecimals;
     int mostDecimals;
+    const std::vector<unsigned short>& heights; ///< of the numbers, 0 to 65535; none: evenly
+
+    bool isEven() const { return static_cast<int>(heights.size()) != high - low + 1; }
+
+    int rowOf(int place, int rows) const
+    {
+        const double down = isEven() ? (high - place) / double(std::max(high - low, 1))
+                                     : 1 - heights[static_cast<std::size_t>(place - low)] / dFull;
+        return cvRound(down * (rows - 1));
+    }
+
+    int placeAt(int row, int rows) const
+    {
+        const double down = double(row) / std::max(rows - 1, 1);
+        if (isEven())
+            return cvRound(high - std::max(high - low, 1) * down);
+        const auto next = std::lower_bound(heights.begin(), heights.end() - 1, (1 - down) * dFull);
+        const bool isCloser =
+            next != heights.begin() && (1 - down) * dFull - *(next - 1) < *next - (1 - down) * dFull;
+        return low + static_cast<int>(next - heights.begin()) - (isCloser ? 1 : 0);
+    }
+
+private:
+    static constexpr double dFull = 65535;
 };
 
 Axis axisOf(const ColourTable& table, ValueRange range, const Thermometer& thermometer)
@@ -35,14 +61,16 @@ Axis axisOf(const ColourTable& table, ValueRange range, const Thermometer& therm
                 [&](int tenths) { return table.percentColours()[static_cast<std::size_t>(tenths)]; },
                 " %",
                 0,
-                1};
+                1,
+                table.places()};
     return {range.low,
             range.high,
             [&](int value) { return thermometer.read(static_cast<unsigned short>(value)); },
             [&](int value) { return table.colours()[static_cast<std::size_t>(value)]; },
             thermometer.unit(),
             thermometer.hasDegrees() ? 1 : 0,
-            thermometer.hasDegrees() ? 6 : 0};
+            thermometer.hasDegrees() ? 6 : 0,
+            table.places()};
 }
 
 /// The place on the axis that reads a number most closely.
@@ -60,6 +88,17 @@ int placeOf(const Axis& axis, double number)
     return bCloser ? low - 1 : low;
 }
 
+/// Adds the round numbers of a division that have room beside those that are there.
+void addWithRoom(const Axis& axis, int rows, const Ticks& division, std::vector<int>& places)
+{
+    for (auto tick = division.places.rbegin(); tick != division.places.rend(); ++tick) {
+        const int place = placeOf(axis, *tick), row = axis.rowOf(place, rows);
+        if (std::all_of(places.begin(), places.end(),
+                        [&](int other) { return std::abs(axis.rowOf(other, rows) - row) >= s32LabelPitch; }))
+            places.push_back(place);
+    }
+}
+
 /// The numbers that a legend of so many rows has room for, the greatest first.
 std::vector<int> placesOf(const Axis& axis, int rows, int& decimals)
 {
@@ -72,11 +111,22 @@ std::vector<int> placesOf(const Axis& axis, int rows, int& decimals)
     std::vector<int> places = {axis.high};
     decimals = axis.leastDecimals;
     if (std::isfinite(axis.read(low))) {
-        const Ticks ticks =
-            Ticks::of(axis.read(low), axis.read(high), std::clamp(rows / s32LabelPitch, 2, s32MaxTicks));
+        const int most = std::clamp(rows / s32LabelPitch, 2, s32MaxTicks);
+        const Ticks ticks = Ticks::of(axis.read(low), axis.read(high), most);
         decimals = std::clamp(ticks.decimals, axis.leastDecimals, axis.mostDecimals);
-        for (auto tick = ticks.places.rbegin(); tick != ticks.places.rend(); ++tick)
-            places.push_back(placeOf(axis, *tick));
+        if (axis.isEven()) {
+            for (auto tick = ticks.places.rbegin(); tick != ticks.places.rend(); ++tick)
+                places.push_back(placeOf(axis, *tick));
+        } else {
+            places.push_back(axis.low);
+            constexpr int finest = 64; // times as many: where values are far apart, there is room for more
+            for (int times = 1; times <= finest; times *= 2)
+                if (const Ticks finer = Ticks::of(axis.read(low), axis.read(high), times * most);
+                    finer.decimals <= decimals)
+                    addWithRoom(axis, rows, finer, places);
+            std::sort(places.rbegin(), places.rend());
+            places.pop_back();
+        }
     }
     places.push_back(axis.low);
     return places;
@@ -87,13 +137,15 @@ std::vector<int> placesOf(const Axis& axis, int rows, int& decimals)
 LegendBar::LegendBar(ColourTable& table, ValueRange range, const Thermometer& thermometer, int count)
 {
     table.build(range);
-    const Axis axis = axisOf(table, range, thermometer);
-    const double span = std::max(axis.high - axis.low, 1);
+    const ValueRange all = table.showsPlaces() ? ValueRange{0, 65535} : range;
+    const Axis axis = axisOf(table, all, thermometer);
     for (int row = 0; row < count; ++row)
-        rows.push_back(axis.colour(cvRound(axis.high - span * row / std::max(count - 1, 1))));
+        rows.push_back(axis.colour(axis.placeAt(row, count)));
+    if (table.showsPlaces())
+        return; // which value a colour has differs from place to place
     int decimals = 0;
     for (const int place : placesOf(axis, count, decimals)) {
-        const int row = cvRound((axis.high - place) / span * (count - 1));
+        const int row = axis.rowOf(place, count);
         // The ends are wanted most; what has no room between them is left out.
         const bool bEnd = place == axis.low || place == axis.high;
         if ((!ticks.empty() && row - ticks.back().row < s32LineHeight) ||

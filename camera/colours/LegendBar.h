@@ -19,11 +19,13 @@ struct LegendTick
     std::string text;
 };
 
-/// The bar of a legend, the highest value at the top, one colour per row.
+/// The bar of a legend, the highest value at the top, one colour per row. The palette is spread evenly over
+/// it, so that with places in the table values are not.
 struct VELMO_API LegendBar
 {
     std::vector<cv::Vec3b> rows;
-    std::vector<LegendTick> ticks; ///< from the top: the upper end, round numbers, the lower end
+    std::vector<LegendTick> ticks; ///< from the top: the upper end, round numbers, the lower end; none
+                                   ///< where colours are of places
 
     /// The row of a tick has exactly the colour that the table has for its value, and its text is what that
     /// value reads.

@@ -97,11 +97,10 @@ ValueRange RangeRule::of(const Frame& frame)
 
 ValueRange RangeRule::glide(ValueRange target)
 {
-    constexpr double dShare = 1 / 8.0; // of the way, per frame
     constexpr double dSameScene = 0.5; // what both ranges have in common, of what they have together
     const double common = std::min<double>(m_dHigh, target.high) - std::max<double>(m_dLow, target.low);
     const double together = std::max<double>(m_dHigh, target.high) - std::min<double>(m_dLow, target.low);
-    const double share = m_dLow == m_dHigh || common < dSameScene * together ? 1 : dShare;
+    const double share = m_dLow == m_dHigh || common < dSameScene * together ? 1 : dGlide;
     m_dLow += share * (target.low - m_dLow);
     m_dHigh += share * (target.high - m_dHigh);
     return {static_cast<unsigned short>(std::lround(m_dLow)),

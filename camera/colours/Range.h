@@ -29,6 +29,9 @@ public:
     /// How many frames `lock` looks at.
     static constexpr std::size_t nLearnFrames = 10;
 
+    /// The part of its way that what glides after the frames goes with each.
+    static constexpr double dGlide = 1 / 8.0;
+
     /// @throws Exception  for a range that the thermometer cannot read, or that is empty
     explicit RangeRule(const Settings& settings = {}, const Thermometer& thermometer = Thermometer());
 

@@ -134,6 +134,12 @@ std::vector<Key> makeKeys()
          "frames "
          "together, held; widened if more than 1 % of a frame lies outside), fixed ones, or percentiles like "
          "p1:p99"},
+        {"colours/tone", "--tone", words({"linear", "plateau", "local"}), "", "linear",
+         "How the values of the range share out the palette: evenly (linear), by how many pixels have them "
+         "(plateau), or differently from place to place (local), so that colours are no temperatures any "
+         "more; noise limits what any of them gets"},
+        {"colours/detail", "--detail", form({{"N", number, 1, 10}}, {"off"}), "", "off",
+         "Amplify what is fine up to N times, as far as it stands out of the noise; exact values stay"},
         {"colours/regions",
          "--region",
          {{}, {{{"LOW", value}, {"HIGH", value}, {"RRGGBB", colour}}}, "", true},

@@ -44,6 +44,9 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
                     {"render run --out o --palette-file none.xml", "none.xml"},
                     {"render run --out o --region 5:4:FFFFFF", "5:4:FFFFFF"},
                     {"render run --out o --downsize 160x120", "64x48"},
+                    {"render run --out o --tone loud", "plateau"},
+                    {"render run --out o --detail 11", "1 to 10"},
+                    {"render run --out o --tone local --humidity 20:50", "--tone and --detail"},
                     {"render run --out o --settings none.ini", "none.ini"},
                     {"render run --out o.png", "o.png"},
                     {"render run --out missing/o.avi", "missing"},
@@ -165,6 +168,16 @@ TEST_F(Program, MeasuresNoiseBeforeAndAfter)
     EXPECT_GT(picture("both.png").cols, 3 * 6 * 64);
     EXPECT_THAT(said("noise run --compare --skip 5 --anchors --csv"),
                 HasSubstr("measure (counts),key,before,after,medianBlur,bilateralFilter,addWeighted,"));
+}
+
+TEST_F(Program, SaysThatASingleFrameHasOnlyItsOwnNeighboursToBeSmoothedBy)
+{
+    writeFrames(2);
+    for (const char* command : {"render run/run_0.png --out o.png", "clean run/run_0.png --out o.pgm"})
+        EXPECT_THAT(call(command + std::string(" --denoise")).errors,
+                    HasSubstr("a single frame is smoothed within itself alone"));
+    said("clean run --denoise --out o.npy");
+    said("clean run/run_0.png --out o.pgm");
 }
 
 TEST_F(Program, ListsDrawsAndKeepsPalettes)

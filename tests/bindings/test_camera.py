@@ -24,6 +24,8 @@ def test_settings_are_one_tree_however_they_are_written(tmp_path):
     for settings in ways:
         assert settings == ways[0] and settings["noise/denoise"] == "normal" and settings["picture/scale"] == "2"
     assert ways[0].to_dict() == wanted and velmo.Settings() != ways[0]
+    looks = velmo.Settings(tone="plateau", detail=3, flat="flat.npy")
+    assert [looks[path] for path in ("colours/tone", "colours/detail", "pixels/flat")] == ["plateau", "3", "flat.npy"]
     assert set(velmo.Settings()) == {key["path"] for key in velmo.setting_keys()}
 
 

@@ -25,4 +25,9 @@ TEST(Camera, AllocatesNothingPerFrameOnceItRuns)
     }
     Camera automatic;
     EXPECT_EQ(allocationsOf([&] { automatic.show(raw); }), 0);
+    Settings toned;
+    toned.set("colours/tone", "plateau");
+    toned.set("colours/detail", 3);
+    Camera equalising(toned);
+    EXPECT_EQ(allocationsOf([&] { equalising.show(raw); }), 0);
 }

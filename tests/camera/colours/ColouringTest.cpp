@@ -87,12 +87,15 @@ TEST(Legend, PutsLabelsBesideTheirValues)
 {
     Colouring colouring = with("Hotcold");
     Legend legend{Thermometer()};
-    for (const ValueRange range : {ValueRange{1000, 2000}, {1000, 3000}}) {
-        Picture whole;
+    Picture whole;
+    int width = 0;
+    for (const ValueRange range : {ValueRange{1000, 2000}, {1000, 3000}, {0, 20000}}) {
         legend.draw(Picture(120, 20, cv::Vec3b(1, 2, 3)), colouring.table(), range, whole);
         EXPECT_NEAR(rowOf(whole, std::to_string(range.high)), 1, 2);
         EXPECT_NEAR(rowOf(whole, std::to_string((range.low + range.high) / 2)), 56, 3);
         EXPECT_NEAR(rowOf(whole, std::to_string(range.low)), 110, 3);
+        EXPECT_EQ(whole.cols, width == 0 ? whole.cols : width);
+        width = whole.cols;
     }
 }
 
