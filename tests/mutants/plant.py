@@ -43,6 +43,9 @@ PROGRAMS = {
 }
 
 
+KERNELS = "tests/kernel_tests"  # one test of all loops, so that none is beside a file
+
+
 class Fault:
     def __init__(self, head):
         self.path, _, way = head.partition(" ")
@@ -58,6 +61,8 @@ class Fault:
         if self.target:
             return [f"fuzz/{self.target}"]
         programs = [f"tests/{program}" for program in PROGRAMS[self.path.split("/")[0]]]
+        if re.search("Kernel|Plain|Loops|ByteShuffle", self.path):
+            programs.sort(key=lambda program: program != KERNELS)
         return programs[:1] if self.preset == "thread" else programs
 
     def planted(self, source):
@@ -172,7 +177,8 @@ def shown(fault):
     for only in [beside, everything] if beside and fault.preset != "thread" else [everything]:
         for program in fault.programs():
             built = build(fault.preset, [program])
-            failed = failures(fault.preset, program, only, "--gtest_fail_fast") if built.returncode == 0 else []
+            which = everything if program == KERNELS else only
+            failed = failures(fault.preset, program, which, "--gtest_fail_fast") if built.returncode == 0 else []
             if failed or built.returncode != 0:
                 return built, failed
     return built, []

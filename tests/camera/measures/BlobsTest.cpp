@@ -138,5 +138,8 @@ TEST(BlobPicture, MarksBlobsAndLeavesTheRestAlone)
     EXPECT_EQ(after(58, 58), before(0, 0));
     EXPECT_EQ(cv::norm(after, withBlobs(before, blobs, tracker, 2)), 0);
     EXPECT_EQ(cv::norm(before, withBlobs(before, {}, tracker, 1)), 0);
+    const Picture axes = withBlobs(before, blobsOf({{10, 10, 9, 3}}), tracker, 1);
+    EXPECT_EQ(axes(11, 16), axes(10, 10)); // both halves of the long one, as bright as the outline
+    EXPECT_EQ(axes(11, 12), axes(10, 10));
     EXPECT_THROW(withBlobs(Picture(28, 60), blobs, tracker, 1), velmo::exp::Exception); // one row short
 }
