@@ -75,6 +75,14 @@ struct Converter
         });
     }
 
+    void fillRegionsRgb(py::handle table)
+    {
+        const Image entries = writableView(table, "table", CV_8UC3);
+        if (entries.rows != 1)
+            throw py::value_error("table: " + std::to_string(entries.rows) + " rows, where 1 is needed");
+        unlocked(mutex, [&] { converter.fillColorRegionsRgb(entries, 0, 65535); });
+    }
+
     static std::pair<unsigned short, unsigned short> range(py::handle min, py::handle max)
     {
         const unsigned short low = value(min, "min"), high = value(max, "max");
@@ -152,6 +160,11 @@ void addConverter(py::module_& module)
             "fill_color_regions",
             [](Converter& self) { unlocked(self.mutex, [&] { self.converter.fillColorRegions(0, 65535); }); },
             "fill_color_regions()\n\nPaints all regions into the table.")
+        .def("fill_color_regions_rgb", &Converter::fillRegionsRgb, py::arg("table"),
+             "Paints all regions into a stretched palette, 1 x W x 3 uint8, in place; their bands are "
+             "positions "
+             "in it.\n"
+             "Error for a band that leaves it.")
         .def(
             "create_color_region",
             [](Converter& self, py::handle id, py::handle upper, py::handle lower, py::handle color) {

@@ -10,6 +10,7 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -53,6 +54,21 @@ py::object calculate(py::handle map, py::handle radius)
     std::vector<BadPixel> records;
     unlocked([&] { records = BadPixelTools::calculateReplacePixels(pixels, far); });
     return recordArray(records);
+}
+
+py::object calculateSingle(py::handle map, py::handle x, py::handle y, py::handle radius)
+{
+    const Map pixels = view(map, "map", CV_32SC1);
+    BadPixel record;
+    record.pixel = {static_cast<short>(inRange(x, "x", 0, std::min(pixels.cols, 32768) - 1)),
+                    static_cast<short>(inRange(y, "y", 0, std::min(pixels.rows, 32768) - 1))};
+    const int far = inRange(radius, "radius", 0, 32767);
+    bool found = false;
+    unlocked([&] {
+        found = BadPixelTools::calculateSingleReplacePixel(
+            pixels, BadPixelTools::computeReplacePixelQuery(far), record);
+    });
+    return recordArray(found ? std::vector<BadPixel>{record} : std::vector<BadPixel>{});
 }
 
 py::object recalculate(py::handle records, py::handle map, py::handle radius)
@@ -131,6 +147,10 @@ void addBadPixels(py::module_& module)
                     "A record for every bad pixel of the map, line by line, with the nearest good pixel of "
                     "each quadrant\n"
                     "within `radius` pixels. Error if a bad pixel has no good one there.")
+        .def_static("calculate_single_replace_pixel", &calculateSingle, py::arg("map"), py::arg("x"),
+                    py::arg("y"), py::arg("radius"),
+                    "The record of one pixel, or none if no pixel within `radius` is good. For a whole map\n"
+                    "calculate_replace_pixels is faster.")
         .def_static("recalculate_replace_pixels", &recalculate, py::arg("records"), py::arg("map"),
                     py::arg("radius"),
                     "Marks the pixels of the records in the map, with BAD_HOMOGENITY alone in place of their "

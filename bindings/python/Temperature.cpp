@@ -72,6 +72,18 @@ void addScale(py::module_& module)
         .def_property_readonly("table", &table,
                                "Degrees Celsius of all 65,536 values, float32. Error for counts.")
         .def(
+            "doubt",
+            [](const Scale& self, py::handle median, const std::string& degrees) {
+                return self.doubt(
+                    static_cast<unsigned short>(inRange(median, "median", 0, Scale::s32Values - 1)),
+                    camera::Degrees::parse(degrees));
+            },
+            py::arg("median"), py::arg("degrees") = "C",
+            "Why this can hardly be the unit of a recording with this median value, in one line in degrees "
+            "C, K "
+            "or F;\n"
+            "empty if it can. A wrong unit that gives temperatures of this world passes.")
+        .def(
             "slope",
             [](const Scale& self, py::handle value) {
                 requireDegrees(self);

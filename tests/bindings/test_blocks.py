@@ -160,6 +160,11 @@ def test_a_frame_is_coloured_by_a_table_of_its_range():
     converter.create_color_region(1, upper=1500, lower=1400, color=0x102030)
     converter.resize_lookup_table(1000, 2000, palette)
     assert converter.palletize_fast(values)[0, 2].tolist() == [0x10, 0x20, 0x30]
+    stretched = np.zeros((1, 2000, 3), np.uint8)
+    converter.fill_color_regions_rgb(stretched)
+    assert set(np.flatnonzero(stretched.any(axis=2))) == set(range(1400, 1501))
+    with pytest.raises(ValueError, match="table: 2 rows"):
+        converter.fill_color_regions_rgb(np.zeros((2, 9, 3), np.uint8))
     with pytest.raises(ValueError, match="max: 5 is below min, 6"):
         converter.palletize(values, 6, 5, palette)
     with pytest.raises(ValueError, match="one colour at least"):
@@ -210,6 +215,8 @@ def test_bad_pixels_are_records_and_maps():
     records = velmo.BadPixelTools.calculate_replace_pixels(bad, 5)
     assert records.dtype == velmo.BAD_PIXEL and records["pixel"].tolist() == [(0, 0), (3, 4)]
     assert {tuple(place) for place in records["replace_pixel"][1].tolist()} == {(4, 4), (3, 5), (3, 3), (2, 4)}
+    assert velmo.BadPixelTools.calculate_single_replace_pixel(bad, 3, 4, 5) == records[1:]
+    assert len(velmo.BadPixelTools.calculate_single_replace_pixel(np.ones((3, 3), np.int32), 1, 1, 5)) == 0
     assert velmo.BadPixelTools.convert_bad_pixel_to_pxm_format(records[::-1])[0, :2].tolist() == [3, 4]
 
     spread = frame(20, 30)
@@ -222,6 +229,7 @@ def test_bad_pixels_are_records_and_maps():
         (lambda: velmo.BadPixelTools.check_monotonic([spread], bad), velmo.Error, "at least 2"),
         (lambda: velmo.BadPixelTools.check_monotonic([spread, spread], bad[1:]), ValueError, "map: 19 x 30"),
         (lambda: velmo.BadPixelTools.recalculate_replace_pixels(bad, bad, 5), TypeError, "BAD_PIXEL"),
+        (lambda: velmo.BadPixelTools.calculate_single_replace_pixel(bad, 30, 0, 5), ValueError, "x: 30"),
         (lambda: velmo.BadPixelTools.recalculate_replace_pixels(records, bad[:2], 5), velmo.Error, "outside"),
         (lambda: velmo.BadPixelTools.load_bad_pixel_from_pxm("/no/such"), velmo.Error, "Can not open"),
         (lambda: velmo.DistortionCorrection.load_pixel_corr_info_from_pxm("/no/such"), velmo.Error, "Can not open"),

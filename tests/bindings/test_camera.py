@@ -109,6 +109,7 @@ def test_values_have_temperatures():
     warm = velmo.Radiometry(emissivity=0.5, reflected=20)
     assert warm.object(20) == pytest.approx(20) and warm.apparent(warm.object(60)) == pytest.approx(60)
     assert scale.of_objects(warm).celsius(values)[0, 2] > 40
+    assert scale.doubt(29515) == "" and "-" in scale.doubt(8000, degrees="C")
     assert velmo.dew_point(20, 100) == pytest.approx(20, abs=0.01)
     for call in (
         lambda: velmo.Scale().celsius(values),
