@@ -79,10 +79,10 @@ const Registration plateau("tone plateau", [](cv::Size size) {
     return tone(size, with({{"colours/tone", "plateau"}}), 1);
 });
 const Registration local("tone local", [](cv::Size size) {
-    return tone(size, with({{"colours/tone", "local"}}), 20);
+    return tone(size, with({{"colours/tone", "local"}}), 8);
 });
 const Registration detail("detail", [](cv::Size size) {
-    return tone(size, with({{"colours/detail", "4"}}), 1);
+    return tone(size, with({{"colours/detail", "4"}}), 2);
 });
 
 } // namespace
