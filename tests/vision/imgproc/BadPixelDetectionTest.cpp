@@ -55,11 +55,13 @@ TEST(BadPixelHistogram, SaysNothingOfAPeakAtAnEnd)
                                                 {-390, 1085, 4U},          // 2.5
                                                 {-394, 1091, 0U}}) {       // 1.5
         const auto other = static_cast<short>(others);
-        Map map;
-        EXPECT_EQ(Tools::detectBadPixelHistogram(
-                      row(10, {other, other, other, other}, static_cast<short>(most)), map, 1),
-                  flagged)
-            << most;
+        const Frame line = row(10, {other, other, other, other}, static_cast<short>(most));
+        for (const int rows : {1, 200}) { // fewer pixels than values, and more
+            Map map;
+            EXPECT_EQ(Tools::detectBadPixelHistogram(cv::repeat(line, rows, 1), map, 1),
+                      flagged * static_cast<unsigned>(rows))
+                << most << ", " << rows;
+        }
     }
 }
 
