@@ -364,8 +364,8 @@ void Denoiser::findShift()
             double x = 0, y = 0;
             tile.solve(x, y);
             const double explained = x * tile.xr + y * tile.yr;
-            const double rest = std::max(1e-2, (total(sums.rr) - explained) /
-                                                   ((bottom - top + every - 1) / every * (right - left)));
+            const int pixels = (bottom - top + every - 1) / every * (right - left);
+            const double rest = std::max(1e-2, (total(sums.rr) - explained) / pixels);
             const double knows = std::max(explained, 0.02 * (tile.xx + tile.yy)) / rest;
             const double weight = std::min(1.0, dSay / std::max(knows, 1e-9)) / rest;
             all.xx += weight * tile.xx, all.xy += weight * tile.xy, all.yy += weight * tile.yy;
