@@ -183,7 +183,7 @@ std::size_t distance(const std::string& from, const std::string& to)
         for (std::size_t j = 1; j <= to.size(); ++j) {
             const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
             diagonal = row[j];
-            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
+            row[j] = std::min(changed, std::min(row[j], row[j - 1]) + 1);
         }
     }
     return row.back();
@@ -216,10 +216,15 @@ const Key& keyOf(const std::string& path)
         return *found;
     constexpr std::size_t nLongest = 64;
     const std::string shown = path.substr(0, nLongest);
-    const auto nearest =
-        std::min_element(keys().begin(), keys().end(), [&](const Key& left, const Key& right) {
-            return farFrom(left, shown) < farFrom(right, shown);
-        });
+    const Key* nearest = nullptr;
+    std::size_t least = 0;
+    for (const Key& key : keys()) {
+        const std::size_t far = farFrom(key, shown);
+        if (!nearest || far < least) {
+            nearest = &key;
+            least = far;
+        }
+    }
     VELMO_THROW("there is no setting '" + shown + "'; the nearest is " + nearest->path);
 }
 
