@@ -20,6 +20,7 @@ public:
     /// @param most  how many times details are amplified at most, 1 or more
     explicit Detail(double most) : m_dMost(most) {}
 
+    /// @param frame  counts
     /// @param noise  of the frame, in counts
     /// @param edge   what is as large as this, in counts, is no detail any more but an edge
     /// @param out    becomes the frame with its details amplified, within 16 bits

@@ -22,6 +22,7 @@ public:
     /// The most that noise may take of the palette.
     static constexpr double dMostNoise = 3.0 / 255;
 
+    /// @param range  of the values that the palette covers
     /// @param noise  of the frame, in counts
     /// @returns the steepest slope that is allowed for such noise, 1 to dMostSlope
     static double slopeLimit(ValueRange range, double noise);

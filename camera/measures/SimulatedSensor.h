@@ -21,7 +21,9 @@ struct SensorNoise
 class VELMO_API SimulatedSensor
 {
 public:
-    /// @param seed  the same one gives the same noise
+    /// @param noise  in counts
+    /// @param size   of its frames
+    /// @param seed   the same one gives the same noise
     SimulatedSensor(const SensorNoise& noise, cv::Size size, unsigned seed = 11);
 
     /// The next frame of the stream.

@@ -25,6 +25,7 @@ public:
     TruthFigures raw(int from, int every = 1) const;
 
     /// Of the filtered frames.
+    /// @param make   the filter
     /// @param from   the first frame that is judged; earlier ones are for the filter to learn
     /// @param every  of how many frames one is judged
     TruthFigures after(const FilterMaker& make, int from, int every = 1) const;

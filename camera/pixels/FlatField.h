@@ -31,7 +31,8 @@ struct VELMO_API FlatField
     /// The three planes in this order, for files of floating-point numbers.
     std::vector<cv::Mat_<float>> planes() const;
 
-    /// @param what  begins the message of what is refused
+    /// @param planes  in the order of planes()
+    /// @param what    begins the message of what is refused
     /// @throws Exception  for planes that are not three of one size, a reading that is no count of 16 bits, a
     ///                    gain that is not from 0.1 to 10, flags of more than 16 bits, and where no pixel
     ///                    is good
