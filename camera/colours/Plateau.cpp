@@ -32,8 +32,10 @@ public:
             const int end = static_cast<int>(static_cast<long>(m_s32Values) * (bin + 1) / m_s32Count);
             Bin& each = m_aBins[static_cast<std::size_t>(bin)];
             each.width = end - value;
-            for (; value < end; ++value)
-                each.density += shares[static_cast<std::size_t>(range.low + value)];
+            for (; value < end; ++value) {
+                const int place = range.low + value;
+                each.density += shares[static_cast<std::size_t>(place)];
+            }
             all += each.density;
         }
         for (Bin& bin : *this)
