@@ -8,12 +8,16 @@
 
 #include <png.h>
 
+#include <cstdlib>
 #include <vector>
 
 namespace velmo::recordings {
 namespace {
 
 constexpr png_alloc_size_t maxTextBytes = 1 << 20; ///< a packed text or profile may unpack to so much
+/// What libpng may ask for in all while it reads one picture: far more than its rows take, and all that
+/// bounds how many texts a file may have and how long it says they are.
+constexpr png_alloc_size_t maxBytes = 16 << 20;
 
 /// libpng's reader. It leaves a failed call by longjmp: what `run` is given must have nothing to destroy.
 class PngReader
@@ -21,7 +25,7 @@ class PngReader
 public:
     PngReader(ByteFile file, std::string name) : m_pFile(std::move(file)), m_strName(std::move(name))
     {
-        m_pPng = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, fail, ignore);
+        m_pPng = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, fail, ignore, this, allocate, release);
         m_pInfo = m_pPng == nullptr ? nullptr : png_create_info_struct(m_pPng);
         if (m_pInfo == nullptr) {
             png_destroy_read_struct(&m_pPng, nullptr, nullptr);
@@ -117,9 +121,21 @@ private:
 
     static void ignore(png_structp, png_const_charp) {}
 
+    static png_voidp allocate(png_structp png, png_alloc_size_t size)
+    {
+        auto& left = static_cast<PngReader*>(png_get_mem_ptr(png))->m_uLeft;
+        if (size > left)
+            png_error(png, "its texts take more than 16 MiB");
+        left -= size;
+        return std::malloc(size);
+    }
+
+    static void release(png_structp, png_voidp memory) { std::free(memory); }
+
     ByteFile m_pFile;
     std::string m_strName;
     std::string m_strError;
+    png_alloc_size_t m_uLeft = maxBytes;
     png_structp m_pPng;
     png_infop m_pInfo;
 };

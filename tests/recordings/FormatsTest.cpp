@@ -208,11 +208,18 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
     std::string large = good;
     large.replace(16, 4, std::string("\0\0\x40\1", 4)); // a width of 16385
     writePng(output("colour.png"), cv::Mat(2, 2, CV_8UC3, cv::Scalar::all(1)));
+    writePng(output("text.png"), Frame(9, 9, 7), std::string(1 << 19, 'x'));
+    std::string texts = bytes("text.png");
+    const std::string text = texts.substr(33, texts.find("IDAT") - 4 - 33); // behind the header
+    for (int n = 0; n < 40; ++n)
+        texts.insert(33, text);
     const std::string u2 = "{'descr': '<u2', 'fortran_order': False, 'shape': ";
     const std::pair<const char*, std::string> files[] = {
         {"PNG", large},
         {"PNG", good.substr(0, good.size() - 20)},
         {"colours", bytes("colour.png")},
+        {"texts take more than 16 MiB", texts},
+        {"texts take more than 16 MiB", std::string(good).insert(33, "\x55\1\1\1tEXt")},
         {"TIFF", "II*\0"},
         {"TIFF", std::string("II*\0\x8\0\0\0\1\0", 10)},
         {"4 frames of 8 bytes, behind it are 7 bytes", npy(u2 + "(4, 2, 2)}", "1234567")},
