@@ -18,9 +18,8 @@ struct VELMO_API Isotherm
     bool blend;        ///< only its tone: as bright as the palette is there
     std::string label; ///< what it says in the legend: "above 37.5 °C"
 
-    /// @param text  above:LOW:RRGGBB (LOW itself does not belong to it), below:HIGH:RRGGBB (nor does HIGH),
-    /// or
-    ///              between:LOW:HIGH:RRGGBB (both do); each may end in :blend or :solid
+    /// @param text  above:LOW:RRGGBB (LOW itself does not belong to it), below:HIGH:RRGGBB (nor does HIGH)
+    ///              or between:LOW:HIGH:RRGGBB (both do); each may end in :blend or :solid
     /// @param what  begins the message of what is refused
     /// @param thermometer  knows what LOW and HIGH are as values of frames
     /// @throws Exception  for anything else, and where no value lies in the band

@@ -61,20 +61,20 @@ struct VELMO_API PixelFindings
 class VELMO_API PixelSearch
 {
 public:
-    /// @param shutter  what the sensor shows of a closed shutter, for frames that were never corrected; taken
-    /// off each
-    ///                 frame. Empty: nothing is.
+    /// @param shutter  what the sensor shows of a closed shutter, for frames that were never corrected; it
+    ///                 is taken off each frame. Empty: nothing is.
     explicit PixelSearch(const Frame& shutter = {});
     ~PixelSearch();
     PixelSearch(PixelSearch&&) noexcept;
     PixelSearch& operator=(PixelSearch&&) noexcept;
 
-    /// Takes 46 bytes for a pixel, however many frames there are.
+    /// Takes 48 bytes for a pixel, however many frames there are. One that is the last again, as recorders
+    /// repeat frames to keep a rate, is left out.
     /// @throws Exception  for a frame of fewer than 5 x 5 pixels, and for one of another size than the
-    /// shutter or the
-    ///                    frames before
+    ///                    shutter or the frames before
     void add(const Frame& frame);
 
+    /// How many there were that differ from the one before.
     std::size_t frames() const;
 
     /// The mean of the frames so far; less the shutter plus 32768, if there is one.

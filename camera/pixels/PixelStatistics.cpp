@@ -82,6 +82,8 @@ void PixelStatistics::add(const Frame& frame)
     if (m_nFrames == 0)
         begin(frame);
     requireSize(frame, m_oFirst.size(), " among frames of ");
+    if (!m_oLast.renew(frame))
+        return;
     takeValues(frame);
     ++m_nFrames;
     short* const median = m_vecScratch.data();

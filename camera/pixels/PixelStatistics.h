@@ -2,6 +2,7 @@
 #pragma once
 
 #include "camera/Frame.h"
+#include "camera/LastFrame.h"
 #include "camera/pixels/PixelStatisticsKernel.h"
 
 #include <cstddef>
@@ -10,15 +11,15 @@
 
 namespace velmo::camera {
 
-/// What one pass over a recording keeps of each pixel: 46 bytes, whatever the length.
+/// What one pass over a recording keeps of each pixel: 48 bytes, whatever the length.
 struct PixelStatistics
 {
     /// @param shutter  what a closed shutter looks like, or nothing; it is taken off the frames
     explicit PixelStatistics(Frame shutter = {}) : m_oShutter(std::move(shutter)) {}
 
+    /// A repeated frame is left out.
     /// @throws Exception  for a frame of fewer than 5 x 5 pixels, and for one of another size than the
-    /// shutter or the
-    ///                    frames before
+    ///                    shutter or the frames before
     void add(const Frame& frame);
 
     /// The mean of the frames less the shutter.
@@ -39,6 +40,7 @@ private:
     void takeValues(const Frame& frame);
     const unsigned short* shutterLine(int y) const { return m_oShutter[m_oShutter.rows == 1 ? 0 : y]; }
 
+    LastFrame m_oLast;
     cv::Mat_<short> m_oValues; ///< of the last frame, less the shutter
     std::vector<short> m_vecScratch;
     std::vector<float> m_vecRise;

@@ -149,15 +149,18 @@ void Denoiser::process(const Frame& in, Frame& out)
             in.copyTo(out);
         return;
     }
-    out.create(in.size());
-    if (in.rows != m_s32Rows || in.cols != m_s32Columns)
-        start(in);
-    else
-        follow(in);
-    findNoise();
-    findFixedStripes();
+    if (m_oLast.renew(in)) {
+        const Frame& frame = m_oLast.frame(); // `out` may be `in`
+        if (frame.rows != m_s32Rows || frame.cols != m_s32Columns)
+            start(frame);
+        else
+            follow(frame);
+        findNoise();
+        findFixedStripes();
+        smooth();
+        ++m_s32Frames;
+    }
     finish(out);
-    ++m_s32Frames;
 }
 
 void Denoiser::start(const Frame& frame)
@@ -585,7 +588,7 @@ void Denoiser::findFixedStripes()
                         m_s32Columns);
 }
 
-void Denoiser::finish(Frame& out)
+void Denoiser::smooth()
 {
     constexpr float fLeastNoise = 0.05F;
     // Differences of neighbours in white noise, before the smoothing across and before that down.
@@ -603,6 +606,11 @@ void Denoiser::finish(Frame& out)
             smoothOctave(m_oPicture, {1 << i, aSpacing[i], gate(aAcross[i]), gate(aDown[i])}, m_oRemoved,
                          m_vecRings);
         }
+}
+
+void Denoiser::finish(Frame& out)
+{
+    out.create(m_s32Rows, m_s32Columns);
     for (int r = 0; r < m_s32Rows; ++r)
         finishLine(estimate(r), m_oRemoved[r],
                    {m_vecFixedColumns.data(), m_vecFixedRows[static_cast<std::size_t>(r)],

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "camera/Frame.h"
+#include "camera/LastFrame.h"
 #include "camera/stages/DenoiseKernel.h"
 
 #include <array>
@@ -27,16 +28,15 @@ struct DenoiseStrength
 /// 3. Movement: the shift that best explains the residual r = z - E by the slope of E, by least squares in
 ///    tiles none of which has more than its say. A sudden one starts E anew.
 /// 4. Change: where r has more energy than noise in five by five pixels, in one, or in their sum, or where
-/// the
-///    shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then a
-///    running mean.
+///    the shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then
+///    a running mean.
 /// 5. Stripes that stay: the same segments, against the nine pixels around, in E; only as large as noise.
 /// 6. Noise in E: the energy of its finest diagonal octave where the next octave has least.
 /// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise. Where most
 ///    neighbours differ by more is texture, and stays.
 ///
 /// The result is E less 5 and 7, at the level of z. It is not fed back: 1 to 4 see E alone, so nothing runs
-/// away. No frame waits for a later one.
+/// away. No frame waits for a later one. A repeated frame gives the last result again.
 ///
 /// After the first frame of a size, nothing is allocated.
 class Denoiser
@@ -87,6 +87,7 @@ private:
     void addBlocks(int row);
     void findNoise();
     void findFixedStripes();
+    void smooth();
     void finish(Frame& out);
 
     float* estimate(int row) { return m_vecEstimate.data() + std::ptrdiff_t{row} * m_s32Columns; }
@@ -98,6 +99,7 @@ private:
     DenoiseStrength m_oStrength;
     int m_s32Rows = 0, m_s32Columns = 0;
     int m_s32Frames = 0;
+    LastFrame m_oLast;
 
     Line m_vecEstimate, m_vecAge;
     float m_fBase = 0;      ///< a value in the middle of the first frame

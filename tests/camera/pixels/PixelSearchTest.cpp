@@ -220,6 +220,15 @@ TEST(PixelSearch, FindsNothingInScenesWithoutDefects)
             EXPECT_EQ(search(scene(seed, count)).count(), 0U) << seed << ", " << count << " frames";
 }
 
+TEST(PixelSearch, LearnsNothingFromARepeatedFrame)
+{
+    Frames frames = scene(3), repeated;
+    plant(frames, kinds[3], 5);
+    for (const Frame& frame : frames)
+        repeated.insert(repeated.end(), {frame, frame});
+    EXPECT_EQ(search(repeated).list(), search(frames).list());
+}
+
 TEST(PixelSearch, FindsRowsAndColumnsThatAreOffAsAWhole)
 {
     for (const int count : {1, 20}) {

@@ -154,6 +154,17 @@ TEST(Denoiser, FollowsACameraThatPans)
     }
 }
 
+TEST(Denoiser, LearnsNothingFromARepeatedFrame)
+{
+    const Simulation simulation({"", false, still}, {2}, size, 8);
+    std::vector<Frame> repeated;
+    for (const Frame& frame : simulation.frames())
+        repeated.insert(repeated.end(), {frame, frame, frame});
+    const auto once = filtered(denoiser(), simulation.frames()), thrice = filtered(denoiser(), repeated);
+    for (std::size_t n = 0; n < thrice.size(); ++n)
+        EXPECT_EQ(cv::norm(thrice[n], once[n / 3], cv::NORM_INF), 0) << n;
+}
+
 TEST(Denoiser, TakesFramesOfAnySizeAndValue)
 {
     Denoiser denoiser({0.07F, 1});
@@ -168,6 +179,7 @@ TEST(Denoiser, TakesFramesOfAnySizeAndValue)
             if (of.width < 16) {
                 EXPECT_EQ(cv::norm(out, before, cv::NORM_INF), 0);
             }
+            cv::randu(all, 0, 65536);
             denoiser.process(in, in);
         }
     }
