@@ -4,8 +4,10 @@
 #include "camera/Frame.h"
 #include "camera/LastFrame.h"
 #include "camera/stages/DenoiseKernel.h"
+#include "camera/stages/DenoiseNoise.h"
+#include "camera/stages/DenoiseShift.h"
+#include "camera/stages/DenoiseStripes.h"
 
-#include <array>
 #include <vector>
 
 namespace velmo::camera {
@@ -49,42 +51,14 @@ public:
     void process(const Frame& in, Frame& out);
 
 private:
-    using Line = std::vector<float>;
-
-    /// Means of lines in four segments of their length.
-    struct Segments
-    {
-        static constexpr int s32Count = 4;
-
-        std::array<std::vector<int>, s32Count> sums, inside; ///< of values; of how many within the limit
-        std::array<int, s32Count> pixels{};                  ///< how many were added to a line
-        Line means, doubts;                                  ///< of the segments' means; variances of these
-        float common = 0;                                    ///< variance of what the segments agree on
-        Line copy;                                           ///< memory
-
-        void clear(std::size_t lines);
-        /// @param unit     in which the sums count
-        /// @param reach    what so many lines before and after have in common is no stripe; 0 for any
-        /// @param segment  memory
-        void average(float unit, int reach, Line& segment);
-    };
-
-    struct Block
-    {
-        float fine, coarse, structure; ///< energy: diagonal of two octaves, all of the second
-    };
-
     void start(const Frame& frame);
     void follow(const Frame& frame);
     void findLevel(const Frame& frame);
     float deviationOf(const Frame& frame);
     void findStripes(const Frame& frame, float deviation);
-    void shrinkStripes(const Segments& lines, float deviation, Line& stripes);
     void takeResiduals(const Frame& frame);
-    void findShift();
     void explain(int row);
     void update(const Frame& frame);
-    void addBlocks(int row);
     void findNoise();
     void findFixedStripes();
     void smooth();
@@ -108,17 +82,17 @@ private:
     float m_fNoise = 0;     ///< of the estimate
     float m_fRatio = 1;     ///< of its second octave to what white noise has there
     float m_fChanged = 1;   ///< share of the pixels that the last frame changed
-    float m_fShiftX = 0, m_fShiftY = 0;
-    float m_fCut = 0; ///< how sure it is that the whole scene is another
+    SceneShift m_oShift;
 
-    Segments m_oSegments, m_oRowSegments;
+    LineMeans m_oColumnMeans, m_oRowMeans;
     Line m_vecColumns, m_vecRows; ///< stripes of this frame
     float m_fStripeShare = 0;     ///< of them that the estimate takes over
     Line m_vecFixedColumns, m_vecFixedRows;
 
     // Memory for what lasts no longer than a frame.
-    Line m_vecSorted, m_vecSegment, m_vecLines, m_vecHalfEstimate, m_vecHalfResidual;
-    std::vector<Block> m_vecBlocks;
+    ShiftFinder m_oShiftFinder;
+    OctaveNoiseMeter m_oNoiseMeter;
+    Line m_vecSorted, m_vecSegment, m_vecLines;
     std::vector<short> m_vecFixedLanes;
     Lanes m_oCoarse, m_oSums, m_oPicture, m_oRemoved;
     std::vector<Lanes> m_vecRings;
