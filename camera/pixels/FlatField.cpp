@@ -71,12 +71,15 @@ FlatField FlatField::fromPlanes(const std::vector<cv::Mat_<float>>& planes, cons
     return field;
 }
 
-void FlatLearner::Recording::add(const Frame& frame)
+void FlatLearner::Recording::add(const Frame& frame, const Recording& beside)
 {
-    if (!m_oSearch)
+    if (beside.m_nFrames > 0 && frame.size() != beside.m_oSum.size())
+        VELMO_THROW("frames of " + sizeText(frame.size()) + " at one temperature, of " +
+                    sizeText(beside.m_oSum.size()) + " at the other");
+    if (m_nFrames == 0)
         m_oSearch.emplace(frame.clone()); // what differs from the first frame is no offset
     m_oSearch->add(frame);
-    if (m_oSum.empty())
+    if (m_nFrames == 0)
         m_oSum = cv::Mat_<double>::zeros(frame.size());
     cv::accumulate(frame, m_oSum);
     ++m_nFrames;
@@ -91,15 +94,12 @@ cv::Mat_<float> FlatLearner::Recording::mean() const
 
 void FlatLearner::add(const Frame& frame)
 {
-    m_oShutter.add(frame);
+    m_oShutter.add(frame, m_oOther);
 }
 
 void FlatLearner::addOther(const Frame& frame)
 {
-    if (m_oShutter.m_nFrames > 0 && frame.size() != m_oShutter.m_oSum.size())
-        VELMO_THROW("frames of " + sizeText(frame.size()) + " at the other temperature, of " +
-                    sizeText(m_oShutter.m_oSum.size()) + " of the shutter");
-    m_oOther.add(frame);
+    m_oOther.add(frame, m_oShutter);
 }
 
 FlatField FlatLearner::learn() const

@@ -60,7 +60,7 @@ private:
     /// One of the two.
     struct Recording
     {
-        void add(const Frame& frame);
+        void add(const Frame& frame, const Recording& beside);
         cv::Mat_<float> mean() const;
 
         cv::Mat_<double> m_oSum;

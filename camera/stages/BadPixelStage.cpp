@@ -75,7 +75,7 @@ private:
     std::string m_strOrigin;
     std::vector<BadPixel> m_vecRecords;
     std::vector<unsigned short> m_vecMeans;
-    cv::Size m_oChecked;
+    cv::Size m_oChecked{-1, -1}; ///< no frame is of this size
 };
 
 /// Learns on the first frames.

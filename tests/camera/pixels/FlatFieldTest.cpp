@@ -121,10 +121,11 @@ TEST(FlatField, RefusesWhatIsNone)
 
     FlatLearner learner;
     EXPECT_THAT(refusal([&] { learner.learn(); }).message, testing::HasSubstr("without a frame"));
+    EXPECT_THROW(learner.add(Frame(4, 4)), Exception); // and is not taken for the first one
     const Sensor sensor(0.1);
     learner.add(sensor.see(Sensor::wall(8000)));
     EXPECT_THAT(refusal([&] { learner.addOther(Frame(24, 31)); }).message,
-                testing::HasSubstr("31x24 at the other temperature, of 32x24"));
+                testing::HasSubstr("31x24 at one temperature, of 32x24 at the other"));
     learner.addOther(Sensor(0.1).see(Sensor::wall(8000)));
     EXPECT_THAT(refusal([&] { learner.learn(); }).message, testing::HasSubstr("no gains can be learnt"));
 }

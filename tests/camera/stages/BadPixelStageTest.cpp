@@ -19,9 +19,10 @@ TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
     EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()),
                 ElementsAre(65535, 11, 16)); // (26 * 8 + 20 * 14) / 44: above and below differ less
 
-    Frame narrow(1, 2);
+    Frame narrow(1, 2), none;
     EXPECT_THROW(stage->apply(narrow), Exception);
     left.replacePixel[2] = {-1, 0};
+    EXPECT_THROW(makeBadPixelStage({}, {"records", {left}})->apply(none), Exception);
     EXPECT_THROW(makeBadPixelStage({}, {"records", {left}})->apply(frame), Exception);
     EXPECT_EQ(makeBadPixelStage({}, {}), nullptr);
 }
