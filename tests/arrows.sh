@@ -18,6 +18,6 @@ done
 forbid core 'vision/|camera/|recordings/|apps/|bindings/'
 forbid vision 'camera/|recordings/|apps/|bindings/'
 forbid camera 'recordings/|apps/|bindings/|CLI/|fstream|filesystem|opencv2/(imgcodecs|videoio|highgui)'
-forbid recordings 'apps/|bindings/|CLI/|camera/' '"camera/(Frame|Picture|temperature/[A-Za-z]*)\.h"'
+forbid recordings 'apps/|bindings/|CLI/|camera/' '"camera/(Frame|Picture|temperature/[A-Za-z]*|settings/Parse|pixels/(PixelMap|Replacements))\.h"'
 forbid bindings 'apps/|CLI/'
 exit $status

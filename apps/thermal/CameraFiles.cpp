@@ -1,8 +1,8 @@
 #include "apps/thermal/CameraFiles.h"
 
-#include "apps/thermal/PixelMapFiles.h"
 #include "recordings/FlatFile.h"
 #include "recordings/PaletteFile.h"
+#include "recordings/PixelFiles.h"
 
 #include <iostream>
 

@@ -2,7 +2,6 @@
 #include "apps/thermal/Error.h"
 #include "apps/thermal/InputOptions.h"
 #include "apps/thermal/OutputOptions.h"
-#include "apps/thermal/PixelMapFiles.h"
 #include "apps/thermal/PixelsCommands.h"
 #include "apps/thermal/SettingsOptions.h"
 #include "apps/thermal/Table.h"

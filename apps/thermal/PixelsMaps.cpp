@@ -1,11 +1,11 @@
 #include "apps/thermal/Error.h"
-#include "apps/thermal/PixelMapFiles.h"
 #include "apps/thermal/PixelsCommands.h"
 #include "apps/thermal/Table.h"
 #include "apps/thermal/Terminal.h"
 #include "camera/pixels/PixelOverlay.h"
 #include "camera/settings/Parse.h"
 #include "recordings/FileList.h"
+#include "recordings/PixelFiles.h"
 #include "recordings/PngFile.h"
 
 #include <iostream>
@@ -36,6 +36,9 @@ std::vector<PixelMap> readMaps(const MapsOptions& options, Outputs& outputs)
     for (std::size_t n = 0; n < options.maps.size() && size.empty(); ++n)
         if (endingOf(options.maps[n]) != ".csv")
             size = readAnyMap(options.maps[n]).size();
+    if (size.empty())
+        throw UsageError(options.maps.front() +
+                         ": a list of pixels does not say how large frames are: name it with --size WxH");
     std::vector<PixelMap> maps;
     for (const std::string& path : options.maps)
         maps.push_back(readAnyMap(path, size));
