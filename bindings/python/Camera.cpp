@@ -7,6 +7,7 @@
 
 #include "camera/Camera.h"
 #include "camera/settings/Keys.h"
+#include "camera/settings/Parse.h"
 #include "recordings/FlatFile.h"
 #include "recordings/PaletteFile.h"
 #include "recordings/PixelFiles.h"
@@ -31,24 +32,54 @@ py::object settingOf(const Settings& settings, const std::string& path)
     return py::str(settings.text(path));
 }
 
-void putAll(Settings& settings, const exp::DataStorage<std::string>& tree, const std::string& prefix = "")
+/// As it is typed: words, numbers, those of numpy too, and paths. What has separators between is a list or
+/// tuple, and what has both kinds of them a list of those.
+std::string typed(const Key& key, py::handle value, bool inList)
 {
-    for (const auto& [name, value] : tree)
-        if (value->getTypeInfo() == typeid(tree))
-            putAll(settings, value->value<exp::DataStorage<std::string>>(), prefix + name + '/');
+    py::detail::make_caster<bool> flag;
+    if (flag.load(value, false)) // a bool, of numpy too
+        return py::detail::cast_op<bool>(flag) ? "true" : "false";
+    if (py::isinstance<py::str>(value))
+        return value.cast<std::string>();
+    if (py::hasattr(value, "__fspath__"))
+        return pathText(value);
+    if (py::isinstance<py::list>(value) || py::isinstance<py::tuple>(value)) {
+        const char* const separator = inList || key.kind.forms.empty() ? "," : ":";
+        std::string text;
+        for (const auto& part : value)
+            text += (text.empty() ? "" : separator) + typed(key, part, false);
+        return text;
+    }
+    const bool array = py::hasattr(value, "__len__");
+    if (!array && PyIndex_Check(value.ptr()) != 0)
+        return py::str(py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr())));
+    if (!array && py::hasattr(value, "__float__"))
+        return camera::numberText(py::float_(py::reinterpret_borrow<py::object>(value)));
+    throw py::type_error(key.path + ": a " + Py_TYPE(value.ptr())->tp_name +
+                         ", where a bool, int, float, str, path, or a list or tuple of them is needed");
+}
+
+void put(Settings& settings, const std::string& path, py::handle value)
+{
+    const Key& key = camera::keyOf(path);
+    settings.set(path, typed(key, value, key.kind.list), path);
+}
+
+void putAll(Settings& settings, const py::dict& values, const std::string& prefix = "")
+{
+    for (const auto& [name, value] : values) {
+        if (!py::isinstance<py::str>(name))
+            throw py::type_error("a " + std::string(Py_TYPE(name.ptr())->tp_name) +
+                                 " as a name, where a str is needed");
+        const std::string path = prefix + name.cast<std::string>();
+        if (py::isinstance<py::dict>(value))
+            putAll(settings, py::reinterpret_borrow<py::dict>(value), path + '/');
         else
-            settings.set(prefix + name, value->toString(), prefix + name);
+            put(settings, path, value);
+    }
 }
 
-void put(Settings& settings, const std::string& path, const py::object& value)
-{
-    py::dict one;
-    one[py::str(path)] = value;
-    putAll(settings, treeOf(one));
-}
-
-/// Keywords are the options of the program: bad_pixels is --bad-pixels. A list becomes its values with commas
-/// between.
+/// Keywords are the options of the program: palette_file is --palette-file.
 void putOptions(Settings& settings, const py::kwargs& options)
 {
     for (const auto& [name, value] : options) {
@@ -56,10 +87,7 @@ void putOptions(Settings& settings, const py::kwargs& options)
         std::replace(option.begin(), option.end(), '_', '-');
         const auto found = std::find_if(camera::keys().begin(), camera::keys().end(),
                                         [&](const Key& key) { return key.option == option; });
-        const std::string path = found == camera::keys().end() ? name.cast<std::string>() : found->path;
-        const bool list = py::isinstance<py::list>(value) || py::isinstance<py::tuple>(value);
-        put(settings, path,
-            list ? py::object(py::str(",").attr("join")(value)) : py::reinterpret_borrow<py::object>(value));
+        put(settings, found == camera::keys().end() ? name.cast<std::string>() : found->path, value);
     }
 }
 
@@ -69,7 +97,7 @@ Settings made(const py::object& values, const py::kwargs& options)
     if (py::isinstance<Settings>(values))
         settings = values.cast<Settings>();
     else if (py::isinstance<py::dict>(values))
-        putAll(settings, treeOf(values));
+        putAll(settings, values);
     else if (!values.is_none())
         throw py::type_error("settings: a " + std::string(Py_TYPE(values.ptr())->tp_name) +
                              ", where Settings or a dict is needed");
@@ -107,7 +135,9 @@ void addSettings(py::module_& module)
         "What is chosen of everything that can be chosen; the rest has its default. `values` is a dict by\n"
         "path, nested ({\"noise\": {\"denoise\": True}}) or not ({\"noise/denoise\": True}); options are "
         "the\n"
-        "short names: Settings(denoise=True, range=\"7000:9000\"). setting_keys() lists them all.\n\n"
+        "short names: Settings(denoise=True, range=(7000, 9000)). Values are bool, int, float, str or paths, "
+        "what\n"
+        "is written with colons or commas between may be a list or tuple. setting_keys() lists them all.\n\n"
         "Error for a path, option or value that is not in the table.")
         .def(py::init(&made), py::arg("values") = py::none())
         .def_static(
@@ -132,6 +162,8 @@ void addSettings(py::module_& module)
                      paths.append(key.path);
                  return py::iter(paths);
              })
+        .def(
+            "keys", [](const py::object& self) { return py::list(self); }, "All paths, for dict(settings).")
         .def("__len__", [](const Settings&) { return camera::keys().size(); })
         .def(
             "__eq__", [](const Settings& self, const Settings& other) { return self.ini() == other.ini(); },
@@ -154,10 +186,9 @@ void addSettings(py::module_& module)
 class Stream
 {
 public:
-    Stream(const py::object& values, const py::object& badPixelRecords, std::string unit,
+    Stream(const py::object& values, const py::object& badPixels, std::string unit, const py::object& flat,
            const py::kwargs& options)
-        : m_oSettings(made(values, options)), m_strUnit(std::move(unit)), m_oRecords(badPixelRecords),
-          m_oCamera(open(m_oSettings, badPixelRecords, m_strUnit))
+        : m_oSettings(made(values, options)), m_strUnit(std::move(unit)), m_oCamera(open(badPixels, flat))
     {}
 
     py::object clean(py::handle frame, py::handle out)
@@ -198,17 +229,35 @@ public:
     const Settings& settings() const { return m_oSettings; }
     const std::string& unit() const { return m_strUnit; }
     const py::object& records() const { return m_oRecords; }
+    const py::object& flat() const { return m_oFlat; }
 
 private:
-    static camera::Camera open(Settings& settings, py::handle records, const std::string& unit)
+    static bool isText(py::handle value)
     {
-        camera::Calibration calibration = calibrationOf(
-            settings, {recordings::loadPaletteFile, recordings::readRecords, recordings::readFlatPlanes});
-        if (!unit.empty())
-            calibration.unit = unit;
-        if (!records.is_none())
-            calibration.badPixels = badPixels(records, "bad_pixels");
-        return camera::Camera(settings, calibration);
+        return py::isinstance<py::str>(value) || py::hasattr(value, "__fspath__");
+    }
+
+    /// What is given as an array goes above what the settings name.
+    camera::Camera open(const py::object& badPixels, const py::object& flat)
+    {
+        if (isText(badPixels))
+            put(m_oSettings, "pixels/records", badPixels);
+        if (isText(flat))
+            put(m_oSettings, "pixels/flat", flat);
+        camera::Calibration calibration =
+            calibrationOf(m_oSettings, {recordings::loadPaletteFile, recordings::readReplacements,
+                                        recordings::readFlatPlanes});
+        if (!m_strUnit.empty())
+            calibration.unit = m_strUnit;
+        if (!badPixels.is_none() && !isText(badPixels)) {
+            calibration.badPixels = recordsOrMap(badPixels, "bad_pixels");
+            m_oRecords = recordArray(calibration.badPixels);
+        }
+        if (!flat.is_none() && !isText(flat)) {
+            calibration.flat = camera::FlatField::fromPlanes(planesOf(flat, "flat"), "flat");
+            m_oFlat = planesArray(calibration.flat.planes());
+        }
+        return camera::Camera(m_oSettings, calibration);
     }
 
     /// A copy of what the camera made, whose memory it uses again.
@@ -233,7 +282,7 @@ private:
     std::mutex m_oMutex;
     Settings m_oSettings;
     std::string m_strUnit;
-    py::object m_oRecords;
+    py::object m_oRecords = py::none(), m_oFlat = py::none();
     camera::Camera m_oCamera;
 };
 
@@ -271,12 +320,23 @@ void addMeasurement(py::module_& module)
         .def_readonly("elongation", &Blob::elongation, "1 for as wide as tall, smaller for a longer one.")
         .def_readonly("low", &Blob::low, "The least value in it.")
         .def_readonly("high", &Blob::high, "The greatest.")
-        .def_readonly("mean", &Blob::mean, "Their mean.");
+        .def_readonly("mean", &Blob::mean, "Their mean.")
+        .def("__repr__", [](const Blob& self) {
+            return "Blob(" + std::to_string(self.component.getLabel()) + ": " +
+                   std::to_string(self.component.getNrOfPoints()) + " pixels in " +
+                   camera::sizeText(self.box.size()) + " at " + std::to_string(self.box.x) + ',' +
+                   std::to_string(self.box.y) + ')';
+        });
     py::class_<Measurement>(module, "Measurement", "What there is in a frame.")
         .def_readonly("low", &Measurement::low, "The least value.")
         .def_readonly("high", &Measurement::high, "The greatest value.")
         .def_readonly("mean", &Measurement::mean, "Their mean.")
-        .def_readonly("blobs", &Measurement::blobs, "Where settings look for blobs: list of Blob.");
+        .def_readonly("blobs", &Measurement::blobs, "Where settings look for blobs: list of Blob.")
+        .def("__repr__", [](const Measurement& self) {
+            return "Measurement(low " + std::to_string(self.low) + ", mean " +
+                   camera::numberText(self.mean, 1) + ", high " + std::to_string(self.high) + ", " +
+                   std::to_string(self.blobs.size()) + " blobs)";
+        });
 }
 
 } // namespace
@@ -295,16 +355,20 @@ void addCamera(py::module_& module)
     addMeasurement(module);
     py::class_<Stream>(
         module, "Camera",
-        "Camera(settings=None, bad_pixels=None, unit=\"\", **options)\n\n"
+        "Camera(settings=None, bad_pixels=None, unit=\"\", flat=None, **options)\n\n"
         "A whole camera: raw frames in, clean frames, pictures and measurements out. Filters learn from the\n"
         "frames in the order in which they come: one object per stream.\n\n"
         "settings: Settings, or what they are made from, with options as theirs.\n"
-        "bad_pixels: records of BAD_PIXEL, or None.\n"
+        "bad_pixels: records of BAD_PIXEL, a map (rows x cols int32), the path of either, or \"auto\".\n"
         "unit: what the recording says that a value means; Recording.unit has it.\n"
-        "A pickle holds settings, bad pixels and unit, not what was learnt. Error for settings that\n"
-        "contradict each other.")
-        .def(py::init<const py::object&, const py::object&, std::string, const py::kwargs&>(),
-             py::arg("settings") = py::none(), py::arg("bad_pixels") = py::none(), py::arg("unit") = "")
+        "flat: what FlatLearner learnt (3 x rows x cols float32), or the path of a .npy of it.\n"
+        "A pickle holds settings, bad pixels, flat field and unit, not what was learnt on the way. Error "
+        "for\n"
+        "settings that contradict each other.")
+        .def(py::init<const py::object&, const py::object&, std::string, const py::object&,
+                      const py::kwargs&>(),
+             py::arg("settings") = py::none(), py::arg("bad_pixels") = py::none(), py::arg("unit") = "",
+             py::arg("flat") = py::none())
         .def("clean", &Stream::clean, py::arg("frame"), py::arg("out") = py::none(),
              "clean(frame, out=None) -> rows x cols uint16\n\n"
              "The next raw frame of the stream (uint16), corrected; smaller where settings shrink it.")
@@ -368,10 +432,13 @@ void addCamera(py::module_& module)
             "hold", [](Stream& self) { self.locked([](auto& camera) { return camera.range().hold(), 0; }); },
             "hold()\n\nEnds learning: what was learnt is held.")
         .def(py::pickle(
-            [](const Stream& self) { return py::make_tuple(self.settings(), self.records(), self.unit()); },
+            [](const Stream& self) {
+                return py::make_tuple(self.settings(), self.records(), self.unit(), self.flat());
+            },
             [](const py::tuple& state) {
                 return std::make_unique<Stream>(py::object(state[0]), py::object(state[1]),
-                                                state[2].cast<std::string>(), py::kwargs());
+                                                state[2].cast<std::string>(), py::object(state[3]),
+                                                py::kwargs());
             }));
 }
 

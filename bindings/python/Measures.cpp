@@ -1,4 +1,4 @@
-#include "bindings/python/Arrays.h"
+#include "bindings/python/Adding.h"
 #include "bindings/python/Module.h"
 #include "bindings/python/Records.h"
 
@@ -8,13 +8,8 @@
 #include "camera/measures/Fidelity.h"
 #include "camera/measures/Noise.h"
 #include "camera/measures/ShapeMeter.h"
-#include "camera/pixels/PixelDetection.h"
-#include "camera/pixels/PixelOverlay.h"
-#include "camera/pixels/PixelSearch.h"
 
 #include <pybind11/stl.h>
-
-#include <memory>
 
 namespace velmo::python {
 namespace {
@@ -22,41 +17,8 @@ namespace {
 using camera::Shape;
 using camera::ShapeMeter;
 
-cv::Mat countsView(py::handle frame, const char* name = "frame")
-{
-    return view(frame, name, CV_16UC1);
-}
-
-/// Something that frames are added to, by one thread at a time.
-template <class Meter>
-struct Adding
-{
-    template <class... Arguments>
-    explicit Adding(Arguments&&... arguments) : meter(std::forward<Arguments>(arguments)...)
-    {}
-
-    void add(py::handle frame)
-    {
-        const cv::Mat image = countsView(frame);
-        unlocked(mutex, [&] { meter.add(image); });
-    }
-
-    template <class Work>
-    auto with(Work&& work)
-    {
-        decltype(work(meter)) result;
-        unlocked(mutex, [&] { result = work(meter); });
-        return result;
-    }
-
-    std::mutex mutex;
-    Meter meter;
-};
-
 using Noise = Adding<camera::NoiseMeter>;
 using Fidelity = Adding<camera::FidelityMeter>;
-using Detection = Adding<camera::PixelDetection>;
-using Search = Adding<camera::PixelSearch>;
 
 py::dict noiseFigures(Noise& self)
 {
@@ -228,83 +190,6 @@ void addShapes(py::module_& module)
              "frame: uint16. Error if a shape leaves it.");
 }
 
-py::dict findings(Search& self)
-{
-    const camera::PixelFindings found = self.with([](auto& search) { return search.find(); });
-    py::dict dict;
-    dict["faults"] = copied(found.faults);
-    dict["deviations"] = copied(found.deviations);
-    dict["clusters"] = copied(found.clusters);
-    dict["frames"] = found.frames;
-    dict["map"] = copied(found.map());
-    dict["list"] = found.list();
-    dict["overshot"] = found.overshot();
-    return dict;
-}
-
-void addPixelSearch(py::module_& module)
-{
-    py::class_<Search>(
-        module, "PixelSearch",
-        "PixelSearch(shutter=None)\n\n"
-        "Looks for defective pixels in a recording of anything, in one pass and without a choice to make. "
-        "One\n"
-        "frame is enough for dead pixels, rows and columns, and those that stand out by far; from five "
-        "frames on\n"
-        "noise and response are judged too.\n\n"
-        "shutter: uint16, what the sensor shows of a closed shutter, for frames that were never corrected.")
-        .def(py::init([](py::handle shutter) {
-                 return std::make_unique<Search>(shutter.is_none()
-                                                     ? camera::Frame()
-                                                     : camera::Frame(countsView(shutter, "shutter").clone()));
-             }),
-             py::arg("shutter") = py::none())
-        .def("add", &Search::add, py::arg("frame"),
-             "add(frame)\n\nuint16. Error for fewer than 5 x 5 pixels and for a frame of another size.")
-        .def("find", &findings,
-             "find() -> dict of what the frames so far tell: faults (rows x cols int32, flags of reasons; 0 "
-             "is good),\n"
-             "deviations (float32, how far out), clusters (int32, how many defective pixels touch each "
-             "other), frames,\n"
-             "map (int32, flags of BadPixelTools), list (comma-separated values, a line for each), overshot "
-             "(the fault\n"
-             "that was found too often to be true, mostly empty). Error without frames.");
-    py::class_<Detection>(module, "PixelDetection",
-                          "PixelDetection(min_count=0, monotony=False, offset=0)\n\n"
-                          "Looks for bad pixels in a recording, frame by frame.\n\n"
-                          "min_count: of a populated bin of the histogram; 0 leaves this detector out.\n"
-                          "monotony: the recording is a series at rising temperature.\n"
-                          "offset: taken off every value: what is left makes the bins, 2 % of its mean.")
-        .def(py::init([](py::handle minCount, bool monotony, py::handle offset) {
-                 return std::make_unique<Detection>(
-                     static_cast<std::size_t>(inRange(minCount, "min_count", 0, 0x7fffffff)), monotony,
-                     inRange(offset, "offset", 0, 65535));
-             }),
-             py::arg("min_count") = 0, py::arg("monotony") = false, py::arg("offset") = 0)
-        .def("add", &Detection::add, py::arg("frame"),
-             "add(frame)\n\nuint16. Error for a frame of another size.")
-        .def(
-            "map", [](Detection& self) { return copied(self.with([](auto& meter) { return meter.map(); })); },
-            "map() -> rows x cols int32: 0 is a good pixel, other values are flags of the detectors");
-    module.def(
-        "pixel_list", [](py::handle map) { return camera::pixelList(view(map, "map", CV_32SC1)); },
-        py::arg("map"),
-        "pixel_list(map) -> a line of comma-separated values for each bad pixel: x, y, flags, reasons");
-    module.def(
-        "draw_bad_pixels",
-        [](py::handle frame, py::handle map) {
-            const cv::Mat image = countsView(frame), pixels = view(map, "map", CV_32SC1);
-            if (image.size() != pixels.size())
-                throw py::value_error("map: not as large as the frame");
-            cv::Mat picture;
-            unlocked([&] { picture = camera::drawBadPixels(image, pixels); });
-            return copied(picture, pictureClass());
-        },
-        py::arg("frame"), py::arg("map"),
-        "draw_bad_pixels(frame, map) -> Picture\n\nThe frame, enlarged, with its bad pixels in the colours "
-        "of their reasons.");
-}
-
 void addDrawing(py::module_& module)
 {
     module.def(
@@ -367,7 +252,6 @@ void addMeasures(py::module_& module)
 {
     addMeters(module);
     addShapes(module);
-    addPixelSearch(module);
     addDrawing(module);
 }
 

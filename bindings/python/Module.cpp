@@ -52,6 +52,7 @@ PYBIND11_MODULE(_velmo, module)
     using namespace velmo::python;
     py::options options;
     options.disable_function_signatures(); // the stubs have them, by the names of Python
+    module.attr("__version__") = VELMO_VERSION;
     addErrors(module);
     addFilters(module);
     addColours(module);
@@ -59,6 +60,7 @@ PYBIND11_MODULE(_velmo, module)
     addStorage(module);
     addTemperature(module);
     addCamera(module);
+    addPixelSearch(module);
     addMeasures(module);
     addRecordings(module);
 

@@ -12,6 +12,7 @@ void addPixels(pybind11::module_& module);
 void addStorage(pybind11::module_& module);
 void addTemperature(pybind11::module_& module);
 void addCamera(pybind11::module_& module);
+void addPixelSearch(pybind11::module_& module);
 void addMeasures(pybind11::module_& module);
 void addRecordings(pybind11::module_& module);
 

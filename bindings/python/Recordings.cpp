@@ -46,7 +46,9 @@ struct Recording
 
 std::vector<std::string> pathsOf(const py::object& inputs)
 {
-    if (!py::isinstance<py::list>(inputs) && !py::isinstance<py::tuple>(inputs))
+    const bool one = py::isinstance<py::str>(inputs) || py::isinstance<py::bytes>(inputs) ||
+                     !py::isinstance<py::iterable>(inputs);
+    if (one)
         return {pathText(inputs)};
     std::vector<std::string> paths;
     for (const auto& input : inputs)
@@ -83,6 +85,12 @@ void addRecording(py::module_& module)
                           "its own. velmo.open makes one.")
         .def("__iter__", [](const py::object& self) { return self; })
         .def("__next__", &Recording::next)
+        .def("__repr__",
+             [](const Recording& self) {
+                 return "Recording(" + self.name +
+                        (self.count ? ", " + std::to_string(*self.count) + " frames" : "") +
+                        (self.unit.empty() ? ")" : " of " + self.unit + ")");
+             })
         .def("__enter__", [](const py::object& self) { return self; })
         .def("__exit__",
              [](Recording& self, const py::args&) { unlocked(self.mutex, [&] { self.source.reset(); }); })
@@ -101,17 +109,18 @@ void addRecording(py::module_& module)
                 return remark;
             },
             "What there is to say when no more comes, such as a last frame that is cut off; mostly nothing.");
-    module.def("open", &openRecording, py::arg("inputs"), py::arg("raw") = py::none(),
-               py::arg("big_endian") = false, py::arg("rows") = py::none(), py::arg("any_unit") = false,
-               "open(inputs, raw=None, big_endian=False, rows=None, any_unit=False) -> Recording\n\n"
-               "inputs: a file, folder or pattern, or a list of them: PGM, PNG, TIFF, .npy and films of grey "
-               "values;\n"
-               "folders come in natural order. Files of degrees Celsius become counts of one scale, which is "
-               "their unit.\n"
-               "raw: (rows, cols) of files of bare 16-bit values; big_endian: their byte order.\n"
-               "rows: (first, behind the last) that are picture, where cameras add others.\n"
-               "any_unit: whether inputs may differ in their units.\n"
-               "Error that names the input, here or while frames are read.");
+    module.def(
+        "open", &openRecording, py::arg("inputs"), py::arg("raw") = py::none(), py::arg("big_endian") = false,
+        py::arg("rows") = py::none(), py::arg("any_unit") = false,
+        "open(inputs, raw=None, big_endian=False, rows=None, any_unit=False) -> Recording\n\n"
+        "inputs: a file, folder or pattern, or several of them: PGM, PNG, TIFF, .npy and films of grey "
+        "values;\n"
+        "folders come in natural order. Files of degrees Celsius become counts of one scale, which is "
+        "their unit.\n"
+        "raw: (rows, cols) of files of bare 16-bit values; big_endian: their byte order.\n"
+        "rows: (first, behind the last) that are picture, where cameras add others.\n"
+        "any_unit: whether inputs may differ in their units.\n"
+        "Error that names the input, here or while frames are read.");
 }
 
 /// An output that a with-statement ends: whatever goes wrong inside leaves the target as it was.
@@ -273,17 +282,29 @@ void addFiles(py::module_& module)
         py::arg("path"), py::arg("name"), py::arg("palette"),
         "write_palette_file(path, name, palette)\n\nA file that load_palette_file reads.");
     module.def(
-        "read_pixel_map", [](py::handle path) { return copied(recordings::readPixelMap(pathText(path))); },
-        py::arg("path"), "read_pixel_map(path) -> rows x cols int32");
+        "read_pixel_map",
+        [](py::handle path, const py::object& shape) {
+            const auto [rows, cols] = shape.is_none() ? std::pair(0, 0) : shape.cast<std::pair<int, int>>();
+            return copied(recordings::readAnyMap(pathText(path), {cols, rows}));
+        },
+        py::arg("path"), py::arg("shape") = py::none(),
+        "read_pixel_map(path, shape=None) -> rows x cols int32\n\n"
+        "A .pgm or .npy of flags, a mask of any image format, or a .csv list of x,y, for which shape says "
+        "how large "
+        "the\n"
+        "map is.");
     module.def(
         "write_pixel_map",
         [](py::handle path, py::handle map) {
             const cv::Mat pixels = view(map, "map", CV_32SC1);
             writeWhole(path, [&](Outputs& outputs, const std::string& file) {
-                recordings::writePixelMap(outputs.file(file), pixels);
+                recordings::writeAnyMap(outputs, file, pixels);
             });
         },
-        py::arg("path"), py::arg("map"), "write_pixel_map(path, map)\n\nA grey PGM of 16 bits.");
+        py::arg("path"), py::arg("map"),
+        "write_pixel_map(path, map)\n\n"
+        "By the ending: .pgm and .npy of flags, .png a mask, white where bad, .csv a list. Error for "
+        "others.");
     module.def(
         "write_lens_map",
         [](py::handle path, py::handle map) {

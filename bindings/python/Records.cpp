@@ -2,6 +2,8 @@
 
 #include "bindings/python/Arrays.h"
 
+#include "camera/pixels/Replacements.h"
+
 #include <pybind11/numpy.h>
 
 #include <cstring>
@@ -74,6 +76,36 @@ std::vector<BadPixel> badPixels(py::handle array, const char* name)
 std::vector<PixelCorrInfo> pixelCorrInfo(py::handle array, const char* name)
 {
     return vectorOf<PixelCorrInfo>(array, name, "PIXEL_CORR_INFO");
+}
+
+std::vector<BadPixel> recordsOrMap(py::handle array, const char* name)
+{
+    if (!py::isinstance<py::array>(array) || py::array(py::reinterpret_borrow<py::array>(array)).ndim() != 2)
+        return badPixels(array, name);
+    const cv::Mat_<int> map = view(array, name, CV_32SC1);
+    return cv::countNonZero(map) == 0 ? std::vector<BadPixel>() : camera::replacementsOf(map).records;
+}
+
+py::object planesArray(const std::vector<cv::Mat_<float>>& planes)
+{
+    const cv::Size size = planes.front().size();
+    py::array_t<float> array({static_cast<int>(planes.size()), size.height, size.width});
+    for (std::size_t n = 0; n < planes.size(); ++n)
+        planes[n].copyTo(cv::Mat(size, CV_32FC1, array.mutable_data(n)));
+    return std::move(array);
+}
+
+std::vector<cv::Mat_<float>> planesOf(py::handle array, const char* name)
+{
+    if (!py::isinstance<py::array>(array))
+        throw py::type_error(std::string(name) + ": a " + Py_TYPE(array.ptr())->tp_name +
+                             ", where a numpy array of float32 is needed");
+    if (py::reinterpret_borrow<py::array>(array).ndim() != 3)
+        throw py::value_error(std::string(name) + ": not 3 x rows x cols");
+    std::vector<cv::Mat_<float>> planes;
+    for (const auto& plane : array)
+        planes.emplace_back(view(plane, name, CV_32FC1));
+    return planes;
 }
 
 } // namespace velmo::python

@@ -36,29 +36,6 @@ py::object objectOf(const Variant& value)
                                          : py::int_(value.toSignedInt64());
 }
 
-std::shared_ptr<Variant> valueOf(const std::string& key, py::handle value)
-{
-    if (py::isinstance<py::dict>(value))
-        return Variant::create(treeOf(py::reinterpret_borrow<py::dict>(value)));
-    if (py::isinstance<py::bool_>(value))
-        return Variant::create(value.cast<bool>());
-    if (PyIndex_Check(value.ptr()) != 0) { // those of numpy too
-        const auto number = py::reinterpret_steal<py::int_>(PyNumber_Index(value.ptr()));
-        return number.attr("__lt__")(0).cast<bool>() ? Variant::create(number.cast<std::int64_t>())
-                                                     : Variant::create(number.cast<std::uint64_t>());
-    }
-    if (py::isinstance<py::float_>(value))
-        return Variant::create(value.cast<double>());
-    if (py::isinstance<py::str>(value))
-        return Variant::create(value.cast<std::string>());
-    if (py::isinstance<py::bytes>(value)) {
-        const auto bytes = value.cast<std::string>();
-        return Variant::create(std::vector<unsigned char>(bytes.begin(), bytes.end()));
-    }
-    throw py::type_error(key + ": a " + Py_TYPE(value.ptr())->tp_name +
-                         ", where a dict, bool, int, float, str or bytes is needed");
-}
-
 } // namespace
 
 py::dict dictOf(const Tree& tree)
@@ -67,19 +44,6 @@ py::dict dictOf(const Tree& tree)
     for (const auto& [name, value] : tree)
         dict[py::str(name)] = objectOf(*value);
     return dict;
-}
-
-Tree treeOf(const py::dict& dict)
-{
-    Tree tree;
-    for (const auto& [key, value] : dict) {
-        if (!py::isinstance<py::str>(key))
-            throw py::type_error("a " + std::string(Py_TYPE(key.ptr())->tp_name) +
-                                 " as a name, where a str is needed");
-        const auto name = key.cast<std::string>();
-        tree.set(name, valueOf(name, value));
-    }
-    return tree;
 }
 
 void addStorage(py::module_& module)

@@ -104,6 +104,13 @@ void addScale(py::module_& module)
             [](const py::tuple& state) { return Scale::parse(state[0].cast<std::string>()); }));
 }
 
+py::tuple stateOf(const Radiometry& self)
+{
+    const Radiometry::Settings& chosen = self.settings();
+    return py::make_tuple(chosen.emissivity, chosen.reflected, chosen.transmission, chosen.air,
+                          chosen.windowTransmission, chosen.window, self.band().text());
+}
+
 void addRadiometry(py::module_& module)
 {
     const auto made = [](double emissivity, double reflected, double transmission, double air,
@@ -131,17 +138,13 @@ void addRadiometry(py::module_& module)
         .def("apparent", &Radiometry::apparent, py::arg("object"),
              "apparent(object) -> the temperature of the black body that an object of this temperature looks "
              "like")
-        .def(py::pickle(
-            [](const Radiometry& self) {
-                const Radiometry::Settings& chosen = self.settings();
-                return py::make_tuple(chosen.emissivity, chosen.reflected, chosen.transmission, chosen.air,
-                                      chosen.windowTransmission, chosen.window, self.band().text());
-            },
-            [made](const py::tuple& state) {
-                return made(state[0].cast<double>(), state[1].cast<double>(), state[2].cast<double>(),
-                            state[3].cast<double>(), state[4].cast<double>(), state[5].cast<double>(),
-                            state[6].cast<std::string>());
-            }));
+        .def("__repr__",
+             [](const Radiometry& self) { return "Radiometry" + std::string(py::repr(stateOf(self))); })
+        .def(py::pickle(&stateOf, [made](const py::tuple& state) {
+            return made(state[0].cast<double>(), state[1].cast<double>(), state[2].cast<double>(),
+                        state[3].cast<double>(), state[4].cast<double>(), state[5].cast<double>(),
+                        state[6].cast<std::string>());
+        }));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 """The whole camera and recordings, as Python has them."""
 
+import pathlib
 import pickle
 
 import numpy as np
@@ -24,9 +25,13 @@ def test_settings_are_one_tree_however_they_are_written(tmp_path):
     for settings in ways:
         assert settings == ways[0] and settings["noise/denoise"] == "normal" and settings["picture/scale"] == "2"
     assert ways[0].to_dict() == wanted and velmo.Settings() != ways[0]
-    looks = velmo.Settings(tone="plateau", detail=3, flat="flat.npy")
+    looks = velmo.Settings(tone="plateau", detail=3, flat=pathlib.Path("flat.npy"))
     assert [looks[path] for path in ("colours/tone", "colours/detail", "pixels/flat")] == ["plateau", "3", "flat.npy"]
-    assert set(velmo.Settings()) == {key["path"] for key in velmo.setting_keys()}
+    assert set(dict(velmo.Settings())) == {key["path"] for key in velmo.setting_keys()}
+    forms = velmo.Settings(temporal=(16, np.int64(1843)), range=("p1", "p99"), legend=np.bool_(1), emissivity=np.float32(0.5))
+    assert [*forms.to_dict()["colours"].values(), forms["noise/temporal"]] == ["p1:p99", "16:1843"]
+    forms["colours/regions"] = [(1, 2, "FF0000"), "3:4:00FF00"]
+    assert forms["colours/regions"] == "1:2:FF0000, 3:4:00FF00" and forms["picture/legend"] is True and forms["temperature/emissivity"] == "0.5"
 
 
 @pytest.mark.parametrize(
@@ -37,7 +42,11 @@ def test_settings_are_one_tree_however_they_are_written(tmp_path):
         (lambda: velmo.Settings(scale=17), velmo.Error, "picture/scale.*17"),
         (lambda: velmo.Settings(scale=None), TypeError, "picture/scale: a NoneType"),
         (lambda: pickle.dumps(velmo.Scale("decikelvin").of_objects(velmo.Radiometry(0.5))), velmo.Error, "scale of objects"),
+        (lambda: velmo.Settings(palette=velmo.palette("Ironbow")), TypeError, "colours/palette: a Palette"),
         (lambda: velmo.Settings({1: 2}), TypeError, "as a name"),
+        (lambda: velmo.Camera(flat=np.zeros((2, 3), np.float32)), ValueError, "flat: not 3 x rows x cols"),
+        (lambda: velmo.Camera(flat=np.zeros((2, 6, 6), np.float32)), velmo.Error, "flat: .* three planes"),
+        (lambda: velmo.Camera(flat=np.zeros((3, 6, 6))), TypeError, "flat: an array of float64"),
         (lambda: velmo.Settings(5), TypeError, "settings: a int"),
         (lambda: velmo.Settings.read("/no/such.ini"), velmo.Error, "/no/such.ini"),
         (lambda: velmo.Settings().__setitem__("picture/scale", 0), velmo.Error, "scale"),
@@ -75,14 +84,36 @@ def test_a_camera_cleans_what_show_paints_and_writes_into_arrays():
     assert one.show(np.zeros((0, 0), np.uint16)).size == 0
 
 
-def test_bad_pixels_of_a_calibration_are_replaced():
+def test_bad_pixels_of_a_calibration_are_replaced(tmp_path):
     bad = np.zeros((120, 160), np.int32)
     bad[50, 60] = 1
-    camera = velmo.Camera(bad_pixels=velmo.BadPixelTools.calculate_replace_pixels(bad, 5))
+    velmo.write_pixel_map(tmp_path / "map.pgm", bad)
     raw = frame()
     raw[50, 60] = 65535
-    clean = camera.clean(raw)
-    assert abs(int(clean[50, 60]) - 30000) < 50 and (clean != raw).sum() == 1
+    for given in (velmo.BadPixelTools.calculate_replace_pixels(bad, 5), velmo.replacements_of(bad), bad, tmp_path / "map.pgm"):
+        clean = pickle.loads(pickle.dumps(velmo.Camera(bad_pixels=given))).clean(raw)
+        assert abs(int(clean[50, 60]) - 30000) < 50 and (clean != raw).sum() == 1
+    bad[20:60, 20:70] = 1  # far wider than the usual radius
+    assert len(velmo.replacements_of(bad)) == 2000 and velmo.Camera(bad_pixels="auto", flat=None).stages
+    with pytest.raises(velmo.Error, match="outside the frames of 0x0"):
+        velmo.Camera(bad_pixels=bad).clean(np.zeros((0, 0), np.uint16))
+
+
+def test_a_flat_field_is_learnt_and_taken_off(tmp_path):
+    offsets = np.random.default_rng(5).normal(0, 500, (120, 160))
+    learner = velmo.FlatLearner()
+    for n in range(8):
+        learner.add((frame(seed=n) + offsets).astype(np.uint16))
+        learner.add_other((frame(seed=n, level=34000) + 1.1 * offsets).astype(np.uint16))
+    flat = learner.learn()
+    assert flat.shape == (3, 120, 160) and flat.dtype == np.float32 and not flat[2].any()
+    np.save(tmp_path / "flat.npy", flat)
+    raw = (frame(seed=99, level=32000) + 1.05 * offsets).astype(np.uint16)
+    one, other = velmo.Camera(flat=flat), velmo.Camera(flat=str(tmp_path / "flat.npy"))
+    clean = pickle.loads(pickle.dumps(one)).clean(raw)
+    assert clean.std() < 20 < raw.std() and (clean == other.clean(raw)).all()
+    with pytest.raises(velmo.Error, match="20x20 at one temperature, of 160x120"):
+        learner.add(np.zeros((20, 20), np.uint16))
 
 
 def test_blobs_keep_their_label():
@@ -92,6 +123,7 @@ def test_blobs_keep_their_label():
         scene[20 : 30, 40 + n : 60 + n] = 50000 + n
         measured = camera.measure(camera.clean(scene))
         (blob,) = measured.blobs
+        assert "1 blobs" in repr(measured) and "200 pixels in 20x10" in repr(blob)
         assert (blob.label, blob.box, blob.centre) == (1, (40 + n, 20, 20, 10), (49.5 + n, 24.5))
         assert (blob.high, measured.high, len(blob.points)) == (50000 + n, 50000 + n, 200)
     assert camera.path(1).tolist() == [[49.5, 24.5], [50.5, 24.5], [51.5, 24.5]]
@@ -141,7 +173,7 @@ def test_noise_shapes_and_bad_pixels_are_measured():
     assert found[99, 99] and np.count_nonzero(found) < 20 and "99,99" in velmo.pixel_list(found)
     assert velmo.draw_bad_pixels(image, found).shape[0] >= 120
     odd = any_scene.find()
-    assert odd["map"][99, 99] and odd["deviations"][99, 99] > 4 and odd["frames"] == 6 and "99,99" in odd["list"]
+    assert odd["faults"][99, 99] == any_scene.FAULTS["stuck"] and odd["map"][99, 99] and odd["deviations"][99, 99] > 4 and odd["frames"] == 6 and "99,99" in odd["list"]
     for call, error in (
         (lambda: velmo.PixelSearch().find(), velmo.Error),
         (lambda: shapes.add("circle", "1,2"), ValueError),
@@ -159,8 +191,8 @@ def test_frames_come_back_bit_for_bit(tmp_path, name):
     with velmo.FrameWriter(tmp_path / name, expected=3) as writer:
         for each in frames:
             writer.write(each)
-    with velmo.open(tmp_path / name) as recording:
-        assert recording.count in (3, None)
+    with velmo.open(path for path in [tmp_path / name]) as recording:
+        assert recording.count in (3, None) and name in repr(recording)
         read = list(recording)
     assert len(read) == 3 and all((left == right).all() for left, right in zip(frames, read))
     assert list(recording) == []
@@ -199,8 +231,9 @@ def test_pictures_palettes_maps_and_records_are_files(tmp_path):
     assert velmo.load_palette_file(tmp_path / "mine.xml") == "Mine" and "Mine" in velmo.palette_names()
     bad = np.zeros((120, 160), np.int32)
     bad[5, 6] = 64
-    velmo.write_pixel_map(tmp_path / "map.pgm", bad)
-    assert (velmo.read_pixel_map(tmp_path / "map.pgm") == bad).all()
+    for ending in ("pgm", "npy", "csv", "png"):
+        velmo.write_pixel_map(tmp_path / f"map.{ending}", bad)
+        assert (velmo.read_pixel_map(tmp_path / f"map.{ending}", shape=(120, 160)) == bad).all()
     records = velmo.BadPixelTools.calculate_replace_pixels(bad, 5)
     velmo.write_records(tmp_path / "records.pgm", records)
     assert (velmo.read_records(tmp_path / "records.pgm") == records).all()

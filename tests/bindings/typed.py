@@ -22,5 +22,7 @@ camera = velmo.Camera(velmo.Settings(denoise=True), unit="centikelvin", range="p
 with velmo.open(["run/"]) as recording, velmo.PictureWriter("film.avi") as film:
     for raw in recording:
         film.write(camera.show(raw).rgb)
+learnt = velmo.FlatLearner().learn()
+velmo.Camera(flat=learnt, bad_pixels=velmo.PixelSearch().find()["map"], temporal=(16, 1843))
 degrees: np.ndarray[Any, np.dtype[np.float32]] = camera.scale.celsius(frame)
 velmo.Scale("kelvin/16").celsius(signed)  # type: ignore[arg-type]
