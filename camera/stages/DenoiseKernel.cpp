@@ -246,7 +246,7 @@ VELMO_CLONES void subtractStripesFast(short* __restrict line, const short* __res
         line[c] = static_cast<short>(line[c] - columns[c] - row);
 }
 
-/// What flows between pixels of two lines, or of one a step apart.
+/// What flows between pixels of a line a step apart.
 VELMO_CLONES void flowLoop(const short* __restrict from, const short* __restrict to, Gate gate, short slope,
                            short* __restrict flow, short* __restrict open, int count)
 {
@@ -254,6 +254,19 @@ VELMO_CLONES void flowLoop(const short* __restrict from, const short* __restrict
         const auto difference = static_cast<short>(to[c] - from[c]);
         const short opened = opening(difference, gate, slope);
         flow[c] = static_cast<short>(opened * difference);
+        open[c] = opened;
+    }
+}
+
+/// The same where slopes are smoothed, too.
+VELMO_CLONES void flowOnSlopes(const short* __restrict before, const short* __restrict from,
+                               const short* __restrict to, const short* __restrict after, short bend,
+                               Gate gate, short slope, short* __restrict flow, short* __restrict open,
+                               int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const short opened = opening(stepOf(before[c], from[c], to[c], after[c], bend), gate, slope);
+        flow[c] = static_cast<short>(opened * static_cast<short>(to[c] - from[c]));
         open[c] = opened;
     }
 }
@@ -292,16 +305,18 @@ VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __res
     }
 }
 
-/// The same of a line that has none below it: nothing flows there, and its gates are open.
-VELMO_CLONES void finishLastLine(short* __restrict picture, const short* __restrict across,
+/// The same where it is known what flows to the line below.
+VELMO_CLONES void finishWithFlow(short* __restrict picture, const short* __restrict across,
                                  const short* __restrict flowBefore, const short* __restrict openBefore,
+                                 const short* __restrict flow, const short* __restrict gates,
                                  short* __restrict open, short* __restrict detail, int count)
 {
     for (int c = 0; c < count; ++c) {
-        const auto smooth = static_cast<short>(across[c] + (static_cast<short>(128 - flowBefore[c]) >> 8));
+        const auto smooth =
+            static_cast<short>(across[c] + (static_cast<short>(flow[c] - flowBefore[c] + 128) >> 8));
         detail[c] = static_cast<short>(picture[c] - smooth);
         picture[c] = smooth;
-        open[c] = static_cast<short>(open[c] + openBefore[c] + 64);
+        open[c] = static_cast<short>(open[c] + openBefore[c] + gates[c]);
     }
 }
 
@@ -342,33 +357,34 @@ private:
     int m_s32Depth;
 };
 
-/// One octave at work, line by line: lines are smoothed across, `step` lines later down, and
-/// `2 * spacing` lines later it is known how flat it is around them. Few lines are in use at a time, so that
-/// they stay in the cache.
+/// One octave at work, line by line: lines are smoothed across, `step` lines later (twice as many where
+/// slopes are smoothed) down, and `2 * spacing` lines later it is known how flat it is around them. Few lines
+/// are in use at a time, so that they stay in the cache.
 class OctaveWork
 {
 public:
     OctaveWork(Lanes& picture, const Octave& octave, Lanes& removed, std::vector<Lanes>& rings)
         : m_oPicture(picture), m_oOctave(octave), m_oRemoved(removed), m_s32Columns(picture.columns),
-          m_s32Reach(2 * octave.spacing), m_oAcross(rings[0], octave.step + 1, picture.columns),
+          m_s32Delay(octave.bend > 0 ? 2 * octave.step : octave.step), m_s32Reach(2 * octave.spacing),
+          m_oAcross(rings[0], m_s32Delay + octave.step + 1, picture.columns),
           m_oFlow(rings[1], octave.step + 1, picture.columns),
           m_oGates(rings[2], octave.step + 1, picture.columns),
-          m_oOpen(rings[3], octave.step + 1 + 2 * m_s32Reach + 1, picture.columns),
+          m_oOpen(rings[3], m_s32Delay + 1 + 2 * m_s32Reach + 1, picture.columns),
           m_oDetail(rings[4], m_s32Reach + 1, picture.columns), m_oLines(rings[5], 4, picture.columns)
     {}
 
     void run()
     {
-        const int rows = m_oPicture.rows, step = m_oOctave.step;
+        const int rows = m_oPicture.rows;
         std::fill_n(m_oLines[2], m_s32Columns, short{0});
         std::fill_n(m_oLines[3], m_s32Columns, short{64});
-        for (int r = 0; r < rows + step + m_s32Reach; ++r) {
+        for (int r = 0; r < rows + m_s32Delay + m_s32Reach; ++r) {
             if (r < rows)
                 across(r);
-            if (r >= step && r - step < rows)
-                down(r - step);
-            if (r >= step + m_s32Reach)
-                remove(r - step - m_s32Reach);
+            if (r >= m_s32Delay && r - m_s32Delay < rows)
+                down(r - m_s32Delay);
+            if (r >= m_s32Delay + m_s32Reach)
+                remove(r - m_s32Delay - m_s32Reach);
         }
     }
 
@@ -380,7 +396,15 @@ private:
         short *flow = m_oLines[0], *gates = m_oLines[1], *picture = m_oPicture[r];
         std::fill_n(flow - step, step, short{0});
         std::fill_n(gates - step, step, short{64});
-        flowLoop(picture, picture + step, m_oOctave.across, slopeOf(m_oOctave.across), flow, gates, between);
+        const short slope = slopeOf(m_oOctave.across);
+        if (m_oOctave.bend > 0) {
+            std::fill_n(picture - step, step, picture[0]);
+            std::fill_n(picture + m_s32Columns, step, picture[m_s32Columns - 1]);
+            flowOnSlopes(picture - step, picture, picture + step, picture + 2 * std::ptrdiff_t{step},
+                         m_oOctave.bend, m_oOctave.across, slope, flow, gates, between);
+        } else {
+            flowLoop(picture, picture + step, m_oOctave.across, slope, flow, gates, between);
+        }
         std::fill_n(flow + between, step, short{0});
         std::fill_n(gates + between, step, short{64});
         mixLoop(picture, flow, gates, step, m_oAcross[r], m_oOpen[r], m_s32Columns);
@@ -389,14 +413,23 @@ private:
     void down(int r)
     {
         const int step = m_oOctave.step;
-        const short *flow = r < step ? m_oLines[2] : m_oFlow[r - step],
-                    *gates = r < step ? m_oLines[3] : m_oGates[r - step];
-        if (r + step < m_oPicture.rows)
-            finishOctaveLine(m_oPicture[r], m_oAcross[r], m_oAcross[r + step], m_oOctave.down,
-                             slopeOf(m_oOctave.down), flow, gates, m_oFlow[r], m_oGates[r], m_oOpen[r],
-                             m_oDetail[r], m_s32Columns);
-        else
-            finishLastLine(m_oPicture[r], m_oAcross[r], flow, gates, m_oOpen[r], m_oDetail[r], m_s32Columns);
+        const short *flowBefore = r < step ? m_oLines[2] : m_oFlow[r - step],
+                    *gatesBefore = r < step ? m_oLines[3] : m_oGates[r - step];
+        const short* line = m_oAcross[r];
+        const bool isLast = r + step >= m_oPicture.rows;
+        const short *flow = isLast ? m_oLines[2] : m_oFlow[r], *gates = isLast ? m_oLines[3] : m_oGates[r];
+        if (!isLast) {
+            const short *below = m_oAcross[r + step], slope = slopeOf(m_oOctave.down);
+            if (m_oOctave.bend == 0)
+                return finishOctaveLine(m_oPicture[r], line, below, m_oOctave.down, slope, flowBefore,
+                                        gatesBefore, m_oFlow[r], m_oGates[r], m_oOpen[r], m_oDetail[r],
+                                        m_s32Columns);
+            flowOnSlopes(m_oAcross[std::max(0, r - step)], line, below,
+                         m_oAcross[std::min(m_oPicture.rows - 1, r + 2 * step)], m_oOctave.bend,
+                         m_oOctave.down, slope, m_oFlow[r], m_oGates[r], m_s32Columns);
+        }
+        finishWithFlow(m_oPicture[r], line, flowBefore, gatesBefore, flow, gates, m_oOpen[r], m_oDetail[r],
+                       m_s32Columns);
     }
 
     void remove(int r)
@@ -415,7 +448,7 @@ private:
     const Octave& m_oOctave;
     Lanes& m_oRemoved;
     int m_s32Columns;
-    int m_s32Reach;
+    int m_s32Delay, m_s32Reach;
     Ring m_oAcross, m_oFlow, m_oGates, m_oOpen, m_oDetail, m_oLines;
 };
 

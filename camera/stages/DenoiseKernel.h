@@ -172,6 +172,7 @@ struct Octave
     int step;    ///< between the pixels that are smoothed with each other
     int spacing; ///< between the five by five that tell whether a place is flat
     Gate across, down;
+    short bend; ///< so many quarters of how a slope bends count as its steps; 0: they count as they are
 };
 
 /// One octave of a whole picture, in place: each pixel moves towards the mean of its neighbours `step` apart,

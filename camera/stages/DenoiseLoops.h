@@ -83,6 +83,29 @@ VELMO_INLINE short opening(short difference, Gate gate, short slope)
     return static_cast<short>(static_cast<u16>(left * slope) >> 8); // at most 64 * 256
 }
 
+/// Four pixels a step apart: how far the one in the middle of three is from the mean of the others, doubled.
+VELMO_INLINE short bendOf(short before, short here, short after)
+{
+    const auto bend =
+        static_cast<short>(static_cast<short>(before - here) + static_cast<short>(after - here));
+    return static_cast<short>(bend < 0 ? -bend : bend);
+}
+
+/// What a gate between `from` and `to` sees of their difference: a slope that goes on before and behind them
+/// is no step, and only what it bends there counts, in `quarters`. Steeper than 500 it is left alone: what
+/// flows has to stay within 16 bits.
+VELMO_INLINE short stepOf(short before, short from, short to, short after, short quarters)
+{
+    constexpr short largest = 500;
+    const auto difference = static_cast<short>(to - from);
+    const auto size = static_cast<short>(difference < 0 ? -difference : difference);
+    const short one = bendOf(before, from, to), other = bendOf(from, to, after);
+    const short bend = one < other ? other : one;
+    const auto counted = static_cast<short>(static_cast<short>(bend >> 2) * quarters);
+    const short bent = size < largest ? counted : size;
+    return size < bent ? size : bent;
+}
+
 inline short slopeOf(Gate gate)
 {
     return static_cast<short>(64 * 256 / (gate.upper - gate.lower));

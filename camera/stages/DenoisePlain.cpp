@@ -163,23 +163,30 @@ struct Flow
     short open = 64;
 };
 
-Flow flowBetween(const Lanes& picture, int row, int column, int otherRow, int otherColumn, Gate gate)
+/// Between a pixel and the one `down` and `across` from it. The picture's border goes on beyond it.
+Flow flowBetween(const Lanes& picture, int row, int column, int down, int across, Gate gate, short bend)
 {
-    if (otherRow < 0 || otherColumn < 0 || otherRow >= picture.rows || otherColumn >= picture.columns)
+    if (row + down < 0 || column + across < 0 || row + down >= picture.rows ||
+        column + across >= picture.columns)
         return {};
-    const auto difference = static_cast<short>(picture[otherRow][otherColumn] - picture[row][column]);
-    const short open = opening(difference, gate, slopeOf(gate));
+    const auto at = [&](int steps) {
+        return picture[std::clamp(row + steps * down, 0, picture.rows - 1)]
+                      [std::clamp(column + steps * across, 0, picture.columns - 1)];
+    };
+    const auto difference = static_cast<short>(at(1) - at(0));
+    const short step = bend > 0 ? stepOf(at(-1), at(0), at(1), at(2), bend) : difference;
+    const short open = opening(step, gate, slopeOf(gate));
     return {static_cast<short>(open * difference), open};
 }
 
 /// Along one direction; adds to `open` how far the two gates of each pixel are open.
-Lanes smoothed(const Lanes& picture, int stepDown, int stepAcross, Gate gate, Lanes& open)
+Lanes smoothed(const Lanes& picture, int down, int across, Gate gate, short bend, Lanes& open)
 {
     Lanes out = picture;
     for (int r = 0; r < picture.rows; ++r)
         for (int c = 0; c < picture.columns; ++c) {
-            const Flow before = flowBetween(picture, r, c, r - stepDown, c - stepAcross, gate);
-            const Flow after = flowBetween(picture, r, c, r + stepDown, c + stepAcross, gate);
+            const Flow before = flowBetween(picture, r, c, -down, -across, gate, bend);
+            const Flow after = flowBetween(picture, r, c, down, across, gate, bend);
             out[r][c] = static_cast<short>(picture[r][c] + ((after.amount + before.amount + 128) >> 8));
             open[r][c] = static_cast<short>(open[r][c] + before.open + after.open);
         }
@@ -193,8 +200,8 @@ void smoothOctavePlain(Lanes& picture, const Octave& octave, Lanes& removed, std
     rings.resize(0);
     Lanes open;
     open.create(picture.rows, picture.columns);
-    const Lanes smooth =
-        smoothed(smoothed(picture, 0, octave.step, octave.across, open), octave.step, 0, octave.down, open);
+    const Lanes across = smoothed(picture, 0, octave.step, octave.across, octave.bend, open);
+    const Lanes smooth = smoothed(across, octave.step, 0, octave.down, octave.bend, open);
     for (int r = 0; r < picture.rows; ++r)
         for (int c = 0; c < picture.columns; ++c) {
             int sum = 0;

@@ -322,6 +322,8 @@ void Denoiser::smooth()
     constexpr float aAcross[] = {1.41421F, 0.48412F, 0.21367F, 0.10326F};
     constexpr float aDown[] = {0.86603F, 0.32775F, 0.14936F, 0.07280F};
     constexpr int aSpacing[] = {1, 1, 2, 2};
+    // Slopes are followed where most of the noise is; what is wide has hardly any left.
+    constexpr short aBend[] = {3, 4, 0, 0};
     m_oRemoved.create(m_s32Rows, m_s32Columns);
     if (m_fNoise >= fLeastNoise)
         for (int i = 0; i < 4; ++i) {
@@ -330,8 +332,8 @@ void Denoiser::smooth()
                 return Gate{static_cast<short>(std::lround(2 * difference * noise)),
                             static_cast<short>(std::lround(4.5F * difference * noise))};
             };
-            smoothOctave(m_oPicture, {1 << i, aSpacing[i], gate(aAcross[i]), gate(aDown[i])}, m_oRemoved,
-                         m_vecRings);
+            smoothOctave(m_oPicture, {1 << i, aSpacing[i], gate(aAcross[i]), gate(aDown[i]), aBend[i]},
+                         m_oRemoved, m_vecRings);
         }
 }
 

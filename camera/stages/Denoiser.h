@@ -34,8 +34,9 @@ struct DenoiseStrength
 ///    a running mean.
 /// 5. Stripes that stay: the same segments, against the nine pixels around, in E; only as large as noise.
 /// 6. Noise in E: the energy of its finest diagonal octave where the next octave has least.
-/// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise. Where most
-///    neighbours differ by more is texture, and stays.
+/// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise, or are on a
+/// slope
+///    that bends by no more than noise. Where most neighbours differ by more is texture, and stays.
 ///
 /// The result is E less 5 and 7, at the level of z. It is not fed back: 1 to 4 see E alone, so nothing runs
 /// away. No frame waits for a later one. A repeated frame gives the last result again.

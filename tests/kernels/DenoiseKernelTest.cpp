@@ -210,11 +210,12 @@ Lanes picture(Random& random, int rows, int columns)
 {
     Lanes all;
     all.create(rows, columns);
-    const int noise = random.pick({0, 30, 90, 300, 32767}), level = random(-32768, 32767);
+    const int noise = random.pick({0, 30, 90, 300, 32767}), level = random(-32768, 32767),
+              slope = random.pick({3, 90, 250, 520});
     for (int r = 0; r < rows; ++r)
         for (int c = 0; c < columns; ++c)
-            all[r][c] =
-                static_cast<short>(level + random(-noise, noise) + (c > columns / 2 ? 700 : 0) + 3 * r);
+            all[r][c] = static_cast<short>(level + random(-noise, noise) + (c > columns / 2 ? 700 : 0) +
+                                           slope * (r + c));
     return all;
 }
 
@@ -238,7 +239,7 @@ std::vector<KernelCase> denoiseKernels()
             const auto lower = static_cast<short>(random(1, 110));
             return Gate{lower, static_cast<short>(lower * 9 / 4 + 1)};
         };
-        const Octave octave{1 << round % 4, 1 + round % 2, gate(), gate()};
+        const Octave octave{1 << round % 4, 1 + round % 2, gate(), gate(), static_cast<short>(random(0, 4))};
         const Lanes in = picture(random, random(1, 45), random(1, 70));
         return [=](auto& form) {
             Lanes smooth = in, removed = in;
