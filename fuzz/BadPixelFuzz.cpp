@@ -1,9 +1,8 @@
 // The byte image of a bad-pixel record.
 
+#include "fuzz/Fuzz.h"
 #include "vision/imgproc/BadPixel.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -21,16 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     vision::BadPixel record;
     unsigned long taken = size;
     record.deserialize(Endian::Native, image.get(), taken);
-    if (taken != bytes || record.serialize(Endian::Native, native.get()) != bytes ||
-        record.serialize(Endian::Swapped, swapped.get()) != bytes ||
-        std::memcmp(image.get(), native.get(), bytes) != 0)
-        std::abort();
+    require(taken == bytes && record.serialize(Endian::Native, native.get()) == bytes &&
+            record.serialize(Endian::Swapped, swapped.get()) == bytes &&
+            std::memcmp(image.get(), native.get(), bytes) == 0);
     for (std::size_t n = 0; n < bytes; ++n)
-        if (swapped[n] != image[n ^ 1])
-            std::abort();
+        require(swapped[n] == image[n ^ 1]);
     vision::BadPixel again;
     again.deserialize(Endian::Swapped, swapped.get(), taken);
-    if (again != record || taken != bytes)
-        std::abort();
+    require(again == record && taken == bytes);
     return 0;
 }

@@ -8,19 +8,15 @@ using namespace velmo::vision;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static MemoryFile file;
-    try {
+    return unlessRefused([&] {
         const auto records = DistortionCorrection::loadPixelCorrInfoFromPxm(file.filled(data, size), 0, 0);
         // Six samples make a record, whose source pixel lies inside the map.
-        if (6 * records.size() > size)
-            std::abort();
+        require(6 * records.size() <= size);
         for (std::size_t n = 0; n < records.size(); ++n) {
             const auto source = static_cast<std::ptrdiff_t>(n) + records[n].m_s16Offset;
-            if (source < 0 || source >= static_cast<std::ptrdiff_t>(records.size()))
-                std::abort();
+            require(source >= 0 && source < static_cast<std::ptrdiff_t>(records.size()));
         }
         DistortionCorrection::loadPixelCorrInfoFromPxm(file.filled(data, size), 1,
                                                        static_cast<int>(records.size()));
-    } catch (const velmo::exp::Exception&) {
-    }
-    return 0;
+    });
 }

@@ -1,20 +1,16 @@
 #pragma once
 
+#include "fuzz/Fuzz.h"
+
 #include "recordings/ByteFile.h"
 #include "recordings/ImageFile.h"
-
-#include "core/Exception.h"
-
-#include <cstdint>
-#include <cstdlib>
 
 /// What a fuzzing engine made up, as the file that readers take.
 inline velmo::recordings::ByteFile fileOf(const std::uint8_t* data, std::size_t size)
 {
     // Read only: the bytes stay as they are.
     velmo::recordings::ByteFile file(fmemopen(const_cast<std::uint8_t*>(data), size, "rb"));
-    if (!file)
-        std::abort();
+    require(bool(file));
     return file;
 }
 
@@ -24,17 +20,13 @@ int readAll(const std::uint8_t* data, std::size_t size, Open open)
 {
     if (size == 0)
         return 0;
-    try {
+    return unlessRefused([&] {
         const auto images = open(fileOf(data, size), "file");
         const std::optional<std::size_t> count = images->count();
         images->unit();
         std::size_t read = 0;
         for (cv::Mat image; images->next(image); ++read)
-            if (image.empty() || image.type() != (images->holdsDegrees() ? CV_32FC1 : CV_16UC1))
-                std::abort();
-        if (count && *count != read)
-            std::abort();
-    } catch (const velmo::exp::Exception&) {
-    }
-    return 0;
+            require(!image.empty() && image.type() == (images->holdsDegrees() ? CV_32FC1 : CV_16UC1));
+        require(!count || *count == read);
+    });
 }

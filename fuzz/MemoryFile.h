@@ -1,8 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "fuzz/Fuzz.h"
+
 #include <string>
 
 #include <sys/mman.h>
@@ -21,9 +20,8 @@ public:
 
     const std::string& filled(const std::uint8_t* data, std::size_t size)
     {
-        if (ftruncate(m_s32Handle, 0) != 0 ||
-            pwrite(m_s32Handle, data, size, 0) != static_cast<ssize_t>(size))
-            std::abort();
+        require(ftruncate(m_s32Handle, 0) == 0 &&
+                pwrite(m_s32Handle, data, size, 0) == static_cast<ssize_t>(size));
         return m_strPath;
     }
 

@@ -9,12 +9,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const char* const names[] = {"a.csv", "a.pal", "a.gpl", "a.act", "a.lut"};
     if (size < 2)
         return 0;
-    try {
+    return unlessRefused([&] {
         const auto palette =
             velmo::recordings::importPalette(fileOf(data + 1, size - 1), names[data[0] % std::size(names)]);
-        if (palette.empty() || palette.size() % 3 != 0)
-            std::abort();
-    } catch (const velmo::exp::Exception&) {
-    }
-    return 0;
+        require(!palette.empty() && palette.size() % 3 == 0);
+    });
 }

@@ -3,21 +3,11 @@
 #include "camera/pixels/PixelMap.h"
 #include "camera/settings/Parse.h"
 #include "camera/temperature/Scale.h"
-
-#include "core/Exception.h"
-
-#include <cstdint>
-#include <cstdlib>
+#include "fuzz/Fuzz.h"
 
 namespace {
 
 using namespace velmo::camera;
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// What is accepted lies within its limits, and is accepted again as it would be printed.
 void parse(int kind, const std::string& text)
@@ -56,9 +46,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size == 0)
         return 0;
-    try {
-        parse(data[0] % 5, std::string(data + 1, data + size));
-    } catch (const velmo::exp::Exception&) {
-    }
-    return 0;
+    return unlessRefused([&] { parse(data[0] % 5, std::string(data + 1, data + size)); });
 }

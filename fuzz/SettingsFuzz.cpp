@@ -1,11 +1,8 @@
 // Files of settings, XML or INI.
 
 #include "camera/Settings.h"
+#include "fuzz/Fuzz.h"
 
-#include "core/Exception.h"
-
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -50,7 +47,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     // What is written is what was read; none of it is refused.
     std::istringstream again(chosen(written));
-    if (Settings::read(again).ini() != written)
-        std::abort();
+    require(Settings::read(again).ini() == written);
     return 0;
 }

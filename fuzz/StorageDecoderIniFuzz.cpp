@@ -1,8 +1,6 @@
-#include "core/Exception.h"
 #include "core/codecs/StorageDecoder.h"
+#include "fuzz/Fuzz.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 
@@ -12,12 +10,9 @@ using Storage = DataStorage<std::string>;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
-    try {
+    return unlessRefused([&] {
         const auto [storage, name] = StorageDecoder<Storage>(StorageDecoder<Storage>::s32Ini).decode(in);
         // INI text has no "not a number", so a copy equals its original.
-        if (!name.empty() || !(Storage(storage) == storage))
-            std::abort();
-    } catch (const Exception&) {
-    }
-    return 0;
+        require(name.empty() && Storage(storage) == storage);
+    });
 }

@@ -1,8 +1,7 @@
 #include "core/codecs/StorageDecoder.h"
+#include "fuzz/Fuzz.h"
 #include "fuzz/WellFormed.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 
@@ -17,13 +16,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto [storage, name] = StorageDecoder<Storage>(StorageDecoder<Storage>::s32Xml).decode(in);
         const Storage copy(storage);
         // The same ids at least; values may differ from themselves, being "not a number".
-        if (copy.size() != storage.size() ||
-            !std::equal(copy.begin(), copy.end(), storage.begin(),
-                        [](const auto& a, const auto& b) { return a.first == b.first; }))
-            std::abort();
+        require(std::equal(copy.begin(), copy.end(), storage.begin(), storage.end(),
+                           [](const auto& a, const auto& b) { return a.first == b.first; }));
         static_cast<void>(copy == storage); // a walk through all of it
-        if (file.compare(0, 9, "<?storage") != 0 && !WellFormed::check(file))
-            std::abort();
+        require(file.compare(0, 9, "<?storage") == 0 || WellFormed::check(file));
     } catch (const Exception&) {
     } catch (const std::logic_error&) { // an element without its name or type
     }
