@@ -77,6 +77,17 @@ cv::Mat_<T> randomMat(cv::Size size, int low, int high, std::mt19937& random)
     return matrix;
 }
 
+/// A matrix of what `value` says of each row and column.
+template <class T, class Value>
+cv::Mat_<T> matrixOf(cv::Size size, Value value)
+{
+    cv::Mat_<T> matrix(size);
+    for (int row = 0; row < size.height; ++row)
+        for (int column = 0; column < size.width; ++column)
+            matrix(row, column) = cv::saturate_cast<T>(value(row, column));
+    return matrix;
+}
+
 /// Each row is refused with a message that holds its words.
 /// @param call  takes the first of a row
 template <class Call>

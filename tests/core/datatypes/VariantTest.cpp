@@ -41,11 +41,9 @@ TEST(Variant, HoldsACopyAndGivesItBackAsItsType)
     held->value<Bytes>().push_back(4);
     EXPECT_EQ(std::as_const(*held).value<Bytes>().size(), 4u);
 
-    const Variant_<Bytes> bytes(Bytes{3});
-    Variant_<Bytes> copy(bytes);
-    copy.value<Bytes>().push_back(4);
-    EXPECT_EQ(bytes.value<Bytes>(), Bytes{3});
+    Variant_<Bytes> bytes(Bytes{3}), copy(bytes);
     copy.move(Bytes{5});
+    EXPECT_EQ(bytes.value<Bytes>(), Bytes{3});
     EXPECT_EQ(copy.value<Bytes>(), Bytes{5});
 
     EXPECT_EQ(refusal([] { Variant::create(1)->value<Bytes>(); }),
@@ -112,8 +110,6 @@ TEST(Variant, ReadsTextOfEveryTypeAndWritesTheShortestThatReadsTheSame)
     EXPECT_EQ(written("double", "-1.5e-3"), "-0.0015");
     EXPECT_EQ(written("uint8[]", "\n1, 0x2a 0xFF ,007\t#0a0B0C,#FFFFFF "), "1 42 255 7 10 11 12 255 255 255");
     EXPECT_EQ(Variant::fromString("float", "0.1")->value<float>(), 0.1f);
-    EXPECT_EQ(Variant::fromString("int8", "-128")->value<std::int8_t>(), -128);
-    EXPECT_EQ(Variant::fromString("uint8[]", "#0a0B0C 7")->value<Bytes>(), (Bytes{10, 11, 12, 7}));
     Bytes none;
     EXPECT_FALSE(MemoryAcsii::parse(std::string_view("#123456", 6), none)); // not beyond the text
 }
@@ -161,7 +157,6 @@ TEST(Variant, ConvertsNumbersWithinTheirRange)
     EXPECT_EQ(refusal([] { Variant::create(256)->toUnsignedInt8(); }),
               (Refusal{"256 is outside the range 0 to 255", "convert"}));
     EXPECT_THROW(Variant::create(-1)->toUnsignedInt64(), Exception);
-    EXPECT_THROW(Variant::create(128)->toSignedInt8(), Exception);
     EXPECT_THROW(Variant::create(std::uint64_t{1} << 63)->toSignedInt64(), Exception);
     EXPECT_THROW(Variant::create(9223372036854775808.0)->toSignedInt64(), Exception);
     EXPECT_THROW(Variant::create(18446744073709551616.0f)->toUnsignedInt64(), Exception);
@@ -187,20 +182,19 @@ TEST(Variant, HasABinaryFormInBothByteOrders)
         EXPECT_EQ(serialized(value, endian), bytes);
         Bytes more = bytes;
         more.push_back(0x55); // not its own
+        const std::string type = value->getTypeDescriptionName();
         std::size_t consumed = 99;
-        EXPECT_TRUE(
-            Variant::deserialize(value->getTypeDescriptionName(), endian, more, consumed)->equal(value));
+        EXPECT_TRUE(Variant::deserialize(type, endian, more, consumed)->equal(value));
         EXPECT_EQ(consumed, bytes.size());
         const std::vector<char> chars(bytes.begin(), bytes.end());
-        EXPECT_TRUE(Variant::deserialize(value->getTypeDescriptionName(), endian, chars.data(), chars.size(),
-                                         consumed)
-                        ->equal(value));
+        EXPECT_TRUE(Variant::deserialize(type, endian, chars.data(), chars.size(), consumed)->equal(value));
     }
     std::size_t consumed = 0;
-    EXPECT_THROW(Variant::deserialize("bool", little, {2}, consumed), Exception);
-    EXPECT_THROW(Variant::deserialize("int32", little, {1, 2, 3}, consumed), Exception);
-    EXPECT_THROW(Variant::deserialize("string", little, {0xFF, 0xFF, 0xFF, 0xFF, 'a'}, consumed), Exception);
-    EXPECT_THROW(Variant::deserialize("int24", little, {1, 2, 3}, consumed), Exception);
+    for (const auto& [type, bytes] : std::map<std::string, Bytes>{{"bool", {2}},
+                                                                  {"int32", {1, 2, 3}},
+                                                                  {"string", {0xFF, 0xFF, 0xFF, 0xFF, 'a'}},
+                                                                  {"int24", {1, 2, 3}}})
+        EXPECT_THROW(Variant::deserialize(type, little, bytes, consumed), Exception) << type;
 }
 
 TEST(Variant, EqualsTheSameValueOfTheSameType)
