@@ -46,36 +46,24 @@ class Left
 {
 public:
     template <class T>
-    Left& operator<<(const std::vector<T>& values)
+    Left& operator<<(const T& value)
     {
-        return add(values.data(), values.size() * sizeof(T));
-    }
-
-    Left& operator<<(const cv::Mat& matrix) // a view with all that it is a part of
-    {
-        return add(matrix.datastart, static_cast<std::size_t>(matrix.dataend - matrix.datastart));
-    }
-
-    template <class T>
-    Left& operator<<(const cv::Mat_<T>& matrix)
-    {
-        return *this << static_cast<const cv::Mat&>(matrix);
-    }
-
-    template <class T, class = std::enable_if_t<std::is_arithmetic_v<T>>>
-    Left& operator<<(T value)
-    {
-        return add(&value, sizeof value);
+        if constexpr (std::is_arithmetic_v<T>)
+            add(&value, &value + 1);
+        else if constexpr (std::is_base_of_v<cv::Mat, T>) // a view with all that it is a part of
+            add(value.datastart, value.dataend);
+        else
+            add(value.data(), value.data() + value.size());
+        return *this;
     }
 
     const std::vector<unsigned char>& bytes() const { return m_aBytes; }
 
 private:
-    Left& add(const void* from, std::size_t bytes)
+    void add(const void* begin, const void* end)
     {
-        const auto* first = static_cast<const unsigned char*>(from);
-        m_aBytes.insert(m_aBytes.end(), first, first + bytes);
-        return *this;
+        m_aBytes.insert(m_aBytes.end(), static_cast<const unsigned char*>(begin),
+                        static_cast<const unsigned char*>(end));
     }
 
     std::vector<unsigned char> m_aBytes;

@@ -49,11 +49,8 @@ KernelCase downsizing(const velmo::exp::Forms<Resize>& forms, cv::Size target)
 /// The first round of a gain climbs through all levels with activities from nothing to beyond the limit.
 Frame climb(Random& random, int gain)
 {
-    Frame in(6, 32768);
-    for (int r = 0; r < in.rows; ++r)
-        for (int c = 0; c < in.cols; ++c)
-            in(r, c) = cv::saturate_cast<short>(2 * c - 32768 + random(0, 1 + 8 * gain) * (c % 5) / 4);
-    return in;
+    const auto level = [&](int, int c) { return 2 * c - 32768 + random(0, 1 + 8 * gain) * (c % 5) / 4; };
+    return matrixOf<short>({32768, 6}, level);
 }
 
 /// Spikes of every height.

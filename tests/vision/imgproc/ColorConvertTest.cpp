@@ -14,10 +14,7 @@ using Image = ColorConvert::Image;
 using Converter = void (*)(const cv::Mat&, Image&);
 
 /// One row of pixels of that many bytes.
-cv::Mat row(const Bytes& bytes, int channels)
-{
-    return cv::Mat(bytes, true).reshape(channels, 1);
-}
+const auto row = [](const Bytes& bytes, int channels) { return cv::Mat(bytes, true).reshape(channels, 1); };
 
 Bytes bytesOf(const cv::Mat& image)
 {
@@ -43,48 +40,42 @@ const std::tuple<const char*, Converter, int, bool> imageConverters[] = {
 
 } // namespace
 
-TEST(ColorConvert, UyvyIsCutNotRoundedAndLimitedAtBothEnds)
+TEST(ColorConvert, CutsUyvyAndRoundsTheOthersAndLimitsAtBothEnds)
 {
-    // 219 x 1.164 = 254.916; (160 - 16) x 1.164 = 167.616.
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToBGR, {128, 16, 128, 235, 128, 160, 128, 0}),
-                ElementsAre(0, 0, 0, 254, 254, 254, 167, 167, 167, 0, 0, 0));
-    // d0 = 32, d2 = -28 on luma 84 x 1.164 = 97.776: red +51.072, green -26.016 + 10.948, blue -56.504.
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToBGR, {160, 100, 100, 100}),
-                ElementsAre(41, 82, 148, 41, 82, 148));
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {160, 100, 100, 100}),
-                ElementsAre(148, 82, 41, 148, 82, 41));
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {255, 235, 128, 235}),
-                ElementsAre(255, 151, 254, 255, 151, 254)); // green 254.916 - 0.813 x 127 = 151.665
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {0, 16, 128, 16}),
-                ElementsAre(0, 104, 0, 0, 104, 0)); // green 0.813 x 128 = 104.064
-}
-
-TEST(ColorConvert, Uy1vy0HasItsSecondLumaFirstAndIsRounded)
-{
-    // 218 x 1.1644 = 253.84, which the layout above cuts to 253; 100 x 1.1644 = 116.44.
-    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToRGB, {128, 234, 128, 116}),
-                ElementsAre(116, 116, 116, 254, 254, 254));
-    EXPECT_THAT(converted(ColorConvert::convertUYVYToRGB, {128, 234, 128, 234}),
-                ElementsAre(253, 253, 253, 253, 253, 253));
-    // Blue has two factors: 28 x 2.018 = 56.504 of the first pixel, 28 x 2.0172 = 56.4816 of the second.
-    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToBGR, {128, 16, 156, 16}),
-                ElementsAre(57, 0, 0, 56, 0, 0));
-    EXPECT_THAT(converted(ColorConvert::convertUY1VY0ToRGB, {128, 16, 156, 16}),
-                ElementsAre(0, 0, 57, 0, 0, 56));
-
+    const Converter uyvyToBgr = ColorConvert::convertUYVYToBGR, uyvyToRgb = ColorConvert::convertUYVYToRGB,
+                    uy1vy0ToBgr = ColorConvert::convertUY1VY0ToBGR,
+                    uy1vy0ToRgb = ColorConvert::convertUY1VY0ToRGB,
+                    ycbcrToBgr = ColorConvert::convertYCbCrtoBRG;
+    const std::tuple<Converter, int, Bytes, Bytes> cases[] = {
+        // 219 x 1.164 = 254.916; (160 - 16) x 1.164 = 167.616.
+        {uyvyToBgr,
+         2,
+         {128, 16, 128, 235, 128, 160, 128, 0},
+         {0, 0, 0, 254, 254, 254, 167, 167, 167, 0, 0, 0}},
+        // d0 = 32, d2 = -28 on luma 84 x 1.164 = 97.776: red +51.072, green -26.016 + 10.948, blue -56.504.
+        {uyvyToBgr, 2, {160, 100, 100, 100}, {41, 82, 148, 41, 82, 148}},
+        {uyvyToRgb, 2, {160, 100, 100, 100}, {148, 82, 41, 148, 82, 41}},
+        // Green: 254.916 - 0.813 x 127 = 151.665; 0.813 x 128 = 104.064.
+        {uyvyToRgb, 2, {255, 235, 128, 235}, {255, 151, 254, 255, 151, 254}},
+        {uyvyToRgb, 2, {0, 16, 128, 16}, {0, 104, 0, 0, 104, 0}},
+        // 218 x 1.1644 = 253.84, which is cut to 253 above; 100 x 1.1644 = 116.44. The second luma is first.
+        {uyvyToRgb, 2, {128, 234, 128, 234}, {253, 253, 253, 253, 253, 253}},
+        {uy1vy0ToRgb, 2, {128, 234, 128, 116}, {116, 116, 116, 254, 254, 254}},
+        // Blue has two factors: 28 x 2.018 = 56.504 of the first pixel, 28 x 2.0172 = 56.4816 of the second.
+        {uy1vy0ToBgr, 2, {128, 16, 156, 16}, {57, 0, 0, 56, 0, 0}},
+        {uy1vy0ToRgb, 2, {128, 16, 156, 16}, {0, 0, 57, 0, 0, 56}},
+        // Y' = 84 x 1.1644 = 97.8096; red + 1.596 x 32 = 148.88; green - 26.016 + 10.97 = 82.76; blue
+        // - 56.504.
+        // The last: green 278.29 - 103.25 - 49.76 = 125.28.
+        {ycbcrToBgr, 3, {100, 100, 160, 16, 128, 128, 255, 255, 255}, {41, 83, 149, 0, 0, 0, 255, 125, 255}}};
+    for (const auto& [convert, channels, from, to] : cases)
+        EXPECT_EQ(converted(convert, from, channels), to) << testing::PrintToString(from);
     for (const auto& [type, first] :
          {std::pair(BGR, 57), {RGB, 0}, {ColorType(7), 0}}) { // any other is red first
         Image dst;
         convertUY1VY0toX(row({128, 16, 156, 16}, 2), dst, type);
         EXPECT_EQ(dst(0, 0)[0], first) << type;
     }
-}
-
-TEST(ColorConvert, YcbcrBecomesBlueGreenRed)
-{
-    // Y' = 84 x 1.1644 = 97.8096; red + 1.596 x 32 = 148.88; green - 26.016 + 10.97 = 82.76; blue - 56.504.
-    EXPECT_THAT(converted(ColorConvert::convertYCbCrtoBRG, {100, 100, 160, 16, 128, 128, 255, 255, 255}, 3),
-                ElementsAre(41, 83, 149, 0, 0, 0, 255, 125, 255)); // 278.29 - 103.25 - 49.76 = 125.28
 }
 
 TEST(ColorConvert, ColoursBecomeYcbcr)
@@ -181,12 +172,11 @@ TEST(ColorConvert, SwapsTheOuterBytesOfEveryThree)
          {3, 2, 1}) { // groups reach from pixel to pixel and from row to row, not into padding
         cv::Mat large(4, 24 / channels, CV_8UC(channels), cv::Scalar::all(99));
         cv::Mat image = large(cv::Rect(0, 1, 12 / channels, 2));
-        row({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24}, channels)
-            .reshape(0, 2)
-            .copyTo(image);
+        for (int n = 0; n < 24; ++n)
+            image.ptr(n / 12)[n % 12] = static_cast<Byte>(n);
         ColorConvert::swapRB(image);
-        EXPECT_THAT(bytesOf(image), ElementsAre(3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10, 15, 14, 13, 18, 17, 16,
-                                                21, 20, 19, 24, 23, 22));
+        for (int n = 0; n < 24; ++n)
+            EXPECT_EQ(image.ptr(n / 12)[n % 12], n / 3 * 3 + 2 - n % 3) << channels;
         image.setTo(cv::Scalar::all(99));
         EXPECT_TRUE(same(large, cv::Mat(large.size(), large.type(), cv::Scalar::all(99))));
     }

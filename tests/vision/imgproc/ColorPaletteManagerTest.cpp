@@ -45,15 +45,6 @@ Refusal notSupported(const std::string& name, const char* function)
     return {"Color palette " + name + " not supported!", function};
 }
 
-/// FNV-1a.
-std::uint32_t hashOf(const Palette& bytes)
-{
-    std::uint32_t hash = 2166136261u;
-    for (const unsigned char byte : bytes)
-        hash = (hash ^ byte) * 16777619u;
-    return hash;
-}
-
 } // namespace
 
 TEST_F(ColorPaletteManagerTest, IsEmptyUntilFirstUsed)
@@ -83,7 +74,8 @@ TEST_F(ColorPaletteManagerTest, HasTheBuiltInColors)
     for (const auto& [name, points, hash] : palettes) {
         const Palette colors = Manager::getPaletteColors(name);
         EXPECT_EQ(colors.size(), 3 * points) << name;
-        EXPECT_EQ(hashOf(colors), hash) << name;
+        const auto fnv1a = [](std::uint32_t so, unsigned char byte) { return (so ^ byte) * 16777619u; };
+        EXPECT_EQ(std::accumulate(colors.begin(), colors.end(), 2166136261u, fnv1a), hash) << name;
     }
 }
 

@@ -12,15 +12,9 @@ using Points = std::vector<cv::Point>;
 
 constexpr int highest = std::numeric_limits<int>::max();
 
-Canvas black(int rows, int cols)
-{
-    return Canvas(rows, cols, Color(0, 0, 0));
-}
+const auto black = [](int rows, int cols) { return Canvas(rows, cols, Color(0, 0, 0)); };
 
-Components one(const Points& points)
-{
-    return {{1, ConnectedComponent(points, 1)}};
-}
+const auto one = [](const Points& points) -> Components { return {{1, ConnectedComponent(points, 1)}}; };
 
 /// The colours that the generator holds next, in the order in which components get them.
 std::vector<Color> nextColors(int count)
@@ -85,12 +79,6 @@ TEST_F(ComponentDrawing, PaintsEveryPixelInTheColorOfItsComponent)
     EXPECT_EQ(painted(canvas), (Points{{0, 0}, {2, 1}, {4, 2}}));
     EXPECT_TRUE(canvas(2, 4) == colors[0] && canvas(0, 0) == colors[2] && canvas(1, 2) == colors[2]);
     EXPECT_EQ(nextColors(1)[0], colors[3]);
-
-    // The picture repeats if the generator is seeded again.
-    cv::theRNG().state = 4711;
-    Canvas again = black(3, 5);
-    ConnectedComponent::drawComponents(again, components, false, 0, false);
-    EXPECT_TRUE(same(again, canvas));
 }
 
 TEST_F(ComponentDrawing, ClearsOnlyIfAsked)
@@ -133,12 +121,9 @@ TEST_F(ComponentDrawing, DrawsCirclesAroundPixels)
 
 TEST_F(ComponentDrawing, RefusesWhatLeavesTheCanvas)
 {
-    const Refusal none;
-    const std::vector<Refusal> drawn(3),
-        refused{{"canvas to small", "drawComponents"},
-                {"canvas to small", "drawComponentHulls"},
-                {"canvas to small", "drawPrincipalComponents"}},
-        clipped{refused[0], none, none};
+    const std::string words = "canvas to small";
+    const std::vector<Refusal> drawn(3), clipped{{words, "drawComponents"}, {}, {}},
+        refused{clipped[0], {words, "drawComponentHulls"}, {words, "drawPrincipalComponents"}};
     const std::pair<Points, std::vector<Refusal>> cases[] = {
         {{{0, 0}, {9, 4}}, drawn},
         {{{0, 0}, {10, 4}}, refused},

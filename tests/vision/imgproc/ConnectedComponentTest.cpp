@@ -10,10 +10,7 @@ using Points = std::vector<cv::Point>;
 
 constexpr int lowest = std::numeric_limits<int>::min(), highest = std::numeric_limits<int>::max();
 
-ConnectedComponent blob(const Points& points)
-{
-    return ConnectedComponent(points, 1);
-}
+const auto blob = [](const Points& points) { return ConnectedComponent(points, 1); };
 
 } // namespace
 

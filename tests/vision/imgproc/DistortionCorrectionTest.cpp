@@ -39,10 +39,7 @@ std::string error(const std::string& path, int height = 0, int width = 0)
     return refused.message;
 }
 
-std::vector<Entry> still(std::size_t pixels)
-{
-    return std::vector<Entry>(pixels, Entry{0, 0, 1, 0, 0, 0});
-}
+const auto still = [](std::size_t pixels) { return std::vector<Entry>(pixels, Entry{0, 0, 1, 0, 0, 0}); };
 
 } // namespace
 

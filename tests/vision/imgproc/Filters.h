@@ -9,52 +9,24 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 #include "vision/imgproc/TemporalNoiseReductionRef.h"
 
-/// A filter or a conversion: what everything that turns one matrix into another has in common.
-class Filter
-{
-public:
-    virtual ~Filter() = default;
+#include <any>
 
-    /// Writes into `out` if that has the right size and type already.
-    virtual void process(const cv::Mat& in, cv::Mat& out) = 0;
-
-    virtual std::unique_ptr<Filter> copied() const = 0;
-    virtual std::unique_ptr<Filter> moved() = 0;
-    virtual void assign(const Filter& other) = 0;
-    virtual void take(Filter& other) = 0;
-};
-
-template <class Object>
-class FilterOf : public Filter
-{
-public:
-    using Run = std::function<void(Object&, const cv::Mat&, cv::Mat&)>;
-
-    FilterOf(Object object, Run run) : m_oObject(std::move(object)), m_oRun(std::move(run)) {}
-
-    void process(const cv::Mat& in, cv::Mat& out) override { m_oRun(m_oObject, in, out); }
-    std::unique_ptr<Filter> copied() const override { return std::make_unique<FilterOf>(*this); }
-    std::unique_ptr<Filter> moved() override
-    {
-        return std::make_unique<FilterOf>(std::move(m_oObject), m_oRun);
-    }
-    void assign(const Filter& other) override { m_oObject = static_cast<const FilterOf&>(other).m_oObject; }
-    void take(Filter& other) override { m_oObject = std::move(static_cast<FilterOf&>(other).m_oObject); }
-
-private:
-    Object m_oObject;
-    Run m_oRun;
-};
-
-/// A kind of filter, and what frames it takes.
+/// A kind of filter or conversion, and what frames it takes: what everything that turns one matrix into
+/// another has in common.
 struct FilterKind
 {
     const char* name;
-    std::function<std::unique_ptr<Filter>()> make;
-    int type;            ///< of its frames
-    bool bInPlace;       ///< works on the frame that it is given
-    int multiple = 1;    ///< of pixels
-    cv::Size fixed = {}; ///< the only size it takes, if it does
+    std::any filter; ///< a new one
+    int type;        ///< of its frames
+    bool bInPlace;   ///< works on the frame that it is given
+    int multiple;    ///< of pixels
+    cv::Size fixed;  ///< the only size it takes, if it does
+
+    /// Writes into `out` if that has the right size and type already.
+    std::function<void(std::any&, const cv::Mat& in, cv::Mat& out)> process;
+
+    std::function<std::any(std::any&)> moved;
+    std::function<void(std::any&to, std::any&from)> copy, move; ///< assignments
 
     friend void PrintTo(const FilterKind& kind, std::ostream* out) { *out << kind.name; }
 };
@@ -71,12 +43,21 @@ using Image = cv::Mat_<cv::Vec3b>;
 struct Stateless
 {};
 
-template <class Object>
-FilterKind kind(const char* name, const Object& object, typename FilterOf<Object>::Run run, int type,
-                bool inPlace = false, int multiple = 1, cv::Size fixed = {})
+template <class Object, class Run>
+FilterKind kind(const char* name, const Object& object, Run run, int type, bool inPlace = false,
+                int multiple = 1, cv::Size fixed = {})
 {
-    return {name, [=] { return std::make_unique<FilterOf<Object>>(object, run); }, type, inPlace, multiple,
-            fixed};
+    const auto of = [](std::any& filter) -> Object& { return std::any_cast<Object&>(filter); };
+    return {name,
+            object,
+            type,
+            inPlace,
+            multiple,
+            fixed,
+            [=](std::any& filter, const cv::Mat& in, cv::Mat& out) { run(of(filter), in, out); },
+            [=](std::any& filter) { return std::any(std::move(of(filter))); },
+            [=](std::any& to, std::any& from) { of(to) = std::as_const(of(from)); },
+            [=](std::any& to, std::any& from) { of(to) = std::move(of(from)); }};
 }
 
 /// Writes into `out` through a matrix of another type.

@@ -89,22 +89,6 @@ TEST(StaticPatternRemover, TakesItsParametersAsTheyAre)
     }
 }
 
-TEST(StaticPatternRemover, RemovesStripesAndSingleOffsets)
-{
-    std::mt19937 random(1);
-    Frame pattern = stripe({32, 24}, 10, 12);
-    pattern(12, 20) = static_cast<short>(pattern(12, 20) + 15);
-    StaticPatternRemover remover(30, 31, 31);
-    cv::Mat_<float> mean = cv::Mat_<float>::zeros(pattern.size());
-    for (int n = 0; n < 300; ++n) {
-        const Frame out = corrected(remover, pattern + randomMat<short>(pattern.size(), -3, 3, random));
-        if (n >= 200)
-            mean += cv::Mat_<float>(out) / 100;
-    }
-    EXPECT_NEAR(cv::mean(mean.col(10))[0], 5000, 3);
-    EXPECT_NEAR(mean(12, 20), 5000, 5);
-}
-
 TEST(StaticPatternRemover, NeverCorrectsSaturatedPixels)
 {
     Frame in(6, 8, 32767);
@@ -126,7 +110,7 @@ TEST(StaticPatternRemover, RefusesParametersOutsideTheirRange)
     EXPECT_FALSE(remover.setThreshold(101) || remover.setThreshold(-1) || remover.setLineLimit(32) ||
                  remover.setLineLimit(-1) || remover.setFrameLimit(32) || remover.setFrameLimit(-5));
     EXPECT_TRUE(same(learnt(remover, in), learnt(untouched, in)));
-    EXPECT_FALSE(same(corrected(remover, in), in));
+    EXPECT_LT(corrected(remover, in)(5, 5), 5008); // more than half of the stripe is gone
     EXPECT_TRUE(remover.setThreshold(100) && remover.setLineLimit(31) && remover.setFrameLimit(0));
     EXPECT_THROW(remover.init({-1, 5}), velmo::exp::Exception);
     EXPECT_THROW(remover.init({5, -1}), velmo::exp::Exception);

@@ -79,14 +79,14 @@ TEST(TemporalNoiseReduction, HoldsNoisePullsStepsAndLetsJumpsPass)
 
 TEST(TemporalNoiseReduction, HasTwoPathsThatRoundDifferently)
 {
-    for (const bool max : {true, false}) {
+    for (const auto& [path, rounded] :
+         {std::pair(&Filter::filterWithMaxParam, 911), {&Filter::filterWithAnyParam, 912}}) {
         Filter filter(16, 2048);
         Frame first(1, 1, 1000), next(1, 1, 900), other(3, 5, 777);
         filter.initFilter(first);
-        max ? filter.filterWithMaxParam(next) : filter.filterWithAnyParam(next);
-        EXPECT_EQ(next(0, 0), max ? 911 : 912);
-        max ? filter.filterWithMaxParam(other)
-            : filter.filterWithAnyParam(other); // another size: the state is built
+        (filter.*path)(next);
+        EXPECT_EQ(next(0, 0), rounded);
+        (filter.*path)(other); // another size: the state is built
         EXPECT_TRUE(same(other, Frame(3, 5, 777)));
     }
 }
