@@ -46,8 +46,6 @@ TEST_F(BlobsCommand, RefusesBadArgumentsInOneLine)
 {
     expectRefusals({{"blobs f0.png --out o.png", "--above"},
                     {"blobs f0.png --above 1 --below 2 --out o.png", "below"},
-                    {"blobs f0.png --above 65536 --out o.png", "0 to 65535"},
-                    {"blobs f0.png --below -300 --celsius --out o.png", "-273.15"},
                     {"blobs f0.png --above 1 --min-size 0 --out o.png", "--min-size"},
                     {"blobs f0.png --above 1 --range lock --out o.png", "lock"},
                     {"blobs f0.png --above 1", "--out"}});

@@ -15,10 +15,7 @@ protected:
     void writeFrames(const std::string& name, int count, int level, Spoil spoil)
     {
         for (int n = 0; n < count; ++n) {
-            Frame frame(12, 20);
-            for (int y = 0; y < frame.rows; ++y)
-                for (int x = 0; x < frame.cols; ++x)
-                    frame(y, x) = static_cast<unsigned short>(level + 100 * n + x);
+            Frame frame = matrixOf<unsigned short>({20, 12}, [&](int, int x) { return level + 100 * n + x; });
             spoil(frame, n);
             write(name + std::to_string(n) + ".pgm", frame);
         }
@@ -56,12 +53,10 @@ TEST_F(Pixels, AreFoundByNetdAndInLines)
     // Noise of a digit up and down; a pixel without response, one with much noise, a row that is dead.
     const auto spoil = [](Frame& frame, int n) {
         const int level = frame(0, 0) - 100 * n;
-        for (int y = 0; y < frame.rows; ++y)
-            for (int x = 0; x < frame.cols; ++x) {
-                const int noise = (x + y + n) % 2 * (x == 9 && y == 9 ? 40 : 2);
-                const bool dead = y == 4 || (x == 1 && y == 1);
-                frame(y, x) = static_cast<unsigned short>((dead ? 5000 : level) + noise);
-            }
+        frame = matrixOf<unsigned short>({20, 12}, [&](int y, int x) {
+            const int noise = (x + y + n) % 2 * (x == 9 && y == 9 ? 40 : 2);
+            return (y == 4 || (x == 1 && y == 1) ? 5000 : level) + noise;
+        });
     };
     writeFrames("cold", 4, 8000, spoil);
     writeFrames("warm", 4, 9000, spoil);
@@ -119,14 +114,13 @@ TEST_F(Pixels, ComeInMapsMasksAndListsOfManyKinds)
     mask(4, 5) = 255;
     cv::imwrite(path("mask.png"), mask);
     write("list.csv", std::string("x,y\n19,11\n5,4\n"));
-    for (const char* const name : {"all.pgm", "all.png", "all.npy", "all.csv"})
-        said(std::string("pixels merge list.csv mask.png --out ") + name);
+    for (const std::string name : {"all.pgm", "all.png", "all.npy", "all.csv"}) {
+        said("pixels merge list.csv mask.png --out " + name);
+        EXPECT_THAT(said("pixels diff mask.png " + name + " --out diff.png --csv"),
+                    AllOf(HasSubstr("new,1\ngone,0\nin both,1\n"), HasSubstr("19,11,new,spread")));
+    }
     EXPECT_EQ(bytes("all.csv"), "x,y,flags,reasons\n5,4,64,spread\n19,11,64,spread\n");
     EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("all.pgm"))), 2);
-    for (const char* const name : {"all.pgm", "all.png", "all.npy", "all.csv"}) {
-        const std::string diff = said(std::string("pixels diff mask.png ") + name + " --out diff.png --csv");
-        EXPECT_THAT(diff, AllOf(HasSubstr("new,1\ngone,0\nin both,1\n"), HasSubstr("19,11,new,spread")));
-    }
     EXPECT_THAT(call("pixels merge list.csv --out l.pgm").errors, HasSubstr("--size"));
     EXPECT_THAT(call("pixels merge list.csv --size 19x12 --out l.pgm").errors, HasSubstr("line 2"));
 }
@@ -158,7 +152,6 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
     expectRefusals({{"pixels", "subcommand"},
                     {"pixels detect f0.pgm --out map.pgm", "say how"},
                     {"pixels detect --spread 1 --out map.pgm", "INPUT"},
-                    {"pixels detect f0.pgm --spread 1 --out map.png", "map.png"},
                     {"pixels detect f0.pgm --spread 1 --out map.pgm", "40000"},
                     {"pixels detect f0.pgm --monotony --rows-columns 5 --out map.pgm", "--rows-columns"},
                     {"pixels detect --netd f0.pgm cold f0.pgm 30 --out map.pgm", "cold"},
@@ -172,9 +165,7 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
 TEST_F(Pixels, AreEvenedOutByAFlatField)
 {
     const auto spoil = [](Frame& frame, int) {
-        for (int y = 0; y < frame.rows; ++y)
-            for (int x = 0; x < frame.cols; ++x)
-                frame(y, x) += static_cast<unsigned short>((x * 37 + y * 91) % 300);
+        frame += matrixOf<unsigned short>({20, 12}, [](int y, int x) { return (x * 37 + y * 91) % 300; });
         frame(5, 6) = 0;
     };
     writeFrames("shutter", 2, 9000, spoil);

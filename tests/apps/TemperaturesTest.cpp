@@ -23,7 +23,6 @@ TEST_F(Temperatures, AreTypedInTheDegreesOfTheUnit)
     writePlate();
     said("render plate.png --out counts.png --range 29315:31315 --region 30000:30400:00FF00");
     const cv::Mat counts = stored("counts.png");
-    ASSERT_FALSE(counts.empty());
     for (const char* const typed :
          {"--celsius --range 20:40 --region 26.85:30.85:00FF00",
           "--unit linear:0.01:-273.15 --range 29315n:31315n --region 30000n:30.85:00FF00",
@@ -66,10 +65,8 @@ TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
     std::mt19937 random(3);
     for (int i = 0; i < 3; ++i)
         write("run_" + std::to_string(i) + ".png", randomMat<unsigned short>({6, 4}, 0, 65535, random));
-    const std::pair<const char*, bool> formats[] = {
-        {"a.tiff", true}, {"a.npy", false}, {"a.raw", false}, {"a.mkv", true}, {"folder", true}};
-    for (const auto& [name, keepsUnit] : formats) {
-        const std::string made = name, raw = made == "a.raw" ? " --raw 6x4" : "";
+    for (const std::string made : {"a.tiff", "a.npy", "a.raw", "a.mkv", "folder"}) {
+        const std::string raw = made == "a.raw" ? " --raw 6x4" : "";
         said("clean run_0.png run_1.png run_2.png --unit kelvin/64 --out " + made +
              (made == "folder" ? " --format pgm" : ""));
         said("clean " + made + raw + " --out back");
@@ -77,15 +74,14 @@ TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
             EXPECT_TRUE(same(stored("back/frame_000" + std::to_string(i) + ".png"),
                              stored("run_" + std::to_string(i) + ".png")))
                 << made << " " << i;
-        EXPECT_EQ(said("measure " + made + raw + " --csv").find("min °C") != std::string::npos, keepsUnit)
+        EXPECT_EQ(said("measure " + made + raw + " --csv").find("min °C") == std::string::npos,
+                  made == "a.npy" || made == "a.raw") // which have no room for a unit
             << made;
     }
     EXPECT_THAT(said("measure a.tiff --unit counts --csv"), Not(HasSubstr("°C"))); // what is typed wins
     EXPECT_EQ(shell("clean a.tiff --quiet --out -").output, bytes("a.raw"));
     EXPECT_EQ(shell("clean - --raw 6x4 --out - <a.raw").output, bytes("a.raw"));
-    const ProgramRun mixed = call("measure a.tiff run_0.png");
-    EXPECT_EQ(mixed.code, 2);
-    EXPECT_THAT(mixed.errors, HasSubstr("kelvin/64"));
+    expectRefusals({{"measure a.tiff run_0.png", "kelvin/64"}});
 }
 
 TEST_F(Temperatures, OfObjectsComeOutAsFloats)
@@ -155,13 +151,11 @@ TEST_F(Temperatures, ThatCannotBeAreRefusedInOneLineThatNamesTheLimit)
                     {"clean plate.png --out o --format jpg", "jpg"},
                     {"clean plate.png --out o.tiff --format pgm", "o.tiff"},
                     {"clean plate.png --out o.raw --celsius --unit decikelvin", "decikelvin"},
-                    {"measure plate.png --celsius --emissivity 0", "0.01 to 1"},
                     {"measure plate.png --emissivity 0.9", "counts"},
                     {"measure plate.png --celsius --distance 5", "--distance: the way needs --air T"},
                     {"measure plate.png --celsius --settings s.ini", ": temperature/distance: the way"},
                     {"measure plate.png --celsius --settings s.ini --distance 6", ": --distance: the way"},
                     {"measure plate.png --spot 40,3", "0 to 39"},
-                    {"measure plate.png --spot 1,1 --delta spot1-spot2", "spot1-spot2"},
                     {"measure plate.png --histogram 0", "--histogram"},
                     {"measure plate.png --overlay o.png --range lock", "lock"},
                     {"measure plate.png --plot o.jpg", "o.jpg"},

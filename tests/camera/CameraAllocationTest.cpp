@@ -1,7 +1,7 @@
 #include "camera/Camera.h"
 
 #include "tests/Allocations.h"
-#include "tests/Support.h"
+#include "tests/camera/SettingsWith.h"
 
 using namespace velmo::camera;
 
@@ -9,25 +9,20 @@ TEST(Camera, AllocatesNothingPerFrameOnceItRuns)
 {
     Frame raw(180, 240);
     cv::randu(raw, 8000, 8060);
-    Settings settings;
-    settings.set("noise/denoise", "normal");
-    settings.set("noise/pattern", "15:8:4");
-    settings.set("noise/temporal", "16:1843");
-    settings.set("noise/spatial", 4);
-    settings.set("colours/range", "8000:8060");
-    settings.set("picture/scale", 3);
-    settings.set("picture/legend", true);
+    Settings settings = settingsWith({{"noise/denoise", "normal"},
+                                      {"noise/pattern", "15:8:4"},
+                                      {"noise/temporal", "16:1843"},
+                                      {"noise/spatial", "4"},
+                                      {"colours/range", "8000:8060"},
+                                      {"picture/scale", "3"},
+                                      {"picture/legend", "true"}});
     for (const char* size : {"off", "120x90"}) {
         settings.set("frame/downsize", size);
         Camera camera(settings);
         EXPECT_EQ(allocationsOf([&] { camera.show(raw); }), 0) << size;
         EXPECT_EQ(allocationsOf([&] { camera.measure(camera.clean(raw)); }), 0) << size;
     }
-    Camera automatic;
-    EXPECT_EQ(allocationsOf([&] { automatic.show(raw); }), 0);
-    Settings toned;
-    toned.set("colours/tone", "plateau");
-    toned.set("colours/detail", 3);
-    Camera equalising(toned);
-    EXPECT_EQ(allocationsOf([&] { equalising.show(raw); }), 0);
+    Camera automatic, equalising(settingsWith({{"colours/tone", "plateau"}, {"colours/detail", "3"}}));
+    for (Camera* camera : {&automatic, &equalising})
+        EXPECT_EQ(allocationsOf([&] { camera->show(raw); }), 0);
 }

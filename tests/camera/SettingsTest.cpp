@@ -23,8 +23,7 @@ TEST(Keys, HaveAnOptionOfTheirOwnASentenceAndADefaultThatIsTaken)
         EXPECT_TRUE(paths.insert(key.path).second) << key.path;
         EXPECT_TRUE(options.insert(key.option).second) << key.option;
         EXPECT_EQ(std::count(key.path.begin(), key.path.end(), '/'), 1) << key.path;
-        EXPECT_FALSE(key.sentence.empty()) << key.path;
-        EXPECT_NE(key.sentence.back(), '.') << key.path;
+        EXPECT_FALSE(key.sentence.empty() || key.sentence.back() == '.') << key.path;
         EXPECT_NO_THROW(key.kind.read(key.fallback, key.path)) << key.path;
     }
 }
@@ -42,10 +41,10 @@ TEST(Settings, AreAtTheirDefaultsUntilTheyAreSet)
     settings.set("colours/regions", "1:2:FF0000 ,3:4:00FF00");
     EXPECT_THAT(settings.numbers("noise/temporal"), ElementsAre(16, 1843));
     EXPECT_TRUE(settings.flag("picture/legend"));
-    settings.set("noise/denoise", true);
-    EXPECT_EQ(settings.text("noise/denoise"), "normal");
-    settings.set("noise/denoise", false);
-    EXPECT_EQ(settings.text("noise/denoise"), "off");
+    for (const bool on : {true, false}) {
+        settings.set("noise/denoise", on);
+        EXPECT_EQ(settings.text("noise/denoise"), on ? "normal" : "off");
+    }
     EXPECT_THAT(settings.numbers("picture/scale"), ElementsAre(3));
     EXPECT_THAT(settings.numbers("blobs/above"), ElementsAre(30.5));
     EXPECT_THAT(settings.list("colours/regions"), ElementsAre("1:2:FF0000", "3:4:00FF00"));
@@ -101,10 +100,8 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
     for (const auto& [path, value, words] : wrong)
         EXPECT_THAT(refusal([](auto... key) { Settings().set(key...); }, path, value).message,
                     HasSubstr(words));
-    EXPECT_THROW(read("[noise]\ntemporal = 1,2\n"), Exception);
-    EXPECT_THROW(read("noise = 3\n"), Exception);
-    EXPECT_THROW(read("no settings"), Exception);
-    EXPECT_THROW(read("<group/>"), std::exception);
+    for (const char* text : {"[noise]\ntemporal = 1,2\n", "noise = 3\n", "no settings", "<group/>"})
+        EXPECT_THROW(read(text), std::exception) << text;
 
     Settings settings;
     settings.set("picture/scale", 2);

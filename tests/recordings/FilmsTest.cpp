@@ -12,6 +12,7 @@
 namespace {
 
 using namespace velmo::recordings;
+using namespace std::string_literals;
 
 using Container = FilmFormat::Container;
 
@@ -59,13 +60,12 @@ protected:
     /// The pictures of a film as another program sees them.
     std::vector<Picture> decoded(const std::string& name, cv::Size size) const
     {
-        EXPECT_EQ(said("ffmpeg -v error -y -i " + path(name) + " -f rawvideo -pix_fmt bgr24 " + path("raw")),
-                  "");
-        std::ifstream raw(path("raw"), std::ios::binary);
+        const std::string raw = said("ffmpeg -v error -i " + path(name) + " -f rawvideo -pix_fmt bgr24 -");
+        const std::size_t each = 3 * static_cast<std::size_t>(size.area());
+        EXPECT_EQ(raw.size() % each, 0U) << name;
         std::vector<Picture> all;
-        for (Picture image(size);
-             raw.read(reinterpret_cast<char*>(image.data), static_cast<std::streamsize>(3 * image.total()));)
-            all.push_back(image.clone());
+        for (std::size_t place = 0; place + each <= raw.size(); place += each)
+            std::copy_n(&raw[place], each, reinterpret_cast<char*>(all.emplace_back(size).data));
         return all;
     }
 };
@@ -127,7 +127,7 @@ TEST_F(FilmFiles, OfCountsGiveEveryBitBackWhoeverWroteThem)
     EXPECT_TRUE(valuesIn(path("ours.mkv"), &unit) == values);
     EXPECT_EQ(unit, "kelvin/16");
 
-    std::ofstream(path("raw"), std::ios::binary) << values;
+    put("raw", values);
     const std::string from = "ffmpeg -v error -y -f rawvideo -s 30x21 -pix_fmt ";
     for (const char* const to : {"-c:v ffv1 -f matroska", "-c:v ffv1 -f avi", "-c:v rawvideo -f nut",
                                  "-c:v rawvideo -pix_fmt gray16be -f nut"}) {
@@ -147,7 +147,7 @@ TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
     film("colour.mkv", Container::Mkv, 9, pictures({16, 16}));
     film("cut.avi", Container::Avi, 9, pictures({16, 16}));
     std::filesystem::resize_file(path("cut.avi"), 1500);
-    std::ofstream(path("list.nut")) << "nut/multimedia container";
+    put("list.nut", "nut/multimedia container");
     for (const char* const name : {"colour.mp4", "colour.mkv", "cut.avi", "list.nut"})
         EXPECT_THAT(refusal([&] { valuesIn(path(name)); }).message,
                     testing::AllOf(HasSubstr(name), testing::Not(HasSubstr("\n"))));
@@ -160,47 +160,43 @@ void writeJpeg(const std::string& path, const cv::Mat& picture, int orientation)
 {
     std::vector<unsigned char> bytes;
     cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 100});
-    const unsigned char exif[] = {
-        0xff, 0xe1, 0, 34, 'E', 'x', 'i', 'f', 0, 0,
-        'M',  'M',  0, 42, 0,   0,   0,   8,   0, 1,
-        1,    0x12, 0, 3,  0,   0,   0,   1,   0, static_cast<unsigned char>(orientation),
-        0,    0,    0, 0,  0,   0};
-    bytes.insert(bytes.begin() + 2, std::begin(exif), std::end(exif));
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const std::string exif = "\xff\xe1\0\"Exif\0\0MM\0*\0\0\0\x8\0\1\1\x12\0\3\0\0\0\1\0"s +
+                             static_cast<char>(orientation) + std::string(6, '\0');
+    bytes.insert(bytes.begin() + 2, exif.begin(), exif.end());
+    std::ofstream(path, std::ios::binary) << std::string(bytes.begin(), bytes.end());
 }
 
 TEST_F(FilmFiles, PicturesOfEveryFormatAreThoseThatOthersSee)
 {
     Picture picture = pictures({48, 40})[3];
     cv::GaussianBlur(picture, picture, {9, 9}, 0);
-    std::vector<std::string> names = {"a.png", "a.bmp", "a.ppm"};
-    for (const std::string& name : names)
-        cv::imwrite(path(name), picture);
-    cv::Mat deep;
+    cv::Mat deep, clear;
     picture.convertTo(deep, CV_16U, 257);
-    cv::imwrite(path("deep.png"), deep);
-    cv::imwrite(path("deep.ppm"), deep);
-    cv::Mat clear;
     cv::cvtColor(picture, clear, cv::COLOR_BGR2BGRA);
-    cv::imwrite(path("clear.png"), clear);
-    cv::imwrite(path("grey.png"), clear.reshape(1));
-    cv::imwrite(path("grey.jpg"), picture.reshape(1));
-    std::ofstream(path("text.ppm")) << "P3 2 1 255 1 2 3 4 5 6\n";
-    names.insert(names.end(), {"deep.png", "deep.ppm", "clear.png", "grey.png", "grey.jpg", "text.ppm"});
+    std::vector<std::string> names = {put("text.ppm", "P3 2 1 255 1 2 3 4 5 6\n")};
+    for (const auto& [name, image] : std::map<std::string, cv::Mat>{{"a.png", picture},
+                                                                    {"a.bmp", picture},
+                                                                    {"a.ppm", picture},
+                                                                    {"deep.png", deep},
+                                                                    {"deep.ppm", deep},
+                                                                    {"clear.png", clear},
+                                                                    {"grey.png", clear.reshape(1)},
+                                                                    {"grey.jpg", picture.reshape(1)}}) {
+        names.push_back(path(name));
+        cv::imwrite(names.back(), image);
+    }
     for (int orientation = 1; orientation <= 8; ++orientation) {
-        names.push_back("turned" + std::to_string(orientation) + ".jpg");
-        writeJpeg(path(names.back()), picture, orientation);
+        names.push_back(path("turned" + std::to_string(orientation) + ".jpg"));
+        writeJpeg(names.back(), picture, orientation);
     }
     for (const std::string& name : names) {
-        const Picture found = readPicture(path(name));
-        const Picture expected = cv::imread(path(name), cv::IMREAD_COLOR);
+        const Picture found = readPicture(name);
+        const Picture expected = cv::imread(name, cv::IMREAD_COLOR);
         ASSERT_EQ(found.size(), expected.size()) << name;
-        const int rounding = name.find(".jpg") != std::string::npos ? 4 : name == "deep.ppm" ? 1 : 0;
+        const int rounding = testing::Matches(testing::EndsWith(".jpg"))(name) ? 4 : name == path("deep.ppm");
         EXPECT_LE(cv::norm(found, expected, cv::NORM_INF), rounding) << name;
     }
-    std::ofstream(path("a.txt")) << "no picture";
-    EXPECT_THROW(readPicture(path("a.txt")), Exception);
+    EXPECT_THROW(readPicture(put("a.txt", "no picture")), Exception);
 }
 
 } // namespace

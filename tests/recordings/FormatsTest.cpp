@@ -87,15 +87,12 @@ void writeForeignTiff(const std::string& path, const Images& pages)
     TIFF* const tiff = TIFFOpen(path.c_str(), "wb");
     for (std::size_t i = 0; i < 2 * pages.size(); ++i) {
         const bool thumbnail = i % 2 == 0;
-        cv::Mat page = pages[i / 2].clone();
-        if (thumbnail)
-            page = page(cv::Rect(0, 0, 2, 2)).clone();
+        const cv::Mat page = thumbnail ? pages[i / 2](cv::Rect(0, 0, 2, 2)) : pages[i / 2];
         TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, thumbnail ? FILETYPE_REDUCEDIMAGE : FILETYPE_PAGE);
         TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.cols);
         TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.rows);
         TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8 * static_cast<int>(page.elemSize1()));
-        TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT,
-                     page.depth() < CV_32F ? SAMPLEFORMAT_UINT : SAMPLEFORMAT_IEEEFP);
+        TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
         TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
         TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
         TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
@@ -170,12 +167,10 @@ TEST_F(Formats, OfDegreesBecomeCountsOfOneScale)
     writeAll(createNpy(output("a.npy")), {furnace[0]});
     writeAll(createTiff(output("b.tif"), 1, ""), {furnace[1]});
     const auto source = openFrameFiles("two", {path("a.npy"), path("b.tif")}, true);
-    Frame first;
-    Frame second;
+    Frame first, second;
     ASSERT_TRUE(source->next(first) && source->next(second));
     expectEqual({first, second}, {(Frame(1, 2) << 0, 100), (Frame(1, 2) << 65535, 32768)}, "two files");
-    double gain = 0;
-    double offset = 1;
+    double gain = 0, offset = 1;
     ASSERT_EQ(std::sscanf(source->unit().c_str(), "linear:%lf:%lf", &gain, &offset), 2);
     EXPECT_NEAR(gain, 0.01, 1e-8);
     EXPECT_EQ(offset, 0);
@@ -186,22 +181,18 @@ TEST_F(Formats, OfDegreesBecomeCountsOfOneScale)
     const auto cold = openFrameFiles("one", {path("a.npy")}, true);
     Frame counts;
     ASSERT_TRUE(cold->next(counts));
-    EXPECT_EQ(counts(0, 0), 0);
-    EXPECT_EQ(counts(0, 1), 65535);
-    EXPECT_NEAR(counts(0, 2), 32767.5, 1);
+    EXPECT_THAT(counts, testing::ElementsAre(0, 65535, testing::AnyOf(32767, 32768)));
     EXPECT_THAT(cold->unit(), testing::EndsWith(":-273.16000000000003"));
 }
 
 TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
 {
-    const auto degrees = [&](float value) {
+    for (const auto& [value, why] :
+         {std::pair(std::nanf(""), "a.npy, frame 2: no temperature at x 0, y 1"), {HUGE_VALF, "infinite"}}) {
         writeAll(createNpy(output("a.npy")),
                  {(cv::Mat_<float>(2, 2) << 1, 2, 3, 4), (cv::Mat_<float>(2, 2) << 1, 2, value, 4)});
-    };
-    degrees(std::nanf(""));
-    EXPECT_THAT(refusalOf("a.npy"), HasSubstr("a.npy, frame 2: no temperature at x 0, y 1"));
-    degrees(HUGE_VALF);
-    EXPECT_THAT(refusalOf("a.npy"), HasSubstr("infinite"));
+        EXPECT_THAT(refusalOf("a.npy"), HasSubstr(why));
+    }
 
     writePng(output("good.png"), Frame(9, 9, 7));
     const std::string good = bytes("good.png");

@@ -33,9 +33,8 @@ TEST_F(PaletteFormats, ReadsTablesOfBytes)
 
     const Palette planes = importPalette(put("c.lut", table));
     ASSERT_EQ(planes.size(), 768u);
-    EXPECT_EQ(planes[3], 1);               // the second red
-    EXPECT_EQ(planes[4], (256 + 1) % 251); // the second green
-    EXPECT_EQ(planes[5], (512 + 1) % 251);
+    EXPECT_THAT(Palette(planes.begin() + 3, planes.begin() + 6),
+                ElementsAre(1, 257 - 251, 513 - 502)); // the second
 }
 
 TEST_F(PaletteFormats, SayWhichLineIsWrong)

@@ -4,16 +4,15 @@
 #include "camera/drawing/Text.h"
 #include "tests/camera/SettingsWith.h"
 
+#include <set>
+
 namespace {
 
 using namespace velmo::camera;
 
 const Thermometer centikelvin(Scale::parse("centikelvin"));
 
-Colouring with(const std::string& palette)
-{
-    return Colouring(findPalette(palette));
-}
+const auto with = [](const std::string& palette) { return Colouring(findPalette(palette)); };
 
 Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range,
                    const Thermometer& thermometer)
@@ -63,9 +62,8 @@ TEST(Colouring, ShowsTheHumidityOfTheRoomsAirAtEachSurface)
 TEST(Colouring, FollowsTheRange)
 {
     Colouring colouring = with("Grayscale");
-    const std::pair<ValueRange, int> ranges[] = {
-        {{1500, 2000}, 0}, {{1000, 2000}, 127}, {{1000, 1500}, 255}, {{1000, 2000}, 127}, {{1500, 2000}, 0}};
-    for (const auto& [range, grey] : ranges)
+    for (const auto& [range, grey] :
+         {std::pair(ValueRange{1500, 2000}, 0), {{1000, 2000}, 127}, {{1000, 1500}, 255}, {{1500, 2000}, 0}})
         EXPECT_NEAR(colouring.paint(Frame(1, 1, 1500), range)(0, 0)[0], grey, 1);
 }
 
@@ -88,14 +86,13 @@ TEST(Legend, PutsLabelsBesideTheirValues)
     Colouring colouring = with("Hotcold");
     Legend legend{Thermometer()};
     Picture whole;
-    int width = 0;
+    std::set<int> widths;
     for (const ValueRange range : {ValueRange{1000, 2000}, {1000, 3000}, {0, 20000}}) {
         legend.draw(Picture(120, 20, cv::Vec3b(1, 2, 3)), colouring.table(), range, whole);
         EXPECT_NEAR(rowOf(whole, std::to_string(range.high)), 1, 2);
         EXPECT_NEAR(rowOf(whole, std::to_string((range.low + range.high) / 2)), 56, 3);
         EXPECT_NEAR(rowOf(whole, std::to_string(range.low)), 110, 3);
-        EXPECT_EQ(whole.cols, width == 0 ? whole.cols : width);
-        width = whole.cols;
+        EXPECT_EQ((widths.insert(whole.cols), widths.size()), 1U);
     }
 }
 

@@ -6,10 +6,7 @@ namespace {
 
 using namespace velmo::camera;
 
-RangeRule ruleOf(const char* rule)
-{
-    return RangeRule(settingsWith({{"colours/range", rule}}));
-}
+const auto ruleOf = [](const char* rule) { return RangeRule(settingsWith({{"colours/range", rule}})); };
 
 std::pair<int, int> rangeOf(const char* rule, const Frame& frame)
 {
@@ -17,10 +14,7 @@ std::pair<int, int> rangeOf(const char* rule, const Frame& frame)
     return {range.low, range.high};
 }
 
-Frame flat(int value)
-{
-    return Frame(10, 10, static_cast<unsigned short>(value));
-}
+const auto flat = [](int value) { return Frame(10, 10, static_cast<unsigned short>(value)); };
 
 TEST(Range, IsOfThePixelsThatItsRuleNames)
 {

@@ -1,36 +1,19 @@
 #include "camera/colours/Colouring.h"
 #include "camera/colours/LegendBar.h"
 #include "camera/measures/FineNoise.h"
-#include "core/Exception.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
+#include "tests/camera/SettingsWith.h"
 
 namespace {
 
-using velmo::camera::Colouring;
-using velmo::camera::Detail;
-using velmo::camera::fineNoise;
-using velmo::camera::Frame;
-using velmo::camera::LegendBar;
-using velmo::camera::Picture;
-using velmo::camera::Plateau;
-using velmo::camera::Settings;
-using velmo::camera::Thermometer;
-using velmo::camera::ValueRange;
+using namespace velmo::camera;
 
 /// A slope of `rise` counts a pixel from the left to the right, with white noise.
 Frame slope(double level, double rise, double noise, unsigned seed = 1)
 {
     std::mt19937 random(seed);
     std::normal_distribution<double> of(0, 1);
-    Frame frame(96, 128);
-    for (int y = 0; y < frame.rows; ++y)
-        for (int x = 0; x < frame.cols; ++x)
-            frame(y, x) = cv::saturate_cast<unsigned short>(level + rise * x + noise * of(random));
-    return frame;
+    return matrixOf<unsigned short>({128, 96},
+                                    [&](int, int x) { return level + rise * x + noise * of(random); });
 }
 
 double deviationOf(const cv::Mat& values)
@@ -40,14 +23,13 @@ double deviationOf(const cv::Mat& values)
     return deviation[0];
 }
 
-Colouring with(const std::string& tone, const std::string& detail, const std::string& isotherms = "")
+Colouring with(const char* tone, const char* detail, const char* isotherms = "")
 {
-    Settings settings;
-    settings.set("colours/palette", "Grayscale");
-    settings.set("colours/tone", tone);
-    settings.set("colours/detail", detail, "colours/detail");
-    settings.set("colours/isotherms", isotherms);
-    return Colouring(settings, Thermometer());
+    return Colouring(settingsWith({{"colours/palette", "Grayscale"},
+                                   {"colours/tone", tone},
+                                   {"colours/detail", detail},
+                                   {"colours/isotherms", isotherms}}),
+                     Thermometer());
 }
 
 TEST(FineNoise, IsThatOfWhatIsFlatHoweverItSlopes)
@@ -60,9 +42,8 @@ TEST(FineNoise, IsThatOfWhatIsFlatHoweverItSlopes)
             half.col(x) = static_cast<unsigned short>(x % 2 == 0 ? 9000 : 60000);
         EXPECT_NEAR(fineNoise(half, memory), noise, 0.15 * noise);
     }
-    EXPECT_NEAR(fineNoise(Frame(96, 128, static_cast<unsigned short>(65535)), memory), std::sqrt(1 / 12.0),
-                1e-6);
-    EXPECT_GT(fineNoise(Frame(5, 128, static_cast<unsigned short>(7)), memory), 0);
+    EXPECT_NEAR(fineNoise(Frame(96, 128, 65535), memory), std::sqrt(1 / 12.0), 1e-6);
+    EXPECT_GT(fineNoise(Frame(5, 128, 7), memory), 0);
 }
 
 TEST(Plateau, GivesMoreColoursToWhatIsThereUpToItsLimit)
@@ -110,9 +91,9 @@ TEST(Detail, AmplifiesWhatStandsOutOfTheNoiseAndNothingElse)
     constexpr double noise = 5, edge = 150;
     constexpr int height = 12; // of details, up and down
     Frame frame = slope(20000, 0.5, noise), out;
-    for (int y = 48; y < 96; ++y)
-        for (int x = 0; x < 64; ++x)
-            frame(y, x) += (x / 2 + y / 2) % 2 == 0 ? height : -height;
+    frame(cv::Rect(0, 48, 64, 48)) -= height;
+    frame(cv::Rect(0, 48, 64, 48)) +=
+        matrixOf<unsigned short>({64, 48}, [](int y, int x) { return (x / 2 + y / 2) % 2 * 2 * height; });
     frame.colRange(96, 128) += 2000;
     for (const double most : {1.0, 4.0}) {
         Detail(most).apply(frame, noise, edge, out);
@@ -166,41 +147,27 @@ TEST(Tone, LeavesIsothermsWithTheTrueValues)
             EXPECT_EQ(picture(5, x) == cv::Vec3b(255, 0, 0), frame(5, x) < 1100) << tone << x;
         }
         EXPECT_NE(colouring.table().note(), "");
-        if (tone == std::string("local")) {
-            EXPECT_FALSE(colouring.isUnambiguous());
-            EXPECT_FALSE(colouring.valueAt(picture(5, 60)));
-            EXPECT_TRUE(LegendBar(colouring.table(), {1000, 2000}, Thermometer(), 100).ticks.empty());
-        }
+        const bool local = tone == std::string("local");
+        EXPECT_TRUE(!local || (!colouring.isUnambiguous() && !colouring.valueAt(picture(5, 60))));
+        EXPECT_TRUE(!local || LegendBar(colouring.table(), {1000, 2000}, Thermometer(), 100).ticks.empty());
     }
-    Settings settings;
-    settings.set("colours/humidity", "20:50");
-    settings.set("colours/tone", "plateau");
-    const Thermometer centikelvin(velmo::camera::Scale::parse("centikelvin"));
-    EXPECT_THROW(Colouring(settings, centikelvin), velmo::exp::Exception);
+    const Settings both = settingsWith({{"colours/humidity", "20:50"}, {"colours/tone", "plateau"}});
+    EXPECT_THROW(Colouring(both, Thermometer(Scale::parse("centikelvin"))), Exception);
 }
 
 TEST(Tone, LocalShowsWhatIsFaintWithoutLiftingNoise)
 {
     // Faint squares, dark to the left and bright to the right.
     for (const int noise : {2, 30}) {
-        Frame frame = slope(1000, 0, noise);
-        for (int y = 0; y < frame.rows; ++y)
-            for (int x = 0; x < frame.cols; ++x)
-                frame(y, x) =
-                    static_cast<unsigned short>(frame(y, x) + 2000 * (x / 64) + 60 * ((x / 8 + y / 8) % 2));
+        const auto squares = [](int y, int x) { return 2000 * (x / 64) + 60 * ((x / 8 + y / 8) % 2); };
+        const Frame frame = slope(1000, 0, noise) + matrixOf<unsigned short>({128, 96}, squares);
         const ValueRange range{900, 3200};
-        const auto grey = [&](const char* tone) {
-            Picture picture = with(tone, "off").paint(frame, range);
-            cv::Mat_<unsigned char> channel;
-            cv::extractChannel(picture, channel, 0);
-            return channel;
-        };
-        const auto linear = grey("linear"), local = grey("local");
+        const auto linear = with("linear", "off").paint(frame, range).clone(),
+                   local = with("local", "off").paint(frame, range).clone();
         const cv::Rect square(16, 40, 8, 8);
         EXPECT_LT(deviationOf(local(square)), 4.5) << noise; // of 255
-        const auto contrast = [](const cv::Mat& picture) {
-            return std::abs(cv::mean(picture(cv::Rect(16, 40, 8, 8)))[0] -
-                            cv::mean(picture(cv::Rect(24, 40, 8, 8)))[0]);
+        const auto contrast = [&](const Picture& picture) {
+            return std::abs(cv::mean(picture(square))[0] - cv::mean(picture(square + cv::Point(8, 0)))[0]);
         };
         EXPECT_GT(contrast(local) / contrast(linear), noise == 2 ? 1.3 : 0.9);
     }

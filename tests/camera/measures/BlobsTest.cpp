@@ -10,10 +10,7 @@ using namespace velmo::camera;
 
 const BlobRule warm{1000, true, 1};
 
-Frame cold(int rows = 40, int cols = 60)
-{
-    return Frame(rows, cols, 1000);
-}
+const auto cold = [](int rows = 40, int cols = 60) { return Frame(rows, cols, 1000); };
 
 std::vector<Blob> blobsOf(const std::vector<cv::Rect>& places)
 {
@@ -23,21 +20,27 @@ std::vector<Blob> blobsOf(const std::vector<cv::Rect>& places)
     return findBlobs(frame, warm);
 }
 
-/// The labels of the next frame's blobs, which are squares around these centres, from the top.
-std::vector<unsigned> labels(BlobTracker& tracker, const std::vector<cv::Point>& centres, int reach = 2)
+using Labels = std::vector<unsigned>;
+
+/// The labels of the next frame's blobs, from the top.
+Labels labelsOf(BlobTracker& tracker, const std::vector<cv::Rect>& places)
 {
-    std::vector<cv::Rect> places;
-    for (const cv::Point& centre : centres)
-        places.emplace_back(centre.x - reach, centre.y - reach, 2 * reach + 1, 2 * reach + 1);
     std::vector<Blob> blobs = blobsOf(places);
     tracker.label(blobs);
-    std::vector<unsigned> found;
+    Labels found;
     for (const Blob& blob : blobs)
         found.push_back(blob.component.getLabel());
     return found;
 }
 
-using Labels = std::vector<unsigned>;
+/// Of squares around these centres.
+Labels labels(BlobTracker& tracker, const std::vector<cv::Point>& centres)
+{
+    std::vector<cv::Rect> places;
+    for (const cv::Point& centre : centres)
+        places.emplace_back(centre.x - 2, centre.y - 2, 5, 5);
+    return labelsOf(tracker, places);
+}
 
 } // namespace
 
@@ -57,12 +60,11 @@ TEST(Blobs, AreWhatLiesBeyondTheValueAndTouches)
     EXPECT_EQ(blobs[1].centre, cv::Point2d(30, 20));
     EXPECT_TRUE(std::isnan(blobs[1].elongation) && std::isnan(blobs[1].length) && std::isnan(blobs[1].angle));
 
-    const std::pair<BlobRule, std::size_t> rules[] = {{{1000, true, 2}, 1},
-                                                      {{1000, false, 1}, 1},
-                                                      {{1199.5, true, 1}, 2},
-                                                      {{1600, true, 1}, 0},
-                                                      {{1600.5, false, 1}, 1}};
-    for (const auto& [rule, count] : rules)
+    for (const auto& [rule, count] : {std::pair(BlobRule{1000, true, 2}, 1U),
+                                      {{1000, false, 1}, 1},
+                                      {{1199.5, true, 1}, 2},
+                                      {{1600, true, 1}, 0},
+                                      {{1600.5, false, 1}, 1}})
         EXPECT_EQ(findBlobs(frame, rule).size(), count) << rule.value;
 }
 
@@ -80,11 +82,8 @@ TEST(Blobs, HaveTheAxesOfAnEllipseThatSpreadsAsFar)
     EXPECT_NEAR(findBlobs(frame, warm).at(0).angle, 45, 1e-3); // up to the right
 
     // A disc of 25 pixels.
-    Frame round = cold();
-    for (int y = -12; y <= 12; ++y)
-        for (int x = -12; x <= 12; ++x)
-            if (std::hypot(x, y) <= 12.5)
-                round(20 + y, 30 + x) = 2000;
+    const Frame round = matrixOf<unsigned short>(
+        {60, 40}, [](int y, int x) { return std::hypot(x - 30, y - 20) <= 12.5 ? 2000 : 1000; });
     const Blob blob = findBlobs(round, warm).at(0);
     EXPECT_NEAR(blob.length, 25, 0.3);
     EXPECT_NEAR(blob.width, 25, 0.3);
@@ -103,13 +102,9 @@ TEST(BlobTracker, KeepsLabelsOfWhatMoves)
 TEST(BlobTracker, GivesALabelToTheBlobThatIsMoreLikeItAndForgetsWhatStaysAway)
 {
     BlobTracker tracker;
-    std::vector<Blob> blobs = blobsOf({{10, 10, 9, 9}});
-    tracker.label(blobs);
+    labelsOf(tracker, {{10, 10, 9, 9}});
     // A speck 2 pixels from where the centre was, and the blob 4 pixels away.
-    blobs = blobsOf({{14, 11, 9, 9}, {12, 14, 1, 1}});
-    tracker.label(blobs);
-    EXPECT_EQ(blobs.at(0).component.getLabel(), 1U);
-    EXPECT_EQ(blobs.at(1).component.getLabel(), 2U);
+    EXPECT_EQ(labelsOf(tracker, {{14, 11, 9, 9}, {12, 14, 1, 1}}), (Labels{1, 2}));
 
     tracker = BlobTracker();
     EXPECT_EQ(labels(tracker, {{10, 10}}), (Labels{1}));

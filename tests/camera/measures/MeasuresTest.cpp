@@ -15,13 +15,9 @@ constexpr int s32Frames = 40;
 NoiseFigures figuresOf(const std::function<double(int, int, int)>& value, int frames = s32Frames)
 {
     NoiseMeter meter;
-    for (int i = 0; i < frames; ++i) {
-        Frame frame(60, 80);
-        for (int r = 0; r < frame.rows; ++r)
-            for (int c = 0; c < frame.cols; ++c)
-                frame(r, c) = cv::saturate_cast<unsigned short>(value(i, r, c));
-        meter.add(frame);
-    }
+    for (int i = 0; i < frames; ++i)
+        meter.add(
+            matrixOf<unsigned short>({80, 60}, [&](int row, int column) { return value(i, row, column); }));
     return meter.figures();
 }
 
@@ -80,11 +76,9 @@ TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
 TEST_F(Measures, PatternIsWhatStaysPerPixel)
 {
     const std::vector<double> offsets = normals(60 * 80, 25);
-    const auto offset = [&](int row, int column) {
-        return offsets[static_cast<std::size_t>(row * 80 + column)];
-    };
-    const NoiseFigures still =
-        figuresOf([&](int, int row, int column) { return 9000 + offset(row, column); });
+    const NoiseFigures still = figuresOf([&](int, int row, int column) {
+        return 9000 + offsets[static_cast<std::size_t>(row * 80 + column)];
+    });
     EXPECT_NEAR(still.pattern, 25, 6);
     EXPECT_EQ(still.temporal, 0);
     const NoiseFigures moving = figuresOf([&](int, int, int) { return 9000 + normal(25); });

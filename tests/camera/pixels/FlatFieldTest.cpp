@@ -4,18 +4,10 @@
 #include "camera/stages/Chain.h"
 #include "tests/Support.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
 namespace {
 
-using velmo::camera::Chain;
-using velmo::camera::FlatField;
-using velmo::camera::FlatLearner;
-using velmo::camera::Frame;
+using namespace velmo::camera;
+using Planes = std::vector<cv::Mat_<float>>;
 
 /// Each of its pixels has an offset and a gain of its own.
 class Sensor
@@ -55,7 +47,7 @@ TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
         learner.add(sensor.see(Sensor::wall(8000)));
         if (spread > 0)
             learner.addOther(sensor.see(Sensor::wall(10000)));
-        velmo::camera::Calibration calibration;
+        Calibration calibration;
         calibration.flat = learner.learn();
         EXPECT_NE(calibration.flat.defects(7, 5) & 64, 0);
         EXPECT_EQ(cv::countNonZero(calibration.flat.defects), spread > 0 ? 2 : 1);
@@ -79,55 +71,51 @@ TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
 
 TEST(FlatField, ClampsAndSaysWhichSizesDiffer)
 {
-    velmo::camera::Calibration calibration;
+    Calibration calibration;
     calibration.flatOrigin = "wall.npy";
+    const auto plane = [](float a, float b, float c) { return cv::Mat_<float>({1, 3}, {a, b, c}); };
     calibration.flat =
-        FlatField::fromPlanes({cv::Mat_<float>({1, 3}, {100, 200, 300}), cv::Mat_<float>({1, 3}, {2, 1, 1}),
-                               cv::Mat_<float>({1, 3}, {0, 0, 0})},
-                              "wall.npy");
+        FlatField::fromPlanes({plane(100, 200, 300), plane(2, 1, 1), plane(0, 0, 0)}, "wall.npy");
     Chain chain({}, calibration);
     Frame frame = (Frame(1, 3) << 0, 5, 65535);
     chain.apply(frame);
-    EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()), testing::ElementsAre(0, 5, 65435));
+    EXPECT_THAT(frame, ElementsAre(0, 5, 65435));
     frame = (Frame(1, 3) << 150, 65535, 50);
     chain.apply(frame);
-    EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()), testing::ElementsAre(300, 65535, 0));
+    EXPECT_THAT(frame, ElementsAre(300, 65535, 0));
     Frame other(2, 2);
     EXPECT_EQ(refusal([&] { chain.apply(other); }).message,
               "wall.npy: a flat field of 3x1 for frames of 2x2");
     calibration.badPixels = {{{3, 0}, {}}};
-    EXPECT_THAT(refusal([&] {
-                    calibration.flat.defects(0) = 1;
-                    Chain({}, calibration);
-                }).message,
-                testing::HasSubstr("x=3 y=0 is outside the flat field of 3x1"));
+    calibration.flat.defects(0) = 1;
+    EXPECT_THAT(refusal([&] { Chain({}, calibration); }).message,
+                HasSubstr("x=3 y=0 is outside the flat field of 3x1"));
 }
 
 TEST(FlatField, RefusesWhatIsNone)
 {
     const cv::Mat_<float> zero = cv::Mat_<float>::zeros(6, 6), one(6, 6, 1.0F), no(6, 6, std::nanf(""));
-    const std::pair<std::vector<cv::Mat_<float>>, const char*> wrong[] = {
-        {{zero, one}, "three planes"},
-        {{zero, one, zero.row(0)}, "of one size"},
-        {{no, one, zero}, "first plane"},
-        {{-one, one, zero}, "first plane"},
-        {{zero, zero, zero}, "second plane"},
-        {{zero, no, zero}, "second plane"},
-        {{zero, one, 65536 * one}, "third plane"},
-        {{zero, one, one}, "without a good pixel"}};
+    const std::pair<Planes, const char*> wrong[] = {{{zero, one}, "three planes"},
+                                                    {{zero, one, zero.row(0)}, "of one size"},
+                                                    {{no, one, zero}, "first plane"},
+                                                    {{-one, one, zero}, "first plane"},
+                                                    {{zero, zero, zero}, "second plane"},
+                                                    {{zero, no, zero}, "second plane"},
+                                                    {{zero, one, 65536 * one}, "third plane"},
+                                                    {{zero, one, one}, "without a good pixel"}};
+    const auto make = [](const Planes& planes) { FlatField::fromPlanes(planes, "flat"); };
     for (const auto& [planes, message] : wrong)
-        EXPECT_THAT(refusal([&, &given = planes] { FlatField::fromPlanes(given, "flat"); }).message,
-                    testing::HasSubstr(message));
+        EXPECT_THAT(refusal(make, planes).message, HasSubstr(message));
 
     FlatLearner learner;
-    EXPECT_THAT(refusal([&] { learner.learn(); }).message, testing::HasSubstr("without a frame"));
+    EXPECT_THAT(refusal([&] { learner.learn(); }).message, HasSubstr("without a frame"));
     EXPECT_THROW(learner.add(Frame(4, 4)), Exception); // and is not taken for the first one
-    const Sensor sensor(0.1);
-    learner.add(sensor.see(Sensor::wall(8000)));
+    const Frame seen = Sensor(0.1).see(Sensor::wall(8000));
+    learner.add(seen);
     EXPECT_THAT(refusal([&] { learner.addOther(Frame(24, 31)); }).message,
-                testing::HasSubstr("31x24 at one temperature, of 32x24 at the other"));
-    learner.addOther(Sensor(0.1).see(Sensor::wall(8000)));
-    EXPECT_THAT(refusal([&] { learner.learn(); }).message, testing::HasSubstr("no gains can be learnt"));
+                HasSubstr("31x24 at one temperature, of 32x24 at the other"));
+    learner.addOther(seen);
+    EXPECT_THAT(refusal([&] { learner.learn(); }).message, HasSubstr("no gains can be learnt"));
 }
 
 } // namespace

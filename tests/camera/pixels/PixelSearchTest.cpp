@@ -54,14 +54,18 @@ Frames scene(unsigned seed, int count = 40)
     for (int n = 0; n < count; ++n) {
         const cv::Point at(25 + static_cast<int>(20 * std::sin(0.21 * n)),
                            20 + static_cast<int>(15 * std::cos(0.3 * n)));
-        Frame frame(96, 128);
-        for (int y = 0; y < frame.rows; ++y)
-            for (int x = 0; x < frame.cols; ++x)
-                frame(y, x) = clip(world(y + at.y, x + at.x) + stripes[static_cast<std::size_t>(x)] +
-                                   2 * random.normal());
-        frames.push_back(frame);
+        frames.push_back(matrixOf<unsigned short>({128, 96}, [&](int y, int x) {
+            return clip(world(at + cv::Point(x, y)) + stripes[static_cast<std::size_t>(x)] +
+                        2 * random.normal());
+        }));
     }
     return frames;
+}
+
+double median(std::vector<double> values)
+{
+    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+    return values[values.size() / 2];
 }
 
 /// The median distance of the 5 x 5 values around a pixel from their median; of several frames, their median.
@@ -70,26 +74,21 @@ double deviationAt(const Frames& frames, cv::Point at)
     const cv::Rect box = cv::Rect(at.x - 2, at.y - 2, 5, 5) & cv::Rect({}, frames[0].size());
     std::vector<double> all;
     for (std::size_t n = 0; n < frames.size(); n += 8) {
-        const Frame part = frames[n](box).clone();
+        const Frame part = frames[n](box);
         std::vector<double> values(part.begin(), part.end());
-        for (int pass = 0; pass < 2; ++pass) {
-            std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-            const double middle = values[values.size() / 2];
-            if (pass == 1)
-                all.push_back(middle);
-            for (double& value : values)
-                value = std::abs(value - middle);
-        }
+        const double middle = median(values);
+        for (double& value : values)
+            value = std::abs(value - middle);
+        all.push_back(median(values));
     }
-    std::nth_element(all.begin(), all.begin() + all.size() / 2, all.end());
-    return std::max(1.0, all[all.size() / 2]);
+    return std::max(1.0, median(all));
 }
 
 double spreadInTime(const Frames& frames, cv::Point at)
 {
-    cv::Mat_<double> values(1, static_cast<int>(frames.size()));
-    for (std::size_t n = 0; n < frames.size(); ++n)
-        values(static_cast<int>(n)) = frames[n](at);
+    std::vector<double> values;
+    for (const Frame& frame : frames)
+        values.push_back(frame(at));
     cv::Scalar mean, deviation;
     cv::meanStdDev(values, mean, deviation);
     return deviation[0];
@@ -253,9 +252,8 @@ TEST(PixelSearch, TakesABlindColumnForDeadButNotALampThatSaturates)
         cv::Mat_<float> lamp(frame.size(), 0.0F);
         cv::circle(lamp, {40, 40}, 4, 30000, cv::FILLED);
         cv::GaussianBlur(lamp, lamp, {}, 1.1);
-        for (int y = 0; y < frame.rows; ++y)
-            for (int x = 0; x < frame.cols; ++x)
-                frame(y, x) = clip(frame(y, x) + lamp(y, x));
+        frame = matrixOf<unsigned short>(frame.size(),
+                                         [&](int y, int x) { return clip(frame(y, x) + lamp(y, x)); });
     }
     const PixelFindings findings = search(frames);
     EXPECT_EQ(cv::countNonZero(findings.faults.col(127) == Dead), 96);
@@ -266,9 +264,8 @@ TEST(PixelSearch, TakesTheShutterOff)
 {
     Random random(9);
     Frames frames = scene(7, 1);
-    Frame shutter(frames[0].size());
-    for (unsigned short& value : shutter)
-        value = static_cast<unsigned short>(4000 + random.below(3000));
+    const Frame shutter =
+        matrixOf<unsigned short>(frames[0].size(), [&](int, int) { return 4000 + random.below(3000); });
     frames[0] += shutter - 3000;
     frames[0](30, 30) += 400;
     PixelSearch search(shutter);

@@ -1,7 +1,6 @@
 #include "camera/stages/BadPixelStage.h"
 
-#include "camera/Settings.h"
-#include "tests/Support.h"
+#include "tests/camera/SettingsWith.h"
 
 namespace {
 
@@ -16,8 +15,7 @@ TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
     EXPECT_EQ(stage->name(), "bad pixels 2");
     Frame frame = (Frame(1, 3) << 10, 65535, 16);
     stage->apply(frame);
-    EXPECT_THAT(std::vector<int>(frame.begin(), frame.end()),
-                ElementsAre(65535, 11, 16)); // (26 * 8 + 20 * 14) / 44: above and below differ less
+    EXPECT_THAT(frame, ElementsAre(65535, 11, 16)); // (26 * 8 + 20 * 14) / 44: above and below differ less
 
     Frame narrow(1, 2), none;
     EXPECT_THROW(stage->apply(narrow), Exception);
@@ -43,14 +41,10 @@ TEST(BadPixelStage, FollowsEdges)
 
 TEST(BadPixelStage, LearnsOnTwentyFrames)
 {
-    Settings settings;
-    settings.set("pixels/records", "auto");
-    const auto stage = makeBadPixelStage(settings, {});
+    const auto stage = makeBadPixelStage(settingsWith({{"pixels/records", "auto"}}), {});
     for (int n = 0; n < 25; ++n) {
-        Frame frame(20, 30);
-        for (int y = 0; y < frame.rows; ++y)
-            for (int x = 0; x < frame.cols; ++x)
-                frame(y, x) = static_cast<unsigned short>(5000 + 40 * n + 3 * x + (x * 7 + y * 5 + n) % 4);
+        Frame frame = matrixOf<unsigned short>(
+            {30, 20}, [&](int y, int x) { return 5000 + 40 * n + 3 * x + (x * 7 + y * 5 + n) % 4; });
         frame(9, 12) = 0;
         const Frame before = frame.clone();
         stage->apply(frame);

@@ -52,10 +52,9 @@ TEST(Chain, HandsItsNumbersOnInTheirOrder)
 {
     Chain chain(settingsWith({{"noise/temporal", "3:700"}}));
     velmo::exp::vision::TemporalNoiseReduction<unsigned short> filter(3, 700);
+    std::mt19937 random(3);
     for (int i = 0; i < 3; ++i) {
-        Frame frame(8, 8);
-        cv::randu(frame, 1000, 1100);
-        Frame expected = frame.clone();
+        Frame frame = randomMat<unsigned short>({8, 8}, 1000, 1100, random), expected = frame.clone();
         chain.apply(frame);
         filter.process(expected);
         EXPECT_TRUE(same(frame, expected));

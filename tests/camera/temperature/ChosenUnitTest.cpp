@@ -32,15 +32,9 @@ TEST(ChosenUnit, ReadsObjectsAsTheirSurroundingsLeaveThem)
     // What looks like 30 degrees, solved by bisection from the forward form in double precision.
     const std::pair<Choices, double> objects[] = {
         {{{"temperature/emissivity", "0.95"}, {"temperature/reflected", "10"}}, 30.951826},
-        {{{"temperature/emissivity", "0.9"},
-          {"temperature/reflected", "-40"},
-          {"temperature/transmission", "0.9"},
-          {"temperature/air", "5:50"}},
-         37.821391},
         {{{"temperature/reflected", "10"}, {"temperature/transmission", "0.9"}},
          31.999760}, // air as mirrored
         {{{"temperature/distance", "100"}, {"temperature/air", "20:50"}}, 30.634578},
-        {{{"temperature/distance", "1000"}, {"temperature/air", "5:80"}}, 34.144502},
         {{{"temperature/window", "0.8:40"}}, 27.351819},
         {{{"temperature/emissivity", "0.5"}, {"temperature/band", "total"}}, 39.098150},
         {{{"temperature/emissivity", "0.5"}, {"temperature/band", "1300,1.2"}}, 39.255406}};
@@ -49,12 +43,10 @@ TEST(ChosenUnit, ReadsObjectsAsTheirSurroundingsLeaveThem)
         EXPECT_NEAR(unit.thermometer.read(30315), celsius, 1e-4) << unit.radiometry;
         EXPECT_EQ(unit.seen.celsius(30315), 30);
     }
-    EXPECT_NEAR(chosen({{"temperature/emissivity", "0.9"},
-                        {"temperature/reflected", "50"},
-                        {"temperature/degrees", "F"}},
-                       heron)
-                    .thermometer.read(17917),
-                23.874081 * 1.8 + 32, 1e-4);
+    const ChosenUnit mirror = chosen(
+        {{"temperature/emissivity", "0.9"}, {"temperature/reflected", "50"}, {"temperature/degrees", "F"}},
+        heron);
+    EXPECT_NEAR(mirror.thermometer.read(17917), 23.874081 * 1.8 + 32, 1e-4);
     EXPECT_THAT(
         chosen({{"temperature/emissivity", "0.9"}, {"temperature/window", "0.8:5"}}, heron).radiometry,
         AllOf(HasSubstr("0.9 mirror 20.0 °C"), HasSubstr("window of 5.0 °C"), HasSubstr("band 1501,1")));

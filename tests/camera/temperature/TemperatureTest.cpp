@@ -122,10 +122,8 @@ TEST(Radiometry, SeesTheObjectBehindWhatIsSeen)
 {
     // Found by bisecting the sum of radiances in double precision.
     const std::tuple<Radiometry::Settings, const char*, double, double, double> cases[] = {
-        {{0.98, 20, 1, 20, 1, 20}, "1430", 36.5, 36.193333103016, 30.194502963017},
         {{0.95, 20, 1, 20, 1, 20}, "1430,1", 60, 58.279549970305, 30.500904061554},
         {{0.3, 22, 1, 20, 1, 20}, "1430,1", 100, 50.453095754513, 46.687152717093},
-        {{0.9, -40, 0.9, 5, 1, 20}, "1428,1", -10, -10.539286812240, 37.826268696671},
         {{0.85, 25, 0.92, 15, 0.8, 30}, "1430,1", 150, 112.888123491793, 32.266890077376},
         {{0.98, 20, 1, 20, 1, 20}, "total", 36.5, 36.195001707398, 30.194017480959},
         {{0.6, 30, 0.97, 25, 1, 20}, "total", 800, 665.242038499800, 30.251113248949},
@@ -177,8 +175,6 @@ TEST(Radiometry, RefusesValuesBeyondTheirLimits)
 TEST(Radiometry, KnowsWhatAirLetsThrough)
 {
     const double cases[][4] = {{0, 20, 50, 1},
-                               {1, 20, 50, 0.993943136363},
-                               {100, 20, 50, 0.937454651438},
                                {100, -10, 80, 0.966533012751},
                                {1000, 20, 50, 0.786085214356},
                                {50, 35, 95, 0.902798811560}};
@@ -215,7 +211,6 @@ TEST(Thermometer, TurnsDegreesIntoValues)
         {"centikelvin", K, "303.3", {30330, 30330, 30331, 30329}},
         {"centikelvin", F, "86.27", {30330, 30330, 30331, 30329}},
         {"centikelvin", C, "7000n", {7000, 7000, 7001, 6999}},
-        {"centikelvin", C, "-273.15", {0, 0, 1, -1}},
         {"centikelvin", K, "0", {0, 0, 1, -1}},
         {"counts", C, "7000.5", {7001, 7000, 7001, 7000}},
         {"counts", C, "7000n", {7000, 7000, 7001, 6999}},
@@ -281,7 +276,6 @@ TEST(Thermometer, ReadsDifferencesWithoutAZeroPoint)
         return Thermometer(Scale::parse(unit), degrees).readDifference(10, around);
     };
     EXPECT_EQ(difference("counts", Degrees::Celsius, 5), 10);
-    EXPECT_NEAR(difference("centikelvin", Degrees::Celsius, 30000), 0.1, 1e-4);
     EXPECT_NEAR(difference("centikelvin", Degrees::Kelvin, 65535), 0.1, 1e-4);
     EXPECT_NEAR(difference("centikelvin", Degrees::Fahrenheit, 0), 0.18, 1e-4);
     // By the derivative of Planck's form at 28.7133 °C.
