@@ -33,7 +33,7 @@ class Films
 public:
     virtual ~Films() = default;
 
-    /// A film of grey values, 16 or 8 bits: Matroska, AVI, NUT or MP4.
+    /// A film of grey values, 16 or 8 bits: Matroska, AVI or NUT, by FFV1 or not packed.
     /// @param name  what messages call it
     virtual std::unique_ptr<ImageFile> open(ByteFile file, const std::string& name) const = 0;
 

@@ -9,7 +9,6 @@
 
 #include "core/Exception.h"
 
-#include <algorithm>
 #include <array>
 
 namespace velmo::recordings {
@@ -43,8 +42,6 @@ Kind kindOf(std::FILE* file)
     for (const char* const mark : {"\x1a\x45\xdf\xa3", "RIFF", "nut/mult"}) // Matroska, AVI, NUT
         if (beginsWith(mark))
             return Kind::Film;
-    if (begin.substr(std::min<std::size_t>(4, begin.size())) == "ftyp") // MP4, behind a length
-        return Kind::Film;
     return begin.size() > 1 && begin[0] == 'P' && begin[1] >= '2' && begin[1] <= '7' ? Kind::Netpbm
                                                                                      : Kind::Unknown;
 }
@@ -68,7 +65,7 @@ std::unique_ptr<ImageFile> openImageFile(const std::string& path)
     case Kind::Unknown:
         break;
     }
-    VELMO_THROW(path + ": not a PGM, PNG, TIFF or .npy file or a film");
+    VELMO_THROW(path + ": not a PGM, PNG, TIFF or .npy file or a film in Matroska, AVI or NUT");
 }
 
 std::optional<std::size_t> countImages(const std::string& path)

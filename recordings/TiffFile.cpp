@@ -7,12 +7,13 @@
 #include "core/Exception.h"
 
 #include <algorithm>
-#include <vector>
+#include <limits>
 
 namespace velmo::recordings {
 namespace {
 
 constexpr std::uint64_t tileBytes = 16 << 20; ///< what a tile may have that is larger than its page
+constexpr int mostTags = 256; ///< of a page: the time that libtiff needs for them grows with their square
 
 /// What a page says of its pixels.
 struct Page
@@ -47,14 +48,17 @@ class TiffFile : public ImageFile
 {
 public:
     TiffFile(ByteFile file, const std::string& name)
-        : m_pFile(std::move(file)), m_oTiff(m_pFile.get(), name, "rm"), m_strUnit(unitOfPage())
+        // O: tables of strips and tiles are read when they are needed.
+        : m_pFile(std::move(file)), m_oTiff(m_pFile.get(), name, "rmO"), m_strUnit(unitOfPage())
     {
+        requireShortDescription();
         // Walked once, so that a broken chain of pages is found before the first of them is used.
         m_nPages = isPage() ? 1 : 0;
         while (TIFFLastDirectory(m_oTiff) == 0) {
             readDirectory();
             m_nPages += isPage() ? 1 : 0;
         }
+        m_oTiff.allow(TiffHandle::descriptionBytes);
         if (TIFFSetDirectory(m_oTiff, 0) == 0)
             refuse();
         if (m_nPages > 0 && !isPage())
@@ -73,12 +77,13 @@ public:
         requireGrey(page);
         if ((page.type() >= CV_32F) != m_bDegrees)
             VELMO_THROW(m_oTiff.name() + ": has pages of counts and pages of degrees");
-        image = cv::Mat(static_cast<int>(page.height), static_cast<int>(page.width), page.type());
+        image = cv::Mat(static_cast<int>(page.height), static_cast<int>(page.width),
+                        page.type() < CV_32F ? CV_16U : CV_32F);
+        m_oTiff.allow(std::numeric_limits<std::uint64_t>::max());
         if (TIFFIsTiled(m_oTiff) != 0)
-            readTiles(image);
+            readTiles(image, page.type());
         else
-            readRows(image);
-        image.convertTo(image, image.depth() < CV_32F ? CV_16U : CV_32F);
+            readRows(image, page.type());
         return true;
     }
 
@@ -89,7 +94,8 @@ public:
 private:
     [[noreturn]] void refuse() const
     {
-        VELMO_THROW(m_oTiff.name() + ": not a whole TIFF: " + m_oTiff.error());
+        const std::string& error = m_oTiff.error();
+        VELMO_THROW(m_oTiff.name() + ": not a whole TIFF: " + (error.empty() ? "a page comes twice" : error));
     }
 
     std::string unitOfPage() const
@@ -107,8 +113,20 @@ private:
 
     void readDirectory()
     {
+        m_oTiff.allow(TiffHandle::descriptionBytes);
         if (TIFFReadDirectory(m_oTiff) == 0)
             refuse();
+        requireShortDescription();
+    }
+
+    void requireShortDescription() const
+    {
+        if (m_oTiff.wantedMore())
+            VELMO_THROW(m_oTiff.name() + ": what describes a page has more than " +
+                        std::to_string(TiffHandle::descriptionBytes) + " bytes");
+        if (TIFFGetTagListCount(m_oTiff) > mostTags)
+            VELMO_THROW(m_oTiff.name() + ": a page has " + std::to_string(TIFFGetTagListCount(m_oTiff)) +
+                        " tags, at most " + std::to_string(mostTags) + " are read");
     }
 
     void advance()
@@ -127,37 +145,40 @@ private:
                         " bits)");
     }
 
-    void readRows(cv::Mat& image)
+    void readRows(cv::Mat& image, int type)
     {
-        if (TIFFScanlineSize64(m_oTiff) != static_cast<std::uint64_t>(image.cols) * image.elemSize())
+        cv::Mat row(1, image.cols, type);
+        if (TIFFScanlineSize64(m_oTiff) != row.total() * row.elemSize())
             refuse();
         requirePackedSize(TIFFNumberOfStrips(m_oTiff), TIFFStripSize64(m_oTiff));
-        for (int r = 0; r < image.rows; ++r)
-            if (TIFFReadScanline(m_oTiff, image.ptr(r), static_cast<std::uint32_t>(r), 0) != 1)
+        for (int r = 0; r < image.rows; ++r) {
+            if (TIFFReadScanline(m_oTiff, row.data, static_cast<std::uint32_t>(r), 0) != 1)
                 refuse();
+            row.convertTo(image.row(r), image.type());
+        }
     }
 
-    void readTiles(cv::Mat& image)
+    void readTiles(cv::Mat& image, int type)
     {
         std::uint32_t width = 0;
         std::uint32_t height = 0;
         TIFFGetField(m_oTiff, TIFFTAG_TILEWIDTH, &width);
         TIFFGetField(m_oTiff, TIFFTAG_TILELENGTH, &height);
         requireImageSize(m_oTiff.name() + ": its tiles", width, height);
-        const std::uint64_t bytes = std::uint64_t{width} * height * image.elemSize();
-        if (bytes > std::max<std::uint64_t>(image.total() * image.elemSize(), tileBytes) ||
-            TIFFTileSize64(m_oTiff) != bytes)
+        const auto pixelBytes = static_cast<std::uint64_t>(CV_ELEM_SIZE(type));
+        const std::uint64_t bytes = width * height * pixelBytes;
+        if (bytes > std::max(image.total() * pixelBytes, tileBytes) || TIFFTileSize64(m_oTiff) != bytes)
             VELMO_THROW(m_oTiff.name() + ": its tiles of " + std::to_string(width) + "x" +
                         std::to_string(height) + " do not fit its pages");
         requirePackedSize(TIFFNumberOfTiles(m_oTiff), bytes);
-        cv::Mat tile(static_cast<int>(height), static_cast<int>(width), image.type());
+        cv::Mat tile(static_cast<int>(height), static_cast<int>(width), type);
         for (int y = 0; y < image.rows; y += tile.rows)
             for (int x = 0; x < image.cols; x += tile.cols) {
                 if (TIFFReadTile(m_oTiff, tile.data, static_cast<std::uint32_t>(x),
                                  static_cast<std::uint32_t>(y), 0, 0) < 0)
                     refuse();
                 const cv::Rect inside = cv::Rect({x, y}, tile.size()) & cv::Rect({}, image.size());
-                tile(cv::Rect({}, inside.size())).copyTo(image(inside));
+                tile(cv::Rect({}, inside.size())).convertTo(image(inside), image.type());
             }
     }
 

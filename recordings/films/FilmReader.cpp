@@ -11,6 +11,8 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <algorithm>
+
 namespace velmo::recordings {
 namespace {
 
@@ -34,12 +36,42 @@ cv::Mat greyValues(AVFrame& frame, const std::string& name)
     return image;
 }
 
+/// Packed by FFV1 or not at all: other decoders keep many pictures, as many as the film wants.
+const AVCodecParameters& grey(const AVCodecParameters& parameters, const std::string& name)
+{
+    if (parameters.codec_id != AV_CODEC_ID_FFV1 && parameters.codec_id != AV_CODEC_ID_RAWVIDEO)
+        VELMO_THROW(name + ": not a film of grey values (it is packed by " +
+                    avcodec_get_name(parameters.codec_id) + "; ffv1 or nothing is read)");
+    return parameters;
+}
+
+constexpr std::size_t mostSlices = 64;
+
+/// How many slices FFV1 finds in a packet: each has its size at its end, before so many bytes.
+std::size_t slicesOf(const AVPacket& packet, int bytesBehind)
+{
+    std::size_t slices = 0;
+    for (std::int64_t left = packet.size; left > 3 + bytesBehind; ++slices) {
+        const std::uint8_t* const size = packet.data + left - 3 - bytesBehind;
+        left -= 3 + bytesBehind + (size[0] << 16 | size[1] << 8 | size[2]);
+    }
+    return slices;
+}
+
+/// FFV1 keeps up to 2 MiB for each slice, whatever the size of the pictures.
+void requireFewSlices(const AVPacket& packet, const AVCodecParameters& parameters, const std::string& name)
+{
+    const bool sliced = parameters.codec_id == AV_CODEC_ID_FFV1 && parameters.extradata_size > 0;
+    if (sliced && std::max(slicesOf(packet, 0), slicesOf(packet, 5)) > mostSlices)
+        VELMO_THROW(name + ": its pictures have more than " + std::to_string(mostSlices) + " slices");
+}
+
 class FilmReader : public ImageFile
 {
 public:
     FilmReader(ByteFile file, const std::string& name)
-        : m_pFile(std::move(file)), m_strName(name), m_oInput(m_pFile.get(), name),
-          m_oDecoder(*m_oInput.film().codecpar, name)
+        : m_pFile(std::move(file)), m_strName(name), m_oInput(m_pFile.get(), name, Origin::Elsewhere),
+          m_oDecoder(grey(*m_oInput.film().codecpar, name), name)
     {}
 
     bool next(cv::Mat& image) override
@@ -48,6 +80,8 @@ public:
             if (m_bEnded)
                 return false;
             m_bEnded = !m_oInput.next(*m_pPacket);
+            if (!m_bEnded)
+                requireFewSlices(*m_pPacket, *m_oInput.film().codecpar, m_strName);
             m_oDecoder.send(m_bEnded ? nullptr : m_pPacket.get());
         }
         image = greyValues(*m_pImage, m_strName);

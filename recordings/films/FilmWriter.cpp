@@ -137,7 +137,7 @@ private:
         if (std::fflush(m_oFile.get()) != 0 || std::ferror(m_oFile.get()) != 0)
             m_oFile.refuse();
         std::rewind(m_oFile.get());
-        LibavInput film(m_oFile.get(), m_oFile.name());
+        LibavInput film(m_oFile.get(), m_oFile.name(), Origin::Here);
         std::size_t images = 0;
         while (film.next(*m_pPacket))
             ++images;

@@ -45,10 +45,11 @@ std::vector<Picture> pictures(cv::Size size)
 class FilmFiles : public FilesTest
 {
 protected:
-    void film(const std::string& name, Container container, double fps,
-              const std::vector<Picture>& images) const
+    void film(const std::string& name, Container container, double fps, const std::vector<Picture>& images,
+              const std::string& unit = "") const
     {
         FilmFormat format;
+        format.unit = unit;
         format.container = container;
         format.fps = fps;
         const auto writer = films().create({path(name), name}, format);
@@ -145,12 +146,26 @@ TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
 {
     film("colour.mp4", Container::Mp4, 9, pictures({16, 16}));
     film("colour.mkv", Container::Mkv, 9, pictures({16, 16}));
-    film("cut.avi", Container::Avi, 9, pictures({16, 16}));
-    std::filesystem::resize_file(path("cut.avi"), 1500);
+    film("jpeg.avi", Container::Avi, 9, pictures({16, 16}));
+    film("words.mkv", Container::Mkv, 9, pictures({16, 16}), std::string(100000, 'u'));
+    const std::string ffv1 =
+        "ffmpeg -v error -f lavfi -i mandelbrot=s=512x512 -frames:v 1 -pix_fmt gray -c:v ffv1 ";
+    EXPECT_EQ(said(ffv1 + "-level 3 -slices 72 " + path("slices.mkv")), "");
+    EXPECT_EQ(said(ffv1 + path("cut.avi")), "");
+    std::filesystem::resize_file(path("cut.avi"), 15000);
     put("list.nut", "nut/multimedia container");
-    for (const char* const name : {"colour.mp4", "colour.mkv", "cut.avi", "list.nut"})
+    const std::pair<const char*, const char*> refused[] = {
+        {"colour.mp4", "a film in Matroska"},
+        {"colour.mkv", "bgr0"},
+        {"jpeg.avi", "mjpeg"},
+        {"words.mkv", "98304 bytes beside its pictures"},
+        {"slices.mkv", "64 slices"},
+        {"cut.avi", ": cut off"},
+        {"list.nut", "list.nut"},
+    };
+    for (const auto& [name, why] : refused)
         EXPECT_THAT(refusal([&] { valuesIn(path(name)); }).message,
-                    testing::AllOf(HasSubstr(name), testing::Not(HasSubstr("\n"))));
+                    testing::AllOf(HasSubstr(name), HasSubstr(why), testing::Not(HasSubstr("\n"))));
     const auto counts = films().create({path("counts.avi"), "counts.avi"}, {});
     EXPECT_THROW(counts->write(Frame(4, 4, 7)), Exception); // would lose bits
 }

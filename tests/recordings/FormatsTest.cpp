@@ -194,6 +194,13 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
         EXPECT_THAT(refusalOf("a.npy"), HasSubstr(why));
     }
 
+    writeAll(createTiff(output("words.tif"), 1, std::string(5 << 20, 'a')), {Frame(1, 1, 7)});
+    std::string tags("II*\0\x8\0\0\0\x2c\1", 10); // 300 of them, the first describe a page
+    for (int i = 0; i < 300; ++i) {
+        const int tag = i < 24 ? 256 + i : 40000 + i;
+        tags += {static_cast<char>(tag & 255), static_cast<char>(tag >> 8), 3, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+    }
+
     writePng(output("good.png"), Frame(9, 9, 7));
     const std::string good = bytes("good.png");
     std::string large = good;
@@ -213,6 +220,8 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
         {"texts take more than 16 MiB", std::string(good).insert(33, "\x55\1\1\1tEXt")},
         {"TIFF", "II*\0"},
         {"TIFF", std::string("II*\0\x8\0\0\0\1\0", 10)},
+        {"more than 4194304 bytes", bytes("words.tif")},
+        {"tags, at most 256", tags + std::string(4, '\0')},
         {"4 frames of 8 bytes, behind it are 7 bytes", npy(u2 + "(4, 2, 2)}", "1234567")},
         {"16385x1 pixels", npy(u2 + "(1, 1, 16385)}", "12")},
         {"up to 4294967295", npy(u2 + "(99999999999, 1, 1)}", "12")},
