@@ -53,6 +53,8 @@ std::vector<PixelCorrInfo> DistortionCorrection::loadPixelCorrInfoFromPxm(const 
         VELMO_THROW("Distortion data width does not fit to the expected image width!");
 
     std::vector<PixelCorrInfo> records;
+    if (map.empty()) // rows without a pixel may be two thousand million
+        return records;
     records.reserve(map.total());
     for (int r = 0; r < map.rows; ++r)
         for (int c = 0; c < map.cols; ++c) {
