@@ -77,12 +77,38 @@ void LineMeans::shrink(float deviation, float trust, Line& stripes)
             std::abs(means[i]) > largest ? 0 : means[i] * likely / (likely + doubts[i] + 1e-9F) * trust;
 }
 
-void LineMeans::learn(float noise, float share, Line& stripes) const
+float LineMeans::white()
 {
-    const float prior = square(0.5F * noise), largest = 3 * 0.5F * noise;
+    const int lines = static_cast<int>(means.size());
+    const auto at = [&](int i) { return means[static_cast<std::size_t>(mirrored(i, lines))]; };
+    const auto smooth = [&](int i) { return 0.25F * (at(i - 1) + 2 * at(i) + at(i + 1)); };
+    // Second differences of neighbours, and of what is smooth two apart: of white lines of deviation 1.
+    constexpr float fFine = 2.44949F, fCoarse = 1.32288F;
+    const auto deviation = [&](auto&& difference, float ofWhite) {
+        m_vecCopy.clear();
+        for (int i = 0; i < lines; ++i)
+            m_vecCopy.push_back(std::abs(difference(i)));
+        return fNormal * quantile(m_vecCopy, 0.5) / ofWhite;
+    };
+    const float fine = deviation([&](int i) { return at(i - 1) - 2 * at(i) + at(i + 1); }, fFine);
+    const float coarse =
+        deviation([&](int i) { return smooth(i - 2) - 2 * smooth(i) + smooth(i + 2); }, fCoarse);
+    const float ratio = coarse / std::max(fine, 1e-6F);
+    // Slats and gratings have more in one of the two.
+    const float sure = std::clamp(std::min((1.7F - ratio) / 0.4F, (ratio - 0.5F) / 0.25F), 0.0F, 1.0F);
+    return sure * std::sqrt(std::min(square(fine), common));
+}
+
+void LineMeans::learn(float noise, float most, float share, Line& stripes)
+{
+    const float faint = square(0.5F * noise), deviation = std::min(white(), most),
+                prior = square(deviation) + 1e-9F;
     for (std::size_t i = 0; i < stripes.size(); ++i) {
-        const float sure = prior / (prior + doubts[i]) *
-                           std::max(0.0F, 1 - square(means[i] / largest)); // larger ones are objects
+        // Larger ones are objects.
+        const float small = std::max(0.0F, 1 - square(means[i] / (3 * 0.5F * noise)));
+        const float usual =
+            std::clamp((4 * deviation - std::abs(means[i])) / (1.5F * deviation + 1e-9F), 0.0F, 1.0F);
+        const float sure = std::max(faint / (faint + doubts[i]) * small, prior / (prior + doubts[i]) * usual);
         stripes[i] = towards(stripes[i], means[i] * sure, share);
     }
 }

@@ -32,10 +32,14 @@ struct LineMeans
     /// @param trust      that it is this scene
     void shrink(float deviation, float trust, Line& stripes);
 
-    /// Stripes that stay, and are no larger than noise: moves them towards the means by a share.
-    void learn(float noise, float share, Line& stripes) const;
+    /// Stripes that stay: moves them towards the means by a share. They are no larger than noise, or as large
+    /// as those of most lines are where these are white, as a lens makes no scene.
+    /// @param most  so large they may be
+    void learn(float noise, float most, float share, Line& stripes);
 
 private:
+    float white();
+
     Line m_vecSegment, m_vecCopy; ///< memory
 };
 

@@ -266,7 +266,9 @@ void Denoiser::findFixedStripes()
     if (m_fNoise < fLeastNoise)
         return;
     const float scale = fLaneUnits / m_fNoise;
-    constexpr int limit = static_cast<int>(9 * 3 * fLaneUnits), count = LineMeans::s32Segments;
+    constexpr int count = LineMeans::s32Segments;
+    // Nine times as much, in 16 bits.
+    const int limit = static_cast<int>(std::min(32000.0F, 9 * 3 * scale * std::max(m_fNoise, m_fDeviation)));
     const float unit = 1 / (9 * scale);
     const float share = std::max(0.3F, std::min(1.0F, m_fChanged));
 
@@ -283,7 +285,7 @@ void Denoiser::findFixedStripes()
         ++m_oColumnMeans.pixels[s];
     }
     m_oColumnMeans.average(unit, 0);
-    m_oColumnMeans.learn(m_fNoise, share, m_vecFixedColumns);
+    m_oColumnMeans.learn(m_fNoise, m_fDeviation, share, m_vecFixedColumns);
 
     m_oRowMeans.clear(m_vecFixedRows.size());
     short* nine = m_oSums[0];
@@ -305,7 +307,7 @@ void Denoiser::findFixedStripes()
         }
     }
     m_oRowMeans.average(unit, 0);
-    m_oRowMeans.learn(m_fNoise, share, m_vecFixedRows);
+    m_oRowMeans.learn(m_fNoise, m_fDeviation, share, m_vecFixedRows);
 
     for (std::size_t c = 0; c < m_vecFixedColumns.size(); ++c)
         m_vecFixedLanes[c] = static_cast<short>(std::lround(m_vecFixedColumns[c] * scale));

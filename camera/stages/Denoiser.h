@@ -32,7 +32,8 @@ struct DenoiseStrength
 /// 4. Change: where r has more energy than noise in five by five pixels, in one, or in their sum, or where
 ///    the shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then
 ///    a running mean.
-/// 5. Stripes that stay: the same segments, against the nine pixels around, in E; only as large as noise.
+/// 5. Stripes that stay: the same segments, against the nine pixels around, in E; only as large as its
+///    noise, or as that of a frame where most lines have them and they are white.
 /// 6. Noise in E: the energy of its finest diagonal octave where the next octave has least.
 /// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise, or are on a
 /// slope

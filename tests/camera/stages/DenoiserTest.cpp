@@ -105,6 +105,20 @@ TEST(Denoiser, DoesNotRunAwayFromStripesOfItsOwnMaking)
     EXPECT_LE(late.clean, 0.3 * late.raw);
 }
 
+TEST(Denoiser, TakesOffStripesAsLargeAsNoiseButNoSlats)
+{
+    EXPECT_LE(errorsOf({5, false, 1.2}, still, 20, 40).clean, 3.5);
+    for (const float height : {40.0F, 200.0F}) {
+        Values slats = wall();
+        for (int left = 0; left < size.width; left += 6)
+            slats = with(slats, cv::Rect(left, 0, 3, size.height), height);
+        cv::GaussianBlur(slats, slats, {}, 0.6); // by the lens
+        const Errors errors = errorsOf(
+            {5}, [&](int) { return slats.clone(); }, 20, 40);
+        EXPECT_LE(errors.clean, 0.3 * errors.raw) << height;
+    }
+}
+
 TEST(Denoiser, KeepsAPostAndABeamFromEdgeToEdge)
 {
     // To a filter that takes the column's mean off every frame, a post is a stripe.
