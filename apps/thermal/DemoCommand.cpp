@@ -44,9 +44,11 @@ struct DemoOptions
     TableFormat format;
 };
 
-/// The stream as one stage of the chain left it.
+/// The stream as one stage of a chain left it.
 struct Exhibit
 {
+    std::string name;
+    double microseconds = 0;
     NoiseMeter before;
     NoiseMeter after;
     Frame last;
@@ -63,21 +65,39 @@ Calibration calibrate(const Frame& shutter)
             "centikelvin"};
 }
 
-/// The camera's stream through the chain, looked at between the stages.
+/// The settings of a camera that one would use, and those of the single filters of the library.
+Settings usual()
+{
+    Settings settings;
+    settings.set("noise/denoise", "normal");
+    return settings;
+}
+
+Settings single()
+{
+    Settings settings;
+    settings.set("noise/pattern", "45:31:16");
+    settings.set("noise/temporal", "16:1843");
+    settings.set("noise/spatial", 10);
+    settings.set("frame/downsize", "160x120");
+    return settings;
+}
+
+/// The camera's stream through two chains, looked at between the stages. The second one gets the frames whose
+/// bad pixels the first has replaced.
 class Tour
 {
 public:
-    Tour()
+    enum : std::size_t
     {
-        Settings settings;
-        // More than --denoise does: this camera is noisier than most, so that the eye can follow.
-        settings.set("noise/pattern", "45:31:16");
-        settings.set("noise/temporal", "16:1843");
-        settings.set("noise/spatial", 10);
-        settings.set("frame/downsize", "160x120");
-        m_oChain = Chain(settings, calibrate(m_oCamera.shutter()));
-        m_vecExhibits.resize(m_oChain.size());
-    }
+        Mended,
+        Denoised
+    };
+
+    Tour()
+        : m_oUsual(usual(), calibrate(m_oCamera.shutter())), m_oSingle(single()),
+          m_vecExhibits(m_oUsual.size() + m_oSingle.size())
+    {}
 
     /// @param recording  gets the raw frames, if it is not null
     void run(bool quiet, ImageWriter* recording)
@@ -87,20 +107,23 @@ public:
             if (recording != nullptr)
                 recording->write(frame);
             m_oRaw = frame.clone();
-            apply(frame, index++ >= nLearn);
+            const bool measured = index++ >= nLearn;
+            apply(m_oUsual, m_oRaw, 0, measured);
+            apply(m_oSingle, m_vecExhibits[Mended].last, m_oUsual.size(), measured);
         });
     }
 
     const Frame& raw() const { return m_oRaw; }
-    const Chain& chain() const { return m_oChain; }
     const std::vector<Exhibit>& exhibits() const { return m_vecExhibits; }
 
 private:
-    void apply(Frame& frame, bool measured)
+    void apply(Chain& chain, const Frame& in, std::size_t first, bool measured)
     {
-        Frame before = m_oRaw;
-        m_oChain.apply(frame, [&](std::size_t i, const Frame& after) {
-            Exhibit& exhibit = m_vecExhibits[i];
+        Frame before = in, frame = in.clone();
+        chain.apply(frame, [&](std::size_t i, const Frame& after) {
+            Exhibit& exhibit = m_vecExhibits[first + i];
+            exhibit.name = chain.name(i);
+            exhibit.microseconds = chain.microseconds(i);
             exhibit.last = after.clone();
             if (measured) {
                 exhibit.before.add(before);
@@ -111,7 +134,7 @@ private:
     }
 
     Simulator m_oCamera{nFrames};
-    Chain m_oChain;
+    Chain m_oUsual, m_oSingle;
     std::vector<Exhibit> m_vecExhibits;
     Frame m_oRaw;
 };
@@ -137,11 +160,10 @@ Table tableOf(const Tour& tour, double paintTime)
                  {"after", "temporal_after", 2},
                  {"stripes before", "stripes_before", 2},
                  {"after", "stripes_after", 2}});
-    for (std::size_t i = 0; i < tour.exhibits().size(); ++i) {
-        const NoiseFigures before = tour.exhibits()[i].before.figures();
-        const NoiseFigures after = tour.exhibits()[i].after.figures();
-        table.add({tour.chain().name(i), tour.chain().microseconds(i), before.temporal, after.temporal,
-                   before.columns, after.columns});
+    for (const Exhibit& exhibit : tour.exhibits()) {
+        const NoiseFigures before = exhibit.before.figures(), after = exhibit.after.figures();
+        table.add({exhibit.name, exhibit.microseconds, before.temporal, after.temporal, before.columns,
+                   after.columns});
     }
     table.add({std::string("palettise Ironbow"), paintTime, dNone, dNone, dNone, dNone});
     return table;
@@ -212,14 +234,18 @@ void demo(const DemoOptions& options)
     Picture labelled;
     Legend(thermometer).draw(raw, colouring.table(), roomRange, labelled);
     gallery.show("raw", labelled);
-    for (std::size_t i = 0; i < tour.exhibits().size(); ++i)
-        gallery.compare(tour.chain().name(i), raw, colouring.paint(tour.exhibits()[i].last, roomRange));
+    for (const Exhibit& exhibit : tour.exhibits())
+        gallery.compare(exhibit.name, raw, colouring.paint(exhibit.last, roomRange));
+    const Frame& clean = tour.exhibits()[Tour::Denoised].last;
+    Settings toned;
+    toned.set("colours/palette", "Ironbow");
+    toned.set("colours/tone", "plateau");
+    gallery.compare("tone plateau, denoised", raw, Colouring(toned, thermometer).paint(clean, roomRange));
     Colouring grey(findPalette("Grayscale"));
     gallery.compare("palettise Ironbow", grey.paint(tour.raw(), roomRange), raw);
     gallery.finish();
     outputs.commit();
 
-    const Frame& clean = tour.exhibits()[tour.exhibits().size() - 2].last;
     tableOf(tour, paintMicroseconds(colouring, clean)).print(std::cout, options.format);
 }
 
