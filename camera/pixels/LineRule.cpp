@@ -2,20 +2,26 @@
 #include "camera/pixels/Robust.h"
 #include "camera/pixels/SearchRules.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <vector>
 
 namespace velmo::camera {
 namespace {
 
-/// How a row differs from its two neighbours.
+/// How a pixel differs from those of two other rows.
+using Away = std::array<float, 2>;
+
+/// How a row differs from its neighbours.
 struct Difference
 {
-    float mean = 0; ///< from both, the median along the row
+    float mean = 0; ///< the median along the row
     float both = 0; ///< from the nearer one, where both differ to the same side: horizons and borders do not
     float sameSide = 0;    ///< part of the pixels that differ to the side on which most do
-    float outstanding = 0; ///< part of the pixels that are defective, or far from both neighbours
+    float outstanding = 0; ///< part of the pixels that are defective, or far from both
 };
 
 /// Rows of the plane that are off. For columns everything comes transposed.
@@ -30,49 +36,64 @@ public:
     std::vector<float> find() const;
 
 private:
-    static constexpr int farPixel = 8;         ///< deviations
-    static constexpr float farRow = 8;         ///< usual differences
+    static constexpr int farPixel = 8;  ///< deviations
+    static constexpr float farRow = 8;  ///< usual differences
+    static constexpr float farEdge = 4; ///< deviations: the outermost rows of many cameras are off a little
     static constexpr float mostPixels = 0.8F;  ///< of a row on one side
     static constexpr float manyPixels = 0.15F; ///< outstanding, more than usual
     static constexpr float leastUsual = 0.15F; ///< rounding and the like
     static constexpr float leak = 0.15F;       ///< into the rows beside it: that is a thing of the scene
 
+    std::optional<Away> away(int row, int x) const;
     Difference differenceOf(int row) const;
     float step(int from, int to) const;
     bool leaks(int row, float both) const;
+    bool isEdge(int row) const { return row == 0 || row == m_oPlane.rows - 1; }
+    bool isClear(int row, float both) const;
 
     const Plane& m_oPlane;
     const Mask& m_oBad;
     const Plane& m_oDeviation;
 };
 
+/// From both sides; at an edge from the two rows beside it. Nothing where one of those is defective.
+std::optional<Away> Lines::away(int row, int x) const
+{
+    const int one = row == 0 ? 1 : row - 1, other = row == 0 ? 2 : isEdge(row) ? row - 2 : row + 1;
+    if (m_oBad(one, x) != 0 || m_oBad(other, x) != 0)
+        return {};
+    return Away{m_oPlane(row, x) - m_oPlane(one, x), m_oPlane(row, x) - m_oPlane(other, x)};
+}
+
+/// The lesser where both are on one side, or else 0.
+float nearer(const Away& away)
+{
+    if (away[0] * away[1] <= 0)
+        return 0;
+    return std::abs(away[0]) < std::abs(away[1]) ? away[0] : away[1];
+}
+
 Difference Lines::differenceOf(int row) const
 {
-    std::vector<float> fromAbove, fromBelow, means;
+    std::array<std::vector<float>, 2> from;
+    std::vector<float> means;
     int total = 0, outstanding = 0, up = 0;
     for (int x = 0; x < m_oPlane.cols; ++x) {
-        if (m_oBad(row, x) != 0) {
-            ++total;
+        const bool bad = m_oBad(row, x) != 0;
+        const auto differences = bad ? std::nullopt : away(row, x);
+        total += bad || differences ? 1 : 0;
+        if (!differences)
             continue;
-        }
-        if (row == 0 || row == m_oPlane.rows - 1 || m_oBad(row - 1, x) != 0 || m_oBad(row + 1, x) != 0)
-            continue;
-        const float above = m_oPlane(row, x) - m_oPlane(row - 1, x);
-        const float below = m_oPlane(row, x) - m_oPlane(row + 1, x);
-        fromAbove.push_back(above);
-        fromBelow.push_back(below);
-        means.push_back((above + below) / 2);
-        ++total;
-        up += above + below > 0 ? 1 : 0;
-        const bool far = std::min(std::abs(above), std::abs(below)) > farPixel * m_oDeviation(row, x);
-        outstanding += above * below > 0 && far ? 1 : 0;
+        for (std::size_t n = 0; n < from.size(); ++n)
+            from[n].push_back((*differences)[n]);
+        means.push_back(((*differences)[0] + (*differences)[1]) / 2);
+        up += means.back() > 0 ? 1 : 0;
+        outstanding += std::abs(nearer(*differences)) > farPixel * m_oDeviation(row, x) ? 1 : 0;
     }
     if (means.size() < 8)
         return {};
     const auto count = static_cast<float>(means.size());
-    const float above = medianOf(fromAbove), below = medianOf(fromBelow);
-    const float nearer = std::abs(above) < std::abs(below) ? above : below;
-    return {medianOf(means), above * below > 0 ? nearer : 0,
+    return {medianOf(means), nearer({medianOf(from[0]), medianOf(from[1])}),
             std::max(static_cast<float>(up), count - static_cast<float>(up)) / count,
             static_cast<float>(outstanding) / static_cast<float>(total)};
 }
@@ -92,6 +113,13 @@ bool Lines::leaks(int row, float both) const
 {
     const float beside = (step(row - 1, row - 2) + step(row + 1, row + 2)) / 2;
     return beside / (both + beside) > leak;
+}
+
+/// Enough for a row that has neighbours on one side alone.
+bool Lines::isClear(int row, float both) const
+{
+    std::vector<float> deviations(m_oDeviation[row], m_oDeviation[row] + m_oDeviation.cols);
+    return std::abs(both) > farEdge * medianOf(deviations);
 }
 
 std::vector<float> Lines::find() const
@@ -115,8 +143,8 @@ std::vector<float> Lines::find() const
         const float usual = std::max({medianOf(near), usualOfAll, leastUsual});
         const Difference& difference = differences[static_cast<std::size_t>(row)];
         const float out = difference.both / usual;
-        const bool off =
-            std::abs(out) > farRow && difference.sameSide > mostPixels && !leaks(row, difference.both);
+        const bool off = std::abs(out) > farRow && difference.sameSide > mostPixels &&
+                         !leaks(row, difference.both) && (!isEdge(row) || isClear(row, difference.both));
         if (off || difference.outstanding > manyPixels + usualPart)
             far[static_cast<std::size_t>(row)] = out == 0 ? 1 : out;
     }
