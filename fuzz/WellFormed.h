@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cctype>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -100,17 +101,15 @@ private:
 
     std::string_view name()
     {
-        const auto isPart = [](char c) {
-            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
-                   static_cast<unsigned char>(c) >= 128;
+        const auto isFirst = [](unsigned char c) { return std::isalpha(c) != 0 || c == '_' || c >= 128; };
+        const auto ends = [&](unsigned char c) {
+            return !isFirst(c) &&
+                   std::string_view("0123456789-.:").find(static_cast<char>(c)) == m_strRest.npos;
         };
-        std::size_t length = 0;
-        while (length < m_strRest.size() &&
-               (isPart(m_strRest[length]) ||
-                (length > 0 &&
-                 std::string_view("0123456789-.:").find(m_strRest[length]) != std::string_view::npos)))
-            ++length;
-        return taken(length);
+        if (m_strRest.empty() || !isFirst(static_cast<unsigned char>(m_strRest[0])))
+            return {};
+        const auto end = std::find_if(m_strRest.begin(), m_strRest.end(), ends);
+        return taken(static_cast<std::size_t>(end - m_strRest.begin()));
     }
 
     std::string_view taken(std::size_t length)

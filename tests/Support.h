@@ -66,16 +66,43 @@ inline bool same(const cv::Mat& a, const cv::Mat& b)
            (a.empty() || cv::norm(a.reshape(1), b.reshape(1), cv::NORM_INF) == 0);
 }
 
-/// A matrix of values from `low` to `high`, both included.
-template <class T>
-cv::Mat_<T> randomMat(cv::Size size, int low, int high, std::mt19937& random)
+/// Where inputs come from.
+class Random
 {
-    std::uniform_int_distribution<int> value(low, high);
-    cv::Mat_<T> matrix(size);
-    for (T& element : matrix)
-        element = static_cast<T>(value(random));
-    return matrix;
-}
+public:
+    explicit Random(unsigned seed) : m_oGenerator(seed) {}
+
+    int operator()(int low, int high) { return std::uniform_int_distribution<int>(low, high)(m_oGenerator); }
+    bool oneIn(int times) { return (*this)(1, times) == 1; }
+
+    template <class T>
+    T pick(std::initializer_list<T> values)
+    {
+        return values.begin()[(*this)(0, static_cast<int>(values.size()) - 1)];
+    }
+
+    template <class T>
+    std::vector<T> values(std::size_t count, int low = std::numeric_limits<T>::min(),
+                          int high = std::numeric_limits<T>::max())
+    {
+        std::vector<T> all(count);
+        std::generate(all.begin(), all.end(), [&] { return static_cast<T>((*this)(low, high)); });
+        return all;
+    }
+
+    /// A part of a larger matrix, so that its rows are padded.
+    template <class T>
+    cv::Mat_<T> frame(cv::Size size, int low, int high)
+    {
+        cv::Mat_<T> large(size.height + 2, size.width + 5, T(7));
+        cv::Mat_<T> part = large(cv::Rect({2, 1}, size));
+        std::generate(part.begin(), part.end(), [&] { return static_cast<T>((*this)(low, high)); });
+        return part;
+    }
+
+private:
+    std::mt19937 m_oGenerator;
+};
 
 /// A matrix of what `value` says of each row and column.
 template <class T, class Value>

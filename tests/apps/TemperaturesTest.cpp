@@ -62,9 +62,9 @@ TEST_F(Temperatures, OfSignedUnitsAreInOrderInsideAndInTwosComplementInFiles)
 
 TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
 {
-    std::mt19937 random(3);
+    Random random(3);
     for (int i = 0; i < 3; ++i)
-        write("run_" + std::to_string(i) + ".png", randomMat<unsigned short>({6, 4}, 0, 65535, random));
+        write("run_" + std::to_string(i) + ".png", random.frame<unsigned short>({6, 4}, 0, 65535));
     for (const std::string made : {"a.tiff", "a.npy", "a.raw", "a.mkv", "folder"}) {
         const std::string raw = made == "a.raw" ? " --raw 6x4" : "";
         said("clean run_0.png run_1.png run_2.png --unit kelvin/64 --out " + made +

@@ -1,9 +1,7 @@
 #include "camera/Camera.h"
 
 #include "tests/Allocations.h"
-#include "tests/camera/SettingsWith.h"
-
-using namespace velmo::camera;
+#include "tests/camera/Support.h"
 
 TEST(Camera, AllocatesNothingPerFrameOnceItRuns)
 {

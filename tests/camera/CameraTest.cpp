@@ -1,10 +1,8 @@
 #include "camera/Camera.h"
 
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 /// A wall, and a warm square that moves.
 Frame frameAt(int time)

@@ -2,13 +2,11 @@
 
 #include "camera/settings/Keys.h"
 #include "camera/settings/Reference.h"
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 #include <set>
 
 namespace {
-
-using namespace velmo::camera;
 
 Settings read(const std::string& text)
 {

@@ -3,44 +3,6 @@
 #include "core/Forms.h"
 #include "tests/Support.h"
 
-/// Where inputs come from.
-class Random
-{
-public:
-    explicit Random(unsigned seed) : m_oGenerator(seed) {}
-
-    int operator()(int low, int high) { return std::uniform_int_distribution<int>(low, high)(m_oGenerator); }
-    bool oneIn(int times) { return (*this)(1, times) == 1; }
-
-    template <class T>
-    T pick(std::initializer_list<T> values)
-    {
-        return values.begin()[(*this)(0, static_cast<int>(values.size()) - 1)];
-    }
-
-    template <class T>
-    std::vector<T> values(std::size_t count, int low = std::numeric_limits<T>::min(),
-                          int high = std::numeric_limits<T>::max())
-    {
-        std::vector<T> all(count);
-        std::generate(all.begin(), all.end(), [&] { return static_cast<T>((*this)(low, high)); });
-        return all;
-    }
-
-    /// A part of a larger matrix, so that its rows are padded.
-    template <class T>
-    cv::Mat_<T> frame(cv::Size size, int low, int high)
-    {
-        cv::Mat_<T> large(size.height + 2, size.width + 5, T(7));
-        cv::Mat_<T> part = large(cv::Rect({2, 1}, size));
-        std::generate(part.begin(), part.end(), [&] { return static_cast<T>((*this)(low, high)); });
-        return part;
-    }
-
-private:
-    std::mt19937 m_oGenerator;
-};
-
 /// What a form left behind: the bytes of everything it may write to, and of what lies around.
 class Left
 {

@@ -35,9 +35,7 @@ std::vector<Picture> pictures(cv::Size size)
         Picture& picture = all.emplace_back(size);
         for (int y = 0; y < size.height; ++y)
             for (int x = 0; x < size.width; ++x)
-                picture(y, x) =
-                    cv::Vec3b(static_cast<unsigned char>(30 * i), static_cast<unsigned char>(3 * x),
-                              static_cast<unsigned char>(255 - 5 * y));
+                picture(y, x) = cv::Vec3i(30 * i, 3 * x, 255 - 5 * y);
     }
     return all;
 }
@@ -45,15 +43,11 @@ std::vector<Picture> pictures(cv::Size size)
 class FilmFiles : public FilesTest
 {
 protected:
-    void film(const std::string& name, Container container, double fps, const std::vector<Picture>& images,
-              const std::string& unit = "") const
+    template <class Images>
+    void film(const std::string& name, const FilmFormat& format, const Images& images) const
     {
-        FilmFormat format;
-        format.unit = unit;
-        format.container = container;
-        format.fps = fps;
         const auto writer = films().create({path(name), name}, format);
-        for (const Picture& image : images)
+        for (const cv::Mat& image : images)
             writer->write(image);
         writer->finish();
     }
@@ -84,7 +78,7 @@ TEST_F(FilmFiles, HoldThePicturesAtTheRateThatWasAskedFor)
     };
     const std::vector<Picture> expected = pictures({33, 17});
     for (const auto& [name, container, fps, rate, size, largestError] : cases) {
-        film(name, container, fps, expected);
+        film(name, {container, fps, ""}, expected);
         EXPECT_EQ(said("ffprobe -v error -count_frames -show_entries "
                        "stream=width,height,avg_frame_rate,nb_read_frames -of csv=p=0 " +
                        path(name)),
@@ -117,13 +111,9 @@ TEST_F(FilmFiles, OfCountsGiveEveryBitBackWhoeverWroteThem)
     cv::randu(frames, 0, 65536);
     const std::string values(reinterpret_cast<const char*>(frames.data), 2 * frames.total());
 
-    FilmFormat format;
-    format.container = Container::Mkv;
-    format.unit = "kelvin/16";
-    const auto writer = films().create({path("ours.mkv"), "ours.mkv"}, format);
-    for (int i = 0; i < 3; ++i)
-        writer->write(frames.rowRange(21 * i, 21 * (i + 1)));
-    writer->finish();
+    const std::vector<cv::Mat> three{frames.rowRange(0, 21), frames.rowRange(21, 42),
+                                     frames.rowRange(42, 63)};
+    film("ours.mkv", {Container::Mkv, 9, "kelvin/16"}, three);
     std::string unit;
     EXPECT_TRUE(valuesIn(path("ours.mkv"), &unit) == values);
     EXPECT_EQ(unit, "kelvin/16");
@@ -144,10 +134,10 @@ TEST_F(FilmFiles, OfCountsGiveEveryBitBackWhoeverWroteThem)
 
 TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
 {
-    film("colour.mp4", Container::Mp4, 9, pictures({16, 16}));
-    film("colour.mkv", Container::Mkv, 9, pictures({16, 16}));
-    film("jpeg.avi", Container::Avi, 9, pictures({16, 16}));
-    film("words.mkv", Container::Mkv, 9, pictures({16, 16}), std::string(100000, 'u'));
+    film("colour.mp4", {Container::Mp4, 9, ""}, pictures({16, 16}));
+    film("colour.mkv", {Container::Mkv, 9, ""}, pictures({16, 16}));
+    film("jpeg.avi", {Container::Avi, 9, ""}, pictures({16, 16}));
+    film("words.mkv", {Container::Mkv, 9, std::string(100000, 'u')}, pictures({16, 16}));
     const std::string ffv1 =
         "ffmpeg -v error -f lavfi -i mandelbrot=s=512x512 -frames:v 1 -pix_fmt gray -c:v ffv1 ";
     EXPECT_EQ(said(ffv1 + "-level 3 -slices 72 " + path("slices.mkv")), "");
@@ -189,17 +179,17 @@ TEST_F(FilmFiles, PicturesOfEveryFormatAreThoseThatOthersSee)
     picture.convertTo(deep, CV_16U, 257);
     cv::cvtColor(picture, clear, cv::COLOR_BGR2BGRA);
     std::vector<std::string> names = {put("text.ppm", "P3 2 1 255 1 2 3 4 5 6\n")};
-    for (const auto& [name, image] : std::map<std::string, cv::Mat>{{"a.png", picture},
-                                                                    {"a.bmp", picture},
-                                                                    {"a.ppm", picture},
-                                                                    {"deep.png", deep},
-                                                                    {"deep.ppm", deep},
-                                                                    {"clear.png", clear},
-                                                                    {"grey.png", clear.reshape(1)},
-                                                                    {"grey.jpg", picture.reshape(1)}}) {
+    const auto store = [&](const char* name, const cv::Mat& image) {
         names.push_back(path(name));
         cv::imwrite(names.back(), image);
-    }
+    };
+    for (const char* name : {"a.png", "a.bmp", "a.ppm"})
+        store(name, picture);
+    for (const char* name : {"deep.png", "deep.ppm"})
+        store(name, deep);
+    store("clear.png", clear);
+    store("grey.png", clear.reshape(1));
+    store("grey.jpg", picture.reshape(1));
     for (int orientation = 1; orientation <= 8; ++orientation) {
         names.push_back(path("turned" + std::to_string(orientation) + ".jpg"));
         writeJpeg(names.back(), picture, orientation);

@@ -1,11 +1,10 @@
 #include "camera/colours/LegendBar.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
 
 using testing::ThrowsMessage;
-using namespace velmo::camera;
 
 const cv::Vec3b red(0, 0, 255);
 const Thermometer counts;

@@ -2,13 +2,11 @@
 
 #include "camera/colours/Legend.h"
 #include "camera/drawing/Text.h"
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 #include <set>
 
 namespace {
-
-using namespace velmo::camera;
 
 const Thermometer centikelvin(Scale::parse("centikelvin"));
 

@@ -1,10 +1,8 @@
 #include "camera/colours/Range.h"
 
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 const auto ruleOf = [](const char* rule) { return RangeRule(settingsWith({{"colours/range", rule}})); };
 

@@ -1,11 +1,9 @@
 #include "camera/colours/Colouring.h"
 #include "camera/colours/LegendBar.h"
 #include "camera/measures/FineNoise.h"
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 /// A slope of `rise` counts a pixel from the left to the right, with white noise.
 Frame slope(double level, double rise, double noise, unsigned seed = 1)

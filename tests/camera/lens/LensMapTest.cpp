@@ -1,10 +1,9 @@
 #include "camera/lens/LensMap.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
 
-using namespace velmo::camera;
 using namespace velmo::vision;
 
 DistortionCorrection whole(cv::Size size, const PixelCorrInfo& record)

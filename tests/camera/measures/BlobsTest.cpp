@@ -2,11 +2,9 @@
 
 #include "camera/measures/BlobPicture.h"
 #include "camera/measures/BlobTracker.h"
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 const BlobRule warm{1000, true, 1};
 

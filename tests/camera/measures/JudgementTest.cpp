@@ -1,13 +1,11 @@
 #include "camera/measures/Judgement.h"
 #include "camera/measures/Peers.h"
 #include "camera/measures/Simulation.h"
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 #include <opencv2/imgproc.hpp>
 
 namespace {
-
-using namespace velmo::camera;
 
 const auto idle = [] { return [](Frame&) {}; };
 

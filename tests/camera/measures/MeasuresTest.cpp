@@ -1,13 +1,11 @@
 #include "camera/measures/Fidelity.h"
 
 #include "camera/measures/Noise.h"
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 #include <opencv2/imgproc.hpp>
 
 namespace {
-
-using namespace velmo::camera;
 
 constexpr int s32Frames = 40;
 

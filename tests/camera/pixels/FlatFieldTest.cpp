@@ -2,11 +2,10 @@
 
 #include "camera/Settings.h"
 #include "camera/stages/Chain.h"
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
 
-using namespace velmo::camera;
 using Planes = std::vector<cv::Mat_<float>>;
 
 /// Each of its pixels has an offset and a gain of its own.

@@ -1,10 +1,8 @@
 #include "camera/pixels/PixelDetection.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 TEST(Pixels, MeasureNoiseInFractionsOfADigit)
 {

@@ -1,6 +1,6 @@
 #include "camera/pixels/PixelSearch.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -8,7 +8,6 @@
 
 namespace {
 
-using namespace velmo::camera;
 using Frames = std::vector<Frame>;
 
 class Random

@@ -1,11 +1,9 @@
 #include "camera/pixels/PixelStatistics.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 #include "tests/kernels/KernelTest.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 std::vector<KernelCase> kernels()
 {

@@ -1,10 +1,8 @@
 #include "camera/settings/Parse.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 TEST(Parse, TakesWholeNumbersAndNothingElse)
 {

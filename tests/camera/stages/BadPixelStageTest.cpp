@@ -1,10 +1,8 @@
 #include "camera/stages/BadPixelStage.h"
 
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
 {

@@ -1,12 +1,10 @@
 #include "camera/stages/Chain.h"
 
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
 namespace {
-
-using namespace velmo::camera;
 
 TEST(Chain, HasItsStagesInTheOrderInWhichTheyBuildOnEachOther)
 {
@@ -52,9 +50,9 @@ TEST(Chain, HandsItsNumbersOnInTheirOrder)
 {
     Chain chain(settingsWith({{"noise/temporal", "3:700"}}));
     velmo::exp::vision::TemporalNoiseReduction<unsigned short> filter(3, 700);
-    std::mt19937 random(3);
+    Random random(3);
     for (int i = 0; i < 3; ++i) {
-        Frame frame = randomMat<unsigned short>({8, 8}, 1000, 1100, random), expected = frame.clone();
+        Frame frame = random.frame<unsigned short>({8, 8}, 1000, 1100), expected = frame.clone();
         chain.apply(frame);
         filter.process(expected);
         EXPECT_TRUE(same(frame, expected));

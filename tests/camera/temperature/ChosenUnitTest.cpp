@@ -1,11 +1,10 @@
 #include "camera/temperature/ChosenUnit.h"
 
-#include "tests/camera/SettingsWith.h"
+#include "tests/camera/Support.h"
 
 namespace {
 
 using testing::AllOf;
-using namespace velmo::camera;
 
 using Choices = std::vector<std::pair<const char*, const char*>>;
 

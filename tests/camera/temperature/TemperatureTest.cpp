@@ -1,12 +1,11 @@
 #include "camera/settings/Parse.h"
 
 #include "camera/temperature/Thermometer.h"
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 namespace {
 
 using namespace testing;
-using namespace velmo::camera;
 
 using Edge = Thermometer::Edge;
 

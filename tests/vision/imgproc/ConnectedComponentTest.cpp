@@ -84,10 +84,9 @@ TEST(ConnectedComponent, CountsItsPointsAfterCopiesAndMoves)
     assigned = component;
     copy.addPoint({3, 3});
     ConnectedComponent moved(std::move(component));
-    for (const ConnectedComponent* heir : {&moved, &assigned}) {
-        EXPECT_TRUE(heir->getNrOfPoints() == 2 && heir->getLabel() == 7);
-        EXPECT_EQ(heir->getCenterOfGravity(), cv::Point2d(1.5, 1.5));
-    }
+    for (const ConnectedComponent* heir : {&moved, &assigned})
+        EXPECT_TRUE(heir->getNrOfPoints() == 2 && heir->getLabel() == 7 &&
+                    heir->getCenterOfGravity() == cv::Point2d(1.5, 1.5));
     EXPECT_EQ(component.getNrOfPoints(), 0U);
     EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(0, 0));
     component = std::move(copy);
@@ -109,17 +108,14 @@ TEST(ConnectedComponent, HasTheCornersAsItsHullCounterclockwise)
 TEST(ConnectedComponent, HasPrincipalComponentsWithTheRowFirst)
 {
     const auto line = blob({{0, 0}, {1, 0}, {2, 0}, {3, 0}}).getPCA();
-    EXPECT_FLOAT_EQ(line->mean.at<float>(0, 0), 0.0F);
-    EXPECT_FLOAT_EQ(line->mean.at<float>(0, 1), 1.5F);
-    EXPECT_NEAR(line->eigenvectors.at<float>(0, 0), 0, 1e-6);
+    EXPECT_THAT(cv::Mat_<float>(line->mean), ElementsAre(0, 1.5F));
     EXPECT_NEAR(std::abs(line->eigenvectors.at<float>(0, 1)), 1, 1e-6);
     EXPECT_NEAR(line->eigenvalues.at<float>(0), 1.25, 1e-6);
     EXPECT_NEAR(line->eigenvalues.at<float>(1), 0, 1e-6);
 
     // Two to the right for each one down.
     const auto slope = blob({{10, 20}, {12, 21}, {14, 22}}).getPCA();
-    EXPECT_FLOAT_EQ(slope->mean.at<float>(0, 0), 21.0F);
-    EXPECT_FLOAT_EQ(slope->mean.at<float>(0, 1), 12.0F);
+    EXPECT_THAT(cv::Mat_<float>(slope->mean), ElementsAre(21, 12));
     EXPECT_NEAR(slope->eigenvectors.at<float>(0, 1) / slope->eigenvectors.at<float>(0, 0), 2, 1e-5);
     EXPECT_EQ(blob({{5, 7}}).getPCA()->eigenvectors.rows, 1);
 }

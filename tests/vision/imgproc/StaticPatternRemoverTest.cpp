@@ -74,14 +74,14 @@ TEST(StaticPatternRemover, LearnsAsTheStepsSay)
 TEST(StaticPatternRemover, TakesItsParametersAsTheyAre)
 {
     // The low threshold is seven tenths, cut; values that differ where the others would be taken for them.
-    std::mt19937 random(3);
+    Random random(3);
     for (const auto& [threshold, low] : {std::pair(0, 0), {1, 0}, {10, 7}, {30, 21}, {49, 34}, {100, 70}}) {
         StaticPatternRemover remover(0, 0, 0);
         EXPECT_TRUE(remover.setThreshold(threshold) && remover.setLineLimit(9) && remover.setFrameLimit(31));
         cv::Mat_<int> columns = cv::Mat_<int>::zeros(1, 37), pixels = cv::Mat_<int>::zeros(11, 37);
-        const Frame fixed = randomMat<short>({37, 11}, 0, threshold + 40, random);
+        const Frame fixed = random.frame<short>({37, 11}, 0, threshold + 40);
         for (int n = 0; n < 60; ++n) {
-            Frame in = fixed + randomMat<short>(fixed.size(), 0, 5, random), expected;
+            Frame in = fixed + random.frame<short>(fixed.size(), 0, 5), expected;
             in(5, 7) = 32767; // saturated
             byTheSteps(in, expected, columns, pixels, {threshold, low, 9, 31});
             ASSERT_TRUE(same(corrected(remover, in), expected)) << threshold << ", frame " << n;

@@ -4,10 +4,14 @@
 
 #include "tests/Support.h"
 
+/// What tests of cameras need.
+
+using namespace velmo::camera;
+
 /// Settings with some keys set, by path and text.
-inline velmo::camera::Settings settingsWith(const std::vector<std::pair<const char*, const char*>>& values)
+inline Settings settingsWith(const std::vector<std::pair<const char*, const char*>>& values)
 {
-    velmo::camera::Settings settings;
+    Settings settings;
     for (const auto& [path, value] : values)
         settings.set(path, value);
     return settings;
