@@ -116,18 +116,21 @@ cv::Mat_<T> matrixOf(cv::Size size, Value value)
 }
 
 /// Each row is refused with a message that holds its words.
-/// @param call  takes the first of a row
-template <class Call>
-void expectRefused(const std::vector<std::pair<std::string, std::string>>& rows, Call call)
+/// @param call  takes what is given in a row, all but the words
+template <class... Given, class Call>
+void expectRefused(const std::vector<std::tuple<Given..., const char*>>& rows, Call call)
 {
-    for (const auto& [given, words] : rows)
-        EXPECT_THAT(refusal(call, given).message, HasSubstr(words)) << given;
+    for (const auto& row : rows)
+        std::apply(
+            [&](const Given&... given, const char* words) {
+                EXPECT_THAT(refusal(call, given...).message, HasSubstr(words)) << testing::PrintToString(row);
+            },
+            row);
 }
 
 /// A test with files, in a folder that is gone afterwards.
-class FilesTest : public testing::Test
+struct FilesTest : testing::Test
 {
-protected:
     std::string path(const std::string& name) const { return folder.path() / name; }
 
     /// Writes a file, and the folders above it; returns its path.

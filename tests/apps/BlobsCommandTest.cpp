@@ -2,9 +2,8 @@
 
 namespace {
 
-class BlobsCommand : public ProgramFixture
+struct BlobsCommand : ProgramFixture
 {
-protected:
     BlobsCommand()
     {
         for (int i = 0; i < 3; ++i) {

@@ -2,9 +2,8 @@
 
 namespace {
 
-class Convert : public ProgramFixture
+struct Convert : ProgramFixture
 {
-protected:
     void convert(const std::string& arguments) const { said("convert " + arguments); }
 };
 

@@ -7,9 +7,8 @@ namespace {
 
 using namespace velmo::camera;
 
-class Pixels : public ProgramFixture
+struct Pixels : ProgramFixture
 {
-protected:
     /// A wall whose level rises by 100 from frame to frame, with a faint gradient; then `spoil` has its way.
     template <class Spoil>
     void writeFrames(const std::string& name, int count, int level, Spoil spoil)

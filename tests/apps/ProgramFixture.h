@@ -21,9 +21,8 @@ struct ProgramRun
 };
 
 /// The program in a folder with files.
-class ProgramFixture : public FilesTest
+struct ProgramFixture : FilesTest
 {
-protected:
     using Frame = velmo::camera::Frame;
 
     void write(const std::string& name, const std::string& bytes) const { put(name, bytes); }

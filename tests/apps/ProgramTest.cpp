@@ -6,9 +6,8 @@ namespace {
 
 using testing::MatchesRegex;
 
-class Program : public ProgramFixture
+struct Program : ProgramFixture
 {
-protected:
     /// Frames of a warm square that moves over a gradient.
     void writeFrames(int count) const
     {

@@ -10,9 +10,8 @@
 namespace {
 
 /// What holds for every command: nothing lost, nothing hung.
-class Promises : public ProgramFixture
+struct Promises : ProgramFixture
 {
-protected:
     Promises()
     {
         for (const char* name : {"f.pgm", "in/frame_0000.png", "in/frame_0001.png", "g.png"}) {

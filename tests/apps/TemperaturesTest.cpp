@@ -5,9 +5,8 @@ namespace {
 
 using namespace testing;
 
-class Temperatures : public ProgramFixture
+struct Temperatures : ProgramFixture
 {
-protected:
     /// A wall of 20 °C in hundredths of a kelvin, on it a plate of 30 °C.
     void writePlate() const
     {

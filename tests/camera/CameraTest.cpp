@@ -33,14 +33,6 @@ TEST(Camera, ShowsWhatItCleansAndPaints)
     EXPECT_EQ(one.chain().size(), 1U);
 }
 
-TEST(Camera, ChangesNothingUnlessItIsTold)
-{
-    Camera camera;
-    EXPECT_EQ(camera.chain().size(), 0U);
-    EXPECT_TRUE(same(camera.clean(frameAt(0)), frameAt(0)));
-    EXPECT_EQ(camera.show(frameAt(0)).size(), cv::Size(60, 40));
-}
-
 TEST(Camera, MeasuresFramesAndFollowsBlobs)
 {
     Camera camera(settingsWith({{"blobs/above", "1500"}, {"colours/palette", "Grayscale"}}));

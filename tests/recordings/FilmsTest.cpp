@@ -40,9 +40,8 @@ std::vector<Picture> pictures(cv::Size size)
     return all;
 }
 
-class FilmFiles : public FilesTest
+struct FilmFiles : FilesTest
 {
-protected:
     template <class Images>
     void film(const std::string& name, const FilmFormat& format, const Images& images) const
     {

@@ -13,9 +13,8 @@ using namespace velmo::recordings;
 
 using Images = std::vector<cv::Mat>;
 
-class Formats : public FilesTest
+struct Formats : FilesTest
 {
-protected:
     OutputFile output(const std::string& name) const { return {path(name), name}; }
 
     /// What is in the file, and that it has the unit and says how many frames it has.

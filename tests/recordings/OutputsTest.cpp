@@ -8,9 +8,8 @@ namespace fs = std::filesystem;
 
 using namespace velmo::recordings;
 
-class OutputsOfACommand : public FilesTest
+struct OutputsOfACommand : FilesTest
 {
-protected:
     void write(Outputs& outputs, const std::string& name, const std::string& text) const
     {
         OutputFile file = outputs.file(path(name));

@@ -118,15 +118,15 @@ TEST(Isotherm, BlendedKeepsTheBrightnessOfThePalette)
 
 TEST(Isotherm, IsRefusedWithWhatIsWrong)
 {
-    expectRefused({{"", "'' is not above:LOW:RRGGBB"},
-                   {"above:37.5:FF0000:soft", "is not above:LOW:RRGGBB"},
-                   {"between:1:FF0000", "between:LOW:HIGH:RRGGBB"},
-                   {"above:37.5:FF000", "'FF000' is not a colour"},
-                   {"above:hot:FF0000", "isotherm above: 'hot' is not a number"},
-                   {"above:500:FF0000", "isotherm above: no value is above '500'"},
-                   {"between:30:20:FF0000", "no value lies in 'between:30:20:FF0000'"},
-                   {"between:20.001:20.002:FF0000", "no value lies in"}},
-                  [](const std::string& text) { isotherm(text, centikelvin); });
+    expectRefused<std::string>({{"", "'' is not above:LOW:RRGGBB"},
+                                {"above:37.5:FF0000:soft", "is not above:LOW:RRGGBB"},
+                                {"between:1:FF0000", "between:LOW:HIGH:RRGGBB"},
+                                {"above:37.5:FF000", "'FF000' is not a colour"},
+                                {"above:hot:FF0000", "isotherm above: 'hot' is not a number"},
+                                {"above:500:FF0000", "isotherm above: no value is above '500'"},
+                                {"between:30:20:FF0000", "no value lies in 'between:30:20:FF0000'"},
+                                {"between:20.001:20.002:FF0000", "no value lies in"}},
+                               [](const std::string& text) { isotherm(text, centikelvin); });
     for (const char* region :
          {"", "1:2", "1:2:3", "2:1:FFFFFF", "0:65536:FFFFFF", "-1:5:FFFFFF", "1:2:FFFFFF:4"})
         EXPECT_THROW(Isotherm::parseRegion(region, "region", counts), Exception) << region;

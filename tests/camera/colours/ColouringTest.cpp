@@ -20,13 +20,6 @@ Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange rang
     return whole;
 }
 
-TEST(Colouring, PaintsColdToHotInBlueGreenRed)
-{
-    Colouring colouring = with("hotcold"); // from pure blue to pure red
-    const Picture picture = colouring.paint((Frame(1, 3) << 0, 1000, 65535), {1000, 2000});
-    EXPECT_THAT(picture, ElementsAre(cv::Vec3b(255, 0, 0), cv::Vec3b(255, 0, 0), cv::Vec3b(0, 0, 255)));
-}
-
 TEST(Colouring, PaintsRegionsByRawValueWhateverTheFrameSize)
 {
     Colouring colouring(settingsWith({{"colours/palette", "Grayscale"},

@@ -19,9 +19,8 @@ NoiseFigures figuresOf(const std::function<double(int, int, int)>& value, int fr
     return meter.figures();
 }
 
-class Measures : public testing::Test
+struct Measures : testing::Test
 {
-protected:
     double normal(double deviation) { return std::normal_distribution<>(0, deviation)(random); }
 
     std::vector<double> normals(int count, double deviation)

@@ -53,22 +53,21 @@ TEST(Shape, HasThePixelsThatItsTextSays)
 
 TEST(Shape, IsRefusedWithTheValueAndTheLimit)
 {
-    const std::tuple<Kind, const char*, const char*> texts[] = {
-        {Kind::Spot, "", "spot: '' is not X,Y"},
-        {Kind::Spot, "1,-2", "spot Y: '-2' is not a whole number from 0"},
-        {Kind::Spot, "1,2:-1", "spot R: '-1' is not a number from 0"},
-        {Kind::Box, "1,2,3", "box: '1,2,3' is not X,Y,W,H"},
-        {Kind::Box, "1,2,0,4", "box W: '0' is not a whole number from 1"},
-        {Kind::Line, "1,2,3,4,5,6", "line: '1,2,3,4,5,6' is not X,Y,X,Y"},
-        {Kind::Polygon, "1,2,3,4,5,6,7", "polygon: '1,2,3,4,5,6,7' is not X,Y"},
-        {Kind::Spot, "5,1:2", "row -1"},
-        {Kind::Box, "0,0,13,1", "hot: reaches to column 12, frames of 12x9 have 0 to 11"},
-        {Kind::Line, "0,0,5,9", "hot: reaches to row 9, frames of 12x9 have 0 to 8"},
-        {Kind::Polygon, "0,0,5,5,30,2", "column 30"},
-    };
-    const auto runs = [](Kind kind, const char* text) { Shape::parse(kind, text).runs(frameSize, "hot"); };
-    for (const auto& [kind, text, says] : texts)
-        EXPECT_THAT(refusal(runs, kind, text).message, HasSubstr(says));
+    expectRefused<Kind, const char*>(
+        {
+            {Kind::Spot, "", "spot: '' is not X,Y"},
+            {Kind::Spot, "1,-2", "spot Y: '-2' is not a whole number from 0"},
+            {Kind::Spot, "1,2:-1", "spot R: '-1' is not a number from 0"},
+            {Kind::Box, "1,2,3", "box: '1,2,3' is not X,Y,W,H"},
+            {Kind::Box, "1,2,0,4", "box W: '0' is not a whole number from 1"},
+            {Kind::Line, "1,2,3,4,5,6", "line: '1,2,3,4,5,6' is not X,Y,X,Y"},
+            {Kind::Polygon, "1,2,3,4,5,6,7", "polygon: '1,2,3,4,5,6,7' is not X,Y"},
+            {Kind::Spot, "5,1:2", "row -1"},
+            {Kind::Box, "0,0,13,1", "hot: reaches to column 12, frames of 12x9 have 0 to 11"},
+            {Kind::Line, "0,0,5,9", "hot: reaches to row 9, frames of 12x9 have 0 to 8"},
+            {Kind::Polygon, "0,0,5,5,30,2", "column 30"},
+        },
+        [](Kind kind, const char* text) { Shape::parse(kind, text).runs(frameSize, "hot"); });
 }
 
 using Shapes = std::vector<std::pair<Kind, const char*>>;

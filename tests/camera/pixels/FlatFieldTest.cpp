@@ -94,17 +94,15 @@ TEST(FlatField, ClampsAndSaysWhichSizesDiffer)
 TEST(FlatField, RefusesWhatIsNone)
 {
     const cv::Mat_<float> zero = cv::Mat_<float>::zeros(6, 6), one(6, 6, 1.0F), no(6, 6, std::nanf(""));
-    const std::pair<Planes, const char*> wrong[] = {{{zero, one}, "three planes"},
-                                                    {{zero, one, zero.row(0)}, "of one size"},
-                                                    {{no, one, zero}, "first plane"},
-                                                    {{-one, one, zero}, "first plane"},
-                                                    {{zero, zero, zero}, "second plane"},
-                                                    {{zero, no, zero}, "second plane"},
-                                                    {{zero, one, 65536 * one}, "third plane"},
-                                                    {{zero, one, one}, "without a good pixel"}};
-    const auto make = [](const Planes& planes) { FlatField::fromPlanes(planes, "flat"); };
-    for (const auto& [planes, message] : wrong)
-        EXPECT_THAT(refusal(make, planes).message, HasSubstr(message));
+    expectRefused<Planes>({{{zero, one}, "three planes"},
+                           {{zero, one, zero.row(0)}, "of one size"},
+                           {{no, one, zero}, "first plane"},
+                           {{-one, one, zero}, "first plane"},
+                           {{zero, zero, zero}, "second plane"},
+                           {{zero, no, zero}, "second plane"},
+                           {{zero, one, 65536 * one}, "third plane"},
+                           {{zero, one, one}, "without a good pixel"}},
+                          [](const Planes& planes) { FlatField::fromPlanes(planes, "flat"); });
 
     FlatLearner learner;
     EXPECT_THAT(refusal([&] { learner.learn(); }).message, HasSubstr("without a frame"));

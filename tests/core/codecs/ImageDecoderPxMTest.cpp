@@ -25,9 +25,8 @@ Samples samplesOf(const cv::Mat& image)
 /// Three ways to hand on an image: as an arbitrary map, as bytes and as text.
 constexpr const char* mg_aForms[] = {" | pamtopam", " | pamtopnm", " | pamtopnm | pnmtoplainpnm"};
 
-class PxM : public FilesTest
+struct PxM : FilesTest
 {
-protected:
     bool opens(const std::string& bytes) { return decoder.open(put("image", bytes)); }
 
     cv::Mat grabbed(const cv::Rect* region = nullptr)

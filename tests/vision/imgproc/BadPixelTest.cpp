@@ -23,9 +23,8 @@ const BadPixel mg_oRecord = {{1, 2}, {{-1, 0x0304}, {32767, -32768}, {0x0506, 7}
 const std::string mg_strLittle = "\x01\0\x02\0\xff\xff\x04\x03\xff\x7f\0\x80\x06\x05\x07\0\x08\0\xf7\xff"s;
 const std::string mg_strBig = "\0\x01\0\x02\xff\xff\x03\x04\x7f\xff\x80\0\x05\x06\0\x07\0\x08\xff\xf7"s;
 
-class BadPixelFile : public FilesTest
+struct BadPixelFile : FilesTest
 {
-protected:
     std::vector<BadPixel> loaded(const std::string& bytes) const
     {
         return BadPixelTools::loadBadPixelFromPxm(put("map", bytes));

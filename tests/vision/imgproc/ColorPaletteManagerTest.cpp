@@ -5,7 +5,7 @@
 
 #include <sys/stat.h>
 
-#include <thread>
+#include <future>
 
 using namespace velmo::vision;
 using testing::IsEmpty;
@@ -21,9 +21,8 @@ const Palette fromStartUpCode = ms_vecHightemp;
 const std::string activeAtStartUp = Manager::m_strActivePalette;
 
 /// The state that the manager has when the library is loaded.
-class ColorPaletteManagerTest : public FilesTest
+struct ColorPaletteManagerTest : FilesTest
 {
-protected:
     ColorPaletteManagerTest()
     {
         Manager::m_stoAvailablePalettes.clear();
@@ -151,16 +150,16 @@ TEST_F(ColorPaletteManagerTest, ServesManyThreads)
         [](int) { return !Manager::getSupportedPalettesNames().empty(); },
         [](int) { return !Manager::getAvailableColorPalettes().empty(); },
         [](int n) { return n % 50 == 0 ? Manager::loadPalettes({}), true : true; }};
-    int failures[std::size(operations)] = {};
-    std::vector<std::thread> threads;
-    for (std::size_t k = 0; k < std::size(operations); ++k)
-        threads.emplace_back([&, k] {
+    std::vector<std::future<bool>> threads;
+    for (const auto& operation : operations)
+        threads.push_back(std::async(std::launch::async, [&] {
+            bool good = true;
             for (int n = 0; n < 200; ++n)
-                failures[k] += operations[k](n) ? 0 : 1;
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_THAT(failures, testing::Each(0));
+                good &= operation(n);
+            return good;
+        }));
+    for (std::future<bool>& thread : threads)
+        EXPECT_TRUE(thread.get());
     EXPECT_THAT(Manager::getSupportedPalettesNames(), ElementsAre("Ironbow", "mine"));
 }
 

@@ -59,9 +59,8 @@ std::vector<Refusal> everyDrawing(const Components& components, int rows, int co
             refusal([&] { ConnectedComponent::drawPrincipalComponents(canvas, components, true); })};
 }
 
-class ComponentDrawing : public testing::Test
+struct ComponentDrawing : testing::Test
 {
-protected:
     ComponentDrawing() { cv::theRNG().state = 4711; }
 };
 

@@ -12,9 +12,8 @@ static_assert(sizeof(PixelCorrInfo) == 10 && std::is_trivially_copyable_v<PixelC
 using Entry = std::vector<int>;
 using Records = std::vector<PixelCorrInfo>;
 
-class Distortion : public FilesTest
+struct Distortion : FilesTest
 {
-protected:
     std::string file(int width, int height, const std::vector<Entry>& entries, int depth = 6) const
     {
         std::ostringstream file;

@@ -5,9 +5,8 @@
 
 namespace {
 
-class EveryFilter : public testing::TestWithParam<FilterKind>
+struct EveryFilter : testing::TestWithParam<FilterKind>
 {
-protected:
     /// Sizes that it takes: rows and columns alone, and such that pairs and fours of pixels span rows.
     std::vector<cv::Size> sizes() const
     {
