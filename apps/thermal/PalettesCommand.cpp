@@ -1,4 +1,5 @@
 #include "apps/thermal/Commands.h"
+#include "apps/thermal/Error.h"
 #include "apps/thermal/Table.h"
 #include "camera/colours/Colouring.h"
 #include "camera/colours/Palettes.h"
@@ -66,10 +67,16 @@ Picture sheetOf(const std::vector<std::string>& names)
     return sheet.draw();
 }
 
+/// Two beside each other, so that the picture has no more than 16384 rows.
+constexpr std::size_t nMostDrawn = 500;
+
 void listPalettes(const PalettesOptions& options)
 {
     Outputs outputs;
     const std::vector<std::string> names = palettesOf(options.paletteFile, outputs);
+    if (!options.out.empty() && names.size() > nMostDrawn)
+        throw UsageError("--out draws at most " + std::to_string(nMostDrawn) + " palettes, there are " +
+                         std::to_string(names.size()));
     Table table(
         {{"palette", "palette"}, {"points", "points"}, {"coldest", "coldest"}, {"hottest", "hottest"}});
     for (const std::string& name : names) {

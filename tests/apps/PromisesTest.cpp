@@ -174,6 +174,7 @@ TEST_F(Promises, TenThousandPalettesAreListedWithinASecond)
     const std::string list = said("palettes --csv --file many.xml");
     EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC);
     EXPECT_THAT(list, HasSubstr("\nP9999,2,#000000,#FFFFFF\n"));
+    expectRefusals({{"palettes --file many.xml --out sheet.png", "at most 500 palettes, there are 100"}});
 }
 
 } // namespace

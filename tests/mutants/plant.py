@@ -31,7 +31,8 @@ USED = {}  # the processor time that a program needs without a fault
 # Quickly built: what is planted shows at any level, and warnings are no matter here. A compiler cache knows the
 # ordinary build.
 QUICK = ["-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG", "-DVELMO_TARGET_CLONES=OFF", "-DVELMO_WERROR=OFF"]
-OPTIONS = {"release": [] if "CMAKE_CXX_COMPILER_LAUNCHER" in os.environ else QUICK, "thread": [], "fuzz": []}
+OPTIONS = {"release": ["-DVELMO_WERROR=OFF"] if "CMAKE_CXX_COMPILER_LAUNCHER" in os.environ else QUICK,
+           "thread": [], "fuzz": []}
 
 # Which programs of tests a fault below a folder is shown to, one after another; ninja builds what the fault changes.
 PROGRAMS = {

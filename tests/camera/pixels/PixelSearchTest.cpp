@@ -1,5 +1,6 @@
 #include "camera/pixels/PixelSearch.h"
 
+#include "camera/pixels/OddSpots.h"
 #include "tests/camera/Support.h"
 
 #include <opencv2/imgproc.hpp>
@@ -212,6 +213,41 @@ TEST_P(PixelSearchFor, FindsWhatWasPlantedAndNothingElse)
 
 INSTANTIATE_TEST_SUITE_P(Kinds, PixelSearchFor, testing::ValuesIn(kinds),
                          [](const auto& kind) { return kind.param.name; });
+
+TEST(PixelSearch, FindsWeakPixelsInTheCorners)
+{
+    int found = 0, planted = 0;
+    for (unsigned seed = 1; seed <= 4; ++seed) {
+        Frames frames = scene(seed);
+        const Frame first = frames[0].clone();
+        for (const cv::Point& corner : {cv::Point(0, 0), {127, 0}, {0, 95}, {127, 95}})
+            if (spreadInTime(frames, corner) >= 16) {
+                ++planted;
+                for (Frame& frame : frames)
+                    frame(corner) = clip(0.8 * first(corner) + 0.2 * frame(corner));
+            }
+        found += cv::countNonZero(search(frames).faults & Weak);
+    }
+    EXPECT_GE(found, planted / 3); // eight neighbours know less than 24
+}
+
+TEST(OddSpots, AreNotTheBrightPlacesOfALine)
+{
+    const auto found = [](float line, cv::Point step) {
+        cv::Mat_<float> plane(41, 41, 0.0F);
+        cv::Mat_<unsigned char> bad(41, 41, static_cast<unsigned char>(0));
+        for (int k = -20; k <= 20; ++k)
+            plane(20 + k * step.y, 20 + k * step.x) = line;
+        plane(20, 20) = 70;
+        int pixels = 0;
+        OddSpots(plane, bad, {7, 1, 0.3F, 1, 1}).find([&](cv::Point, float) { ++pixels; });
+        return pixels;
+    };
+    for (const cv::Point& step : {cv::Point(1, 0), {0, 1}, {1, 1}, {-1, 1}}) {
+        EXPECT_EQ(found(0, step), 1);
+        EXPECT_EQ(found(30, step), 0) << step;
+    }
+}
 
 TEST(PixelSearch, FindsNothingInScenesWithoutDefects)
 {

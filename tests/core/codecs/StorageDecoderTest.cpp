@@ -161,7 +161,7 @@ TEST(StorageDecoderXml, NamesWhatIsWrong)
           "<![CDATA[x]]><group name='a'/>", "<group name='a' name='b'/>",
           // References that are not whole, and characters beyond the last one.
           "<group name='&#x;'/>", "<group name='&#65'/>", "<group name='&#x4G;'/>",
-          "<group name='&#x110000;'/>", "<group name='&#00000065;'/>"})
+          "<group name='&#x110000;'/>", "<group name='&#00000065;'/>", "<group name='&#65&#66;'/>"})
         EXPECT_EQ(refused(file), noXml) << file;
     EXPECT_EQ(decode("<group name='&#65;&#x10FFFF;'/>").second, "A\xF4\x8F\xBF\xBF");
 

@@ -149,6 +149,7 @@ TEST(Variant, ConvertsNumbersWithinTheirRange)
     EXPECT_EQ(Variant::create(255)->toUnsignedInt8(), 255);
     EXPECT_EQ(Variant::create(-2.9)->toSignedInt8(), -2);
     EXPECT_EQ(Variant::create(-0.9)->toUnsignedInt8(), 0);
+    EXPECT_EQ(Variant::create(32767.9)->toSignedInt16(), 32767);
     EXPECT_EQ(Variant::create(-9223372036854775808.0)->toSignedInt64(), INT64_MIN);
     EXPECT_EQ(Variant::create(true)->toFloat(), 1.0f);
     EXPECT_TRUE(Variant::create(0.5)->toBool() && !Variant::create(0)->toBool());

@@ -76,8 +76,9 @@ TEST(StaticPatternRemover, TakesItsParametersAsTheyAre)
     // The low threshold is seven tenths, cut; values that differ where the others would be taken for them.
     Random random(3);
     for (const auto& [threshold, low] : {std::pair(0, 0), {1, 0}, {10, 7}, {30, 21}, {49, 34}, {100, 70}}) {
-        StaticPatternRemover remover(0, 0, 0);
-        EXPECT_TRUE(remover.setThreshold(threshold) && remover.setLineLimit(9) && remover.setFrameLimit(31));
+        StaticPatternRemover first(0, 0, 0);
+        EXPECT_TRUE(first.setThreshold(threshold) && first.setLineLimit(9) && first.setFrameLimit(31));
+        StaticPatternRemover remover(std::move(first));
         cv::Mat_<int> columns = cv::Mat_<int>::zeros(1, 37), pixels = cv::Mat_<int>::zeros(11, 37);
         const Frame fixed = random.frame<short>({37, 11}, 0, threshold + 40);
         for (int n = 0; n < 60; ++n) {
