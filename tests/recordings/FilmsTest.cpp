@@ -153,7 +153,7 @@ TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
         {"list.nut", "list.nut"},
     };
     for (const auto& [name, why] : refused)
-        EXPECT_THAT(refusal([&] { valuesIn(path(name)); }).message,
+        EXPECT_THAT(refusal([&](const char* film) { valuesIn(path(film)); }, name).message,
                     testing::AllOf(HasSubstr(name), HasSubstr(why), testing::Not(HasSubstr("\n"))));
     const auto counts = films().create({path("counts.avi"), "counts.avi"}, {});
     EXPECT_THROW(counts->write(Frame(4, 4, 7)), Exception); // would lose bits
