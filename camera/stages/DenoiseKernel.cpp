@@ -61,6 +61,19 @@ VELMO_CLONES void halveFast(const float* __restrict upper, const float* __restri
         out[c] = ((upper[2 * c] + lower[2 * c]) + (upper[2 * c + 1] + lower[2 * c + 1])) * 0.25F;
 }
 
+VELMO_CLONES void mixLinesLoop(const float* a, const float* b, const float* m, const float* d, float wa,
+                               float wb, float wm, float wd, float* __restrict out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = (a[c] * wa + b[c] * wb) + (m[c] * wm + d[c] * wd);
+}
+
+void mixLinesFast(const float* const* lines, const float* weights, float* out, int count)
+{
+    mixLinesLoop(lines[0], lines[1], lines[2], lines[3], weights[0], weights[1], weights[2], weights[3], out,
+                 count);
+}
+
 VELMO_CLONES void sumGradientsFast(const float* above, const float* row, const float* below,
                                    const float* residual, float scale, GradientSums& total, int count)
 {
@@ -305,18 +318,37 @@ VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __res
     }
 }
 
-/// The same where it is known what flows to the line below.
-VELMO_CLONES void finishWithFlow(short* __restrict picture, const short* __restrict across,
+/// The same where slopes are smoothed, too.
+VELMO_CLONES void finishLineOnSlopes(short* __restrict picture, const short* __restrict above,
+                                     const short* __restrict across, const short* __restrict below,
+                                     const short* __restrict belowIt, short bend, Gate gate, short slope,
+                                     const short* __restrict flowBefore, const short* __restrict openBefore,
+                                     short* __restrict flow, short* __restrict gates, short* __restrict open,
+                                     short* __restrict detail, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const short opened = opening(stepOf(above[c], across[c], below[c], belowIt[c], bend), gate, slope);
+        const auto after = static_cast<short>(opened * static_cast<short>(below[c] - across[c]));
+        const auto smooth =
+            static_cast<short>(across[c] + (static_cast<short>(after - flowBefore[c] + 128) >> 8));
+        flow[c] = after;
+        gates[c] = opened;
+        detail[c] = static_cast<short>(picture[c] - smooth);
+        picture[c] = smooth;
+        open[c] = static_cast<short>(open[c] + openBefore[c] + opened);
+    }
+}
+
+/// The same of a line that has none below it: nothing flows there, and its gates are open.
+VELMO_CLONES void finishLastLine(short* __restrict picture, const short* __restrict across,
                                  const short* __restrict flowBefore, const short* __restrict openBefore,
-                                 const short* __restrict flow, const short* __restrict gates,
                                  short* __restrict open, short* __restrict detail, int count)
 {
     for (int c = 0; c < count; ++c) {
-        const auto smooth =
-            static_cast<short>(across[c] + (static_cast<short>(flow[c] - flowBefore[c] + 128) >> 8));
+        const auto smooth = static_cast<short>(across[c] + (static_cast<short>(128 - flowBefore[c]) >> 8));
         detail[c] = static_cast<short>(picture[c] - smooth);
         picture[c] = smooth;
-        open[c] = static_cast<short>(open[c] + openBefore[c] + gates[c]);
+        open[c] = static_cast<short>(open[c] + openBefore[c] + 64);
     }
 }
 
@@ -328,8 +360,9 @@ VELMO_CLONES void sumFiveOpen(const short* __restrict a, const short* __restrict
         sums[c] = static_cast<short>(a[c] + b[c] + m[c] + d[c] + e[c]);
 }
 
+/// @param kept  of what was removed before: all bits, or none
 VELMO_CLONES void removeLoop(const short* __restrict sums, int spacing, const short* __restrict detail,
-                             short* __restrict removed, int count)
+                             short kept, short* __restrict removed, int count)
 {
     const short* a = sums - 2 * std::ptrdiff_t{spacing};
     const short* b = sums - spacing;
@@ -337,7 +370,7 @@ VELMO_CLONES void removeLoop(const short* __restrict sums, int spacing, const sh
     const short* e = sums + 2 * std::ptrdiff_t{spacing};
     for (int c = 0; c < count; ++c) {
         const auto sum = static_cast<short>(a[c] + b[c] + sums[c] + d[c] + e[c]);
-        removed[c] = static_cast<short>(removed[c] + takenOff(detail[c], flatness(sum)));
+        removed[c] = static_cast<short>((removed[c] & kept) + takenOff(detail[c], flatness(sum)));
     }
 }
 
@@ -413,23 +446,18 @@ private:
     void down(int r)
     {
         const int step = m_oOctave.step;
-        const short *flowBefore = r < step ? m_oLines[2] : m_oFlow[r - step],
-                    *gatesBefore = r < step ? m_oLines[3] : m_oGates[r - step];
-        const short* line = m_oAcross[r];
-        const bool isLast = r + step >= m_oPicture.rows;
-        const short *flow = isLast ? m_oLines[2] : m_oFlow[r], *gates = isLast ? m_oLines[3] : m_oGates[r];
-        if (!isLast) {
-            const short *below = m_oAcross[r + step], slope = slopeOf(m_oOctave.down);
-            if (m_oOctave.bend == 0)
-                return finishOctaveLine(m_oPicture[r], line, below, m_oOctave.down, slope, flowBefore,
-                                        gatesBefore, m_oFlow[r], m_oGates[r], m_oOpen[r], m_oDetail[r],
-                                        m_s32Columns);
-            flowOnSlopes(m_oAcross[std::max(0, r - step)], line, below,
-                         m_oAcross[std::min(m_oPicture.rows - 1, r + 2 * step)], m_oOctave.bend,
-                         m_oOctave.down, slope, m_oFlow[r], m_oGates[r], m_s32Columns);
-        }
-        finishWithFlow(m_oPicture[r], line, flowBefore, gatesBefore, flow, gates, m_oOpen[r], m_oDetail[r],
-                       m_s32Columns);
+        const short *flow = r < step ? m_oLines[2] : m_oFlow[r - step],
+                    *gates = r < step ? m_oLines[3] : m_oGates[r - step], *line = m_oAcross[r];
+        if (r + step >= m_oPicture.rows)
+            return finishLastLine(m_oPicture[r], line, flow, gates, m_oOpen[r], m_oDetail[r], m_s32Columns);
+        const short *below = m_oAcross[r + step], slope = slopeOf(m_oOctave.down);
+        if (m_oOctave.bend == 0)
+            return finishOctaveLine(m_oPicture[r], line, below, m_oOctave.down, slope, flow, gates,
+                                    m_oFlow[r], m_oGates[r], m_oOpen[r], m_oDetail[r], m_s32Columns);
+        finishLineOnSlopes(m_oPicture[r], m_oAcross[std::max(0, r - step)], line, below,
+                           m_oAcross[std::min(m_oPicture.rows - 1, r + 2 * step)], m_oOctave.bend,
+                           m_oOctave.down, slope, flow, gates, m_oFlow[r], m_oGates[r], m_oOpen[r],
+                           m_oDetail[r], m_s32Columns);
     }
 
     void remove(int r)
@@ -441,7 +469,8 @@ private:
         sumFiveOpen(openOf(-2), openOf(-1), openOf(0), openOf(1), openOf(2), sums, m_s32Columns);
         std::fill_n(sums - m_s32Reach, m_s32Reach, sums[0]);
         std::fill_n(sums + m_s32Columns, m_s32Reach, sums[m_s32Columns - 1]);
-        removeLoop(sums, m_oOctave.spacing, m_oDetail[r], m_oRemoved[r], m_s32Columns);
+        removeLoop(sums, m_oOctave.spacing, m_oDetail[r], m_oOctave.isFirst ? short{0} : short{-1},
+                   m_oRemoved[r], m_s32Columns);
     }
 
     Lanes& m_oPicture;
@@ -480,6 +509,7 @@ constexpr Forms<SumDifferences> sumDifferences{"denoise: differences", sumDiffer
                                                sumDifferencesFast};
 constexpr Forms<TakeResidual> takeResidual{"denoise: residual", takeResidualPlain, takeResidualFast};
 constexpr Forms<Halve> halve{"denoise: halve", halvePlain, halveFast};
+constexpr Forms<MixLines> mixLines{"denoise: mix", mixLinesPlain, mixLinesFast};
 constexpr Forms<SumGradients> sumGradients{"denoise: gradients", sumGradientsPlain, sumGradientsFast};
 constexpr Forms<ExplainByShift> explainByShift{"denoise: shift", explainByShiftPlain, explainByShiftFast};
 constexpr Forms<SumOfFive> sumOfFive{"denoise: five lines", sumOfFivePlain, sumOfFiveFast};

@@ -57,6 +57,11 @@ using Halve = void(const float* upper, const float* lower, float* out, int count
 Halve halvePlain;
 extern const Forms<Halve> halve;
 
+/// ((a0 w0 + a1 w1) + (a2 w2 + a3 w3)) of four lines, or of one at four places.
+using MixLines = void(const float* const* lines, const float* weights, float* out, int count);
+MixLines mixLinesPlain;
+extern const Forms<MixLines> mixLines;
+
 /// Products of the gradient (x, y) of the estimate and the residual r, each in eight sums: column c counts in
 /// number c % 8 of them.
 struct GradientSums
@@ -172,7 +177,8 @@ struct Octave
     int step;    ///< between the pixels that are smoothed with each other
     int spacing; ///< between the five by five that tell whether a place is flat
     Gate across, down;
-    short bend; ///< so many quarters of how a slope bends count as its steps; 0: they count as they are
+    short bend;   ///< so many quarters of how a slope bends count as its steps; 0: they count as they are
+    bool isFirst; ///< what it takes away is all that was removed so far
 };
 
 /// One octave of a whole picture, in place: each pixel moves towards the mean of its neighbours `step` apart,

@@ -72,23 +72,20 @@ VELMO_INLINE int updatePixel(float residual, float before, float sum, float squa
     return static_cast<int>(change * 256);
 }
 
+VELMO_INLINE short sizeOf(short value) // -32768 stays
+{
+    return static_cast<short>(value < 0 ? -value : value);
+}
+
 /// 0 to 64: how far a gate is open. `slope` is 64 * 256 / (upper - lower).
 VELMO_INLINE short opening(short difference, Gate gate, short slope)
 {
-    const auto size = static_cast<short>(difference < 0 ? -difference : difference); // -32768 stays: closed
+    const short size = sizeOf(difference); // -32768: closed
     auto left = static_cast<short>(gate.upper - size);
     const auto width = static_cast<short>(gate.upper - gate.lower);
     left = left < 0 ? short{0} : left;
     left = left < width ? left : width;
     return static_cast<short>(static_cast<u16>(left * slope) >> 8); // at most 64 * 256
-}
-
-/// Four pixels a step apart: how far the one in the middle of three is from the mean of the others, doubled.
-VELMO_INLINE short bendOf(short before, short here, short after)
-{
-    const auto bend =
-        static_cast<short>(static_cast<short>(before - here) + static_cast<short>(after - here));
-    return static_cast<short>(bend < 0 ? -bend : bend);
 }
 
 /// What a gate between `from` and `to` sees of their difference: a slope that goes on before and behind them
@@ -98,8 +95,9 @@ VELMO_INLINE short stepOf(short before, short from, short to, short after, short
 {
     constexpr short largest = 500;
     const auto difference = static_cast<short>(to - from);
-    const auto size = static_cast<short>(difference < 0 ? -difference : difference);
-    const short one = bendOf(before, from, to), other = bendOf(from, to, after);
+    const short size = sizeOf(difference);
+    const short one = sizeOf(static_cast<short>(difference - static_cast<short>(from - before))),
+                other = sizeOf(static_cast<short>(difference - static_cast<short>(after - to)));
     const short bend = one < other ? other : one;
     const auto counted = static_cast<short>(static_cast<short>(bend >> 2) * quarters);
     const short bent = size < largest ? counted : size;

@@ -38,6 +38,13 @@ void halvePlain(const float* upper, const float* lower, float* out, int count)
         out[c] = ((upper[2 * c] + lower[2 * c]) + (upper[2 * c + 1] + lower[2 * c + 1])) * 0.25F;
 }
 
+void mixLinesPlain(const float* const* lines, const float* weights, float* out, int count)
+{
+    for (int c = 0; c < count; ++c)
+        out[c] = (lines[0][c] * weights[0] + lines[1][c] * weights[1]) +
+                 (lines[2][c] * weights[2] + lines[3][c] * weights[3]);
+}
+
 void sumGradientsPlain(const float* above, const float* row, const float* below, const float* residual,
                        float scale, GradientSums& sums, int count)
 {
@@ -210,8 +217,8 @@ void smoothOctavePlain(Lanes& picture, const Octave& octave, Lanes& removed, std
                     sum += open[std::clamp(r + i * octave.spacing, 0, picture.rows - 1)]
                                [std::clamp(c + j * octave.spacing, 0, picture.columns - 1)];
             const auto detail = static_cast<short>(picture[r][c] - smooth[r][c]);
-            removed[r][c] =
-                static_cast<short>(removed[r][c] + takenOff(detail, flatness(static_cast<short>(sum))));
+            const short before = octave.isFirst ? short{0} : removed[r][c];
+            removed[r][c] = static_cast<short>(before + takenOff(detail, flatness(static_cast<short>(sum))));
         }
     picture = smooth;
 }

@@ -2,11 +2,56 @@
 
 #include "camera/stages/DenoiseKernel.h"
 
+#include <numeric>
+
 namespace velmo::camera {
 namespace {
 
+constexpr int s32Tile = 16, s32LeastTile = 6, s32Lines = 120;
+constexpr float fSobel = 1 / 8.0F; ///< of the operator, for a pixel's width
+constexpr double dSay = 20;        ///< of a tile, in variances of its residual
+constexpr float fLeastMove = 0.1F;
+
+double total(const float (&lanes)[8])
+{
+    double sum = 0;
+    for (const float lane : lanes)
+        sum += lane;
+    return sum;
+}
+
+cv::Size tilesOf(int rows, int columns, int tile)
+{
+    const auto along = [tile](int size) {
+        return std::max({1, size / tile, std::min(4, size / s32LeastTile)});
+    };
+    return {along(columns), along(rows)};
+}
+
+cv::Rect tileAt(const cv::Size& tiles, int number, int rows, int columns)
+{
+    const int i = number / tiles.width, j = number % tiles.width;
+    const cv::Point from(columns * j / tiles.width, rows * i / tiles.height),
+        to(columns * (j + 1) / tiles.width, rows * (i + 1) / tiles.height);
+    return {from, to};
+}
+
+/// Large pictures are told by part of their lines.
+int everyLine(int rows)
+{
+    return std::max(1, rows / s32Lines);
+}
+
+/// The weight w of pixels on both sides, 1 - 2w in the middle, with which so much noise is left.
+float sideFor(float kept)
+{
+    return (4 - std::sqrt(std::max(0.0F, 16 - 24 * (1 - kept)))) / 12;
+}
+
+} // namespace
+
 /// x and y that explain best what they shift, by their products.
-struct Equations
+struct ShiftFinder::Equations
 {
     double xx = 1e-9, xy = 0, yy = 1e-9, xr = 0, yr = 0;
 
@@ -18,74 +63,210 @@ struct Equations
     }
 };
 
-double total(const float (&lanes)[8])
+void ShiftFinder::Level::create(int newRows, int newColumns)
 {
-    double sum = 0;
-    for (const float lane : lanes)
-        sum += lane;
-    return sum;
+    rows = newRows, columns = newColumns, stride = columns + 2;
+    estimate.assign(static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride), 0);
+    residual = moved = rest = estimate;
+    inside = {0, 0, columns, rows};
 }
-
-} // namespace
 
 void ShiftFinder::create(int rows, int columns)
 {
-    m_s32Rows = rows / 2, m_s32Columns = columns / 2, m_s32Stride = m_s32Columns + 2;
-    m_vecEstimate.assign(static_cast<std::size_t>(m_s32Rows) * static_cast<std::size_t>(m_s32Stride), 0);
-    m_vecResidual = m_vecEstimate;
+    constexpr int s32Least = 12;
+    m_nLevels = 0;
+    for (Level& level : m_aLevels) {
+        rows /= 2, columns /= 2;
+        if (m_nLevels > 0 && (rows < s32Least || columns < s32Least))
+            break;
+        level.create(rows, columns);
+        ++m_nLevels;
+    }
+    m_oMover.create(m_aLevels[0].columns);
+    m_vecGains.reserve(m_aLevels[0].estimate.size() / (s32LeastTile * s32LeastTile) + 16);
 }
 
 void ShiftFinder::put(int row, const float* const (&estimate)[2], const float* const (&residual)[2])
 {
-    const std::ptrdiff_t at = std::ptrdiff_t{row} * m_s32Stride + 1;
-    halve(estimate[0], estimate[1], m_vecEstimate.data() + at, m_s32Columns);
-    mirrorEnds(m_vecEstimate.data() + at, m_s32Columns, 1);
-    halve(residual[0], residual[1], m_vecResidual.data() + at, m_s32Columns);
+    Level& half = m_aLevels[0];
+    float* line = half.line(half.estimate, row);
+    halve(estimate[0], estimate[1], line, half.columns);
+    mirrorEnds(line, half.columns, 1);
+    halve(residual[0], residual[1], half.line(half.residual, row), half.columns);
+}
+
+/// Of the part of the picture that is inside.
+ShiftFinder::Equations ShiftFinder::equationsOf(const Level& level, const Line& estimate,
+                                                const Line& residual, int tileSize, float scale)
+{
+    const cv::Size tiles = tilesOf(level.rows, level.columns, tileSize);
+    const int every = everyLine(level.rows);
+    Equations all, tile;
+    for (int number = 0; number < tiles.area(); ++number) {
+        const cv::Rect part = tileAt(tiles, number, level.rows, level.columns) & level.inside;
+        if (part.empty())
+            continue;
+        GradientSums sums;
+        int lines = 0;
+        for (int r = part.y; r < part.y + part.height; r += every, ++lines)
+            sumGradients(level.line(estimate, mirrored(r - 1, level.rows)) + part.x,
+                         level.line(estimate, r) + part.x,
+                         level.line(estimate, mirrored(r + 1, level.rows)) + part.x,
+                         level.line(residual, r) + part.x, scale, sums, part.width);
+        tile.xx = total(sums.xx) + 1e-6, tile.xy = total(sums.xy), tile.yy = total(sums.yy) + 1e-6;
+        tile.xr = total(sums.xr), tile.yr = total(sums.yr);
+        double x = 0, y = 0;
+        tile.solve(x, y);
+        const double explained = x * tile.xr + y * tile.yr;
+        const double rest = std::max(1e-2, (total(sums.rr) - explained) / (lines * part.width));
+        const double knows = std::max(explained, 0.02 * (tile.xx + tile.yy)) / rest;
+        const double weight = std::min(1.0, dSay / std::max(knows, 1e-9)) / rest;
+        all.xx += weight * tile.xx, all.xy += weight * tile.xy, all.yy += weight * tile.yy;
+        all.xr += weight * tile.xr, all.yr += weight * tile.yr;
+    }
+    return all;
 }
 
 SceneShift ShiftFinder::find() const
 {
-    constexpr int s32Tile = 16, s32LeastTile = 6, s32Lines = 120;
-    constexpr float fScale = 1 / 16.0F; // of the Sobel operator, for pixels of double width
-    constexpr double dSay = 20;
-    const auto tilesOf = [](int size) {
-        return std::max({1, size / s32Tile, std::min(4, size / s32LeastTile)});
-    };
-    const int down = tilesOf(m_s32Rows), across = tilesOf(m_s32Columns);
-    const int every = std::max(1, m_s32Rows / s32Lines);
-    Equations all, tile;
-    const auto lineOf = [&](const Line& picture, int row) {
-        return picture.data() + std::ptrdiff_t{mirrored(row, m_s32Rows)} * m_s32Stride + 1;
-    };
-    for (int i = 0; i < down; ++i)
-        for (int j = 0; j < across; ++j) {
-            const int top = m_s32Rows * i / down, bottom = m_s32Rows * (i + 1) / down;
-            const int left = m_s32Columns * j / across, right = m_s32Columns * (j + 1) / across;
-            GradientSums sums;
-            for (int r = top; r < bottom; r += every)
-                sumGradients(lineOf(m_vecEstimate, r - 1) + left, lineOf(m_vecEstimate, r) + left,
-                             lineOf(m_vecEstimate, r + 1) + left, lineOf(m_vecResidual, r) + left, fScale,
-                             sums, right - left);
-            tile.xx = total(sums.xx) + 1e-6, tile.xy = total(sums.xy), tile.yy = total(sums.yy) + 1e-6;
-            tile.xr = total(sums.xr), tile.yr = total(sums.yr);
-            double x = 0, y = 0;
-            tile.solve(x, y);
-            const double explained = x * tile.xr + y * tile.yr;
-            const int pixels = (bottom - top + every - 1) / every * (right - left);
-            const double rest = std::max(1e-2, (total(sums.rr) - explained) / pixels);
-            const double knows = std::max(explained, 0.02 * (tile.xx + tile.yy)) / rest;
-            const double weight = std::min(1.0, dSay / std::max(knows, 1e-9)) / rest;
-            all.xx += weight * tile.xx, all.xy += weight * tile.xy, all.yy += weight * tile.yy;
-            all.xr += weight * tile.xr, all.yr += weight * tile.yr;
-        }
+    const Level& half = m_aLevels[0];
+    Equations all = equationsOf(half, half.estimate, half.residual, s32Tile, fSobel / 2);
     double x = 0, y = 0;
     all.solve(x, y);
-    const double pooled = (x * all.xr + y * all.yr) / (dSay * down * across);
+    const double explained = x * all.xr + y * all.yr;
+    const double pooled = explained / (dSay * tilesOf(half.rows, half.columns, s32Tile).area());
     const double sure = std::clamp((pooled - 0.15) / 0.15, 0.0, 1.0);
     SceneShift shift{static_cast<float>(x * sure), static_cast<float>(y * sure)};
+    constexpr double dChance = 10;
+    shift.isHinted = explained > dChance;
     if (pooled > 0.3)
         shift.cut = static_cast<float>(std::clamp((std::hypot(shift.x, shift.y) - 0.25) / 0.25, 0.0, 1.0));
     return shift;
+}
+
+/// To (x, y), in pixels of the level. The level of the frame does not count.
+void ShiftFinder::move(Level& level, float x, float y)
+{
+    const int rows = level.rows, columns = level.columns;
+    m_oMover.move(level.line(level.estimate, 0), rows, columns, level.stride, x, y,
+                  level.line(level.moved, 0));
+    const auto known = [](float shift, int size) {
+        const int from = static_cast<int>(std::ceil(std::max(0.0F, -shift))),
+                  beyond = static_cast<int>(std::ceil(std::max(0.0F, shift)));
+        return cv::Range(from, size - beyond);
+    };
+    const cv::Range across = known(x, columns), down = known(y, rows);
+    double sum = 0;
+    for (int r = 0; r < rows; ++r) {
+        const float *estimate = level.line(level.estimate, r), *residual = level.line(level.residual, r);
+        float *moved = level.line(level.moved, r), *rest = level.line(level.rest, r);
+        mirrorEnds(moved, columns, 1);
+        for (int c = 0; c < columns; ++c)
+            rest[c] = (estimate[c] + residual[c]) - moved[c];
+        if (r >= down.start && r < down.end)
+            sum += std::accumulate(rest + across.start, rest + across.end, 0.0F);
+    }
+    level.inside = {across.start, down.start, across.size(), down.size()};
+    const auto mean = static_cast<float>(sum / level.inside.area());
+    for (float& value : level.rest)
+        value -= mean;
+}
+
+/// How far (x, y) is beyond chance: what the tiles win by it, none more than its say, over the larger of how
+/// much they disagree and of how much noise would win.
+double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
+{
+    move(level, x, y);
+    const cv::Rect inside = level.inside;
+    // The estimate where it is, as smooth as it becomes between pixels: that alone brings it nearer.
+    const float sideX = sideFor(keptNoise(x)), sideY = sideFor(keptNoise(y));
+    const auto smoothAcross = [sideX](const float* line, int c) {
+        return line[c] + sideX * (line[c - 1] - 2 * line[c] + line[c + 1]);
+    };
+    double mean = 0;
+    for (int r = inside.y; r < inside.y + inside.height; ++r) {
+        const float* residual = level.line(level.residual, r);
+        mean += std::accumulate(residual + inside.x, residual + inside.x + inside.width, 0.0F);
+    }
+    mean /= inside.area();
+
+    const cv::Size tiles = tilesOf(level.rows, level.columns, tileSize);
+    const int every = 2 * everyLine(level.rows) - 1;
+    double won = 0, chance = 0;
+    m_vecGains.clear();
+    for (int number = 0; number < tiles.area(); ++number) {
+        const cv::Rect part = tileAt(tiles, number, level.rows, level.columns) & inside;
+        double before = 0, after = 0, moves = 0;
+        int count = 0;
+        for (int r = part.y; r < part.y + part.height; r += every, count += part.width) {
+            const float *above = level.line(level.estimate, mirrored(r - 1, level.rows)),
+                        *estimate = level.line(level.estimate, r),
+                        *below = level.line(level.estimate, mirrored(r + 1, level.rows)),
+                        *residual = level.line(level.residual, r), *moved = level.line(level.moved, r),
+                        *rest = level.line(level.rest, r);
+            for (int c = part.x; c < part.x + part.width; ++c) {
+                const float middle = smoothAcross(estimate, c);
+                const float kept =
+                    middle + sideY * (smoothAcross(above, c) - 2 * middle + smoothAcross(below, c));
+                before += std::pow(static_cast<double>(residual[c] + estimate[c] - kept) - mean, 2);
+                after += square(rest[c]);
+                moves += square(moved[c] - kept);
+            }
+        }
+        if (count < 8)
+            continue;
+        const double variance = std::max(1e-2, std::min(before, after) / count);
+        const double gain = (before - after) / variance, most = moves / variance;
+        const double weight = std::min(1.0, dSay / std::max({1e-9, most, std::abs(gain)}));
+        won += weight * gain;
+        chance += 4 * weight * weight * most;
+        m_vecGains.push_back(static_cast<float>(weight * gain));
+    }
+    const auto count = static_cast<double>(m_vecGains.size());
+    if (count < 2)
+        return 0;
+    double spread = 0;
+    for (const float gain : m_vecGains)
+        spread += std::pow(gain - won / count, 2);
+    return won / std::sqrt(std::max(chance, spread * count / (count - 1)) + 4);
+}
+
+SceneShift ShiftFinder::align()
+{
+    constexpr double dCoarse = 1.5, dSure = 6;
+    for (std::size_t i = 1; i < m_nLevels; ++i) {
+        const Level& from = m_aLevels[i - 1];
+        Level& to = m_aLevels[i];
+        for (int r = 0; r < to.rows; ++r) {
+            halve(from.line(from.estimate, 2 * r), from.line(from.estimate, 2 * r + 1),
+                  to.line(to.estimate, r), to.columns);
+            mirrorEnds(to.line(to.estimate, r), to.columns, 1);
+            halve(from.line(from.residual, 2 * r), from.line(from.residual, 2 * r + 1),
+                  to.line(to.residual, r), to.columns);
+        }
+    }
+    double x = 0, y = 0; // in pixels of the level
+    for (std::size_t i = m_nLevels; i-- > 0; x *= 2, y *= 2) {
+        Level& level = m_aLevels[i];
+        const int tile = std::max(4, s32Tile >> i);
+        const bool isFinest = i == 0, isCoarsest = i + 1 == m_nLevels;
+        for (int round = 0; round < 2; ++round) {
+            move(level, static_cast<float>(x), static_cast<float>(y));
+            double stepX = 0, stepY = 0;
+            equationsOf(level, level.moved, level.rest, tile, fSobel).solve(stepX, stepY);
+            const auto stepped = [](double from, double step, int size) {
+                return std::clamp(from + std::clamp(step, -1.0, 1.0), -0.25 * size, 0.25 * size);
+            };
+            x = stepped(x, stepX, level.columns);
+            y = stepped(y, stepY, level.rows);
+        }
+        if ((isFinest || isCoarsest) && certainty(level, tile, static_cast<float>(x), static_cast<float>(y)) <
+                                            (isFinest ? dSure : dCoarse))
+            return {};
+    }
+    // Less is left to the estimate, which follows, instead of smoothing it between pixels all the time.
+    return std::hypot(x, y) < fLeastMove ? SceneShift{}
+                                         : SceneShift{static_cast<float>(x), static_cast<float>(y)};
 }
 
 } // namespace velmo::camera

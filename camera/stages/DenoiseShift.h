@@ -1,19 +1,24 @@
 // Not installed.
 #pragma once
 
-#include "camera/stages/DenoiseLines.h"
+#include "camera/stages/DenoiseMove.h"
+
+#include <opencv2/core/types.hpp>
+
+#include <array>
 
 namespace velmo::camera {
 
 /// How far the scene went since the last frame, in pixels.
 struct SceneShift
 {
-    float x = 0, y = 0; ///< 0 unless it is sure
-    float cut = 0;      ///< how sure it is that the whole scene is another
+    float x = 0, y = 0;    ///< 0 unless it is sure
+    float cut = 0;         ///< how sure it is that the whole scene is another
+    bool isHinted = false; ///< whether it explains more than chance does
 };
 
-/// Finds the shift that best explains what a frame differs by from an estimate by the slopes of the estimate:
-/// at half the size, by least squares in tiles none of which has more than its say.
+/// Finds the shift that best explains what a frame differs by from an estimate: at half the size and less, by
+/// the slopes of the estimate, by least squares in tiles none of which has more than its say.
 class ShiftFinder
 {
 public:
@@ -23,11 +28,42 @@ public:
     /// A pair of lines, row 2 * `row` and the next: the estimate, and the residual in any unit.
     void put(int row, const float* const (&estimate)[2], const float* const (&residual)[2]);
 
+    /// As far as slopes alone tell: up to a pixel or two.
     SceneShift find() const;
 
+    /// From where on the estimate is what the frame shows: the estimate is moved to and fro, from an eighth
+    /// of the size on, and what it then differs by has to be less all over the picture. Detail that stays
+    /// where it is, as a sensor's own pattern does, speaks against it.
+    /// @returns 0, 0 unless it is sure
+    SceneShift align();
+
 private:
-    int m_s32Rows = 0, m_s32Columns = 0, m_s32Stride = 0; ///< of the half pictures
-    Line m_vecEstimate, m_vecResidual;
+    /// What is compared, at half the size of another one. A pixel left and right of the lines is theirs, too.
+    struct Level
+    {
+        int rows = 0, columns = 0, stride = 0;
+        Line estimate, residual; ///< the residual of the estimate where it is
+        Line moved, rest;        ///< the estimate elsewhere, and what the frame differs by from it
+        cv::Rect inside;         ///< where the moved estimate is known
+
+        void create(int newRows, int newColumns);
+        float* line(Line& of, int row) const { return of.data() + std::ptrdiff_t{row} * stride + 1; }
+        const float* line(const Line& of, int row) const
+        {
+            return of.data() + std::ptrdiff_t{row} * stride + 1;
+        }
+    };
+    struct Equations;
+
+    static Equations equationsOf(const Level& level, const Line& estimate, const Line& residual, int tile,
+                                 float scale);
+    void move(Level& level, float x, float y);
+    double certainty(Level& level, int tile, float x, float y);
+
+    std::array<Level, 3> m_aLevels;
+    std::size_t m_nLevels = 0;
+    PictureMover m_oMover;
+    Line m_vecGains;
 };
 
 } // namespace velmo::camera

@@ -74,18 +74,39 @@ void Denoiser::start(const Frame& frame)
     m_fLevel = m_fDeviation = m_fNoise = 0;
     m_fRatio = m_fChanged = 1;
     m_oShift = {};
+    m_bMoved = false;
     m_vecColumns.assign(static_cast<std::size_t>(m_s32Columns), 0);
     m_vecRows.assign(static_cast<std::size_t>(m_s32Rows), 0);
     m_vecFixedColumns = m_vecColumns;
     m_vecFixedRows = m_vecRows;
     m_vecFixedLanes.assign(m_vecColumns.size(), 0);
     m_oPicture.create(m_s32Rows, m_s32Columns);
+    m_oRemoved.create(m_s32Rows, m_s32Columns);
     m_oCoarse.create(m_s32Rows, m_s32Columns);
     m_oSums.create(2, m_s32Columns);
     m_oShiftFinder.create(m_s32Rows, m_s32Columns);
+    m_oMover.create(m_s32Columns);
+    m_vecMoved.resize(pixels);
 }
 
 void Denoiser::follow(const Frame& frame)
+{
+    const float before = m_fDeviation;
+    compare(frame);
+    m_oShift = m_oShiftFinder.find();
+    const SceneShift shift = m_oShift.isHinted ? m_oShiftFinder.align() : SceneShift{};
+    m_bMoved = shift.x != 0 || shift.y != 0;
+    if (m_bMoved) {
+        moveEstimate(shift);
+        m_fDeviation = before;
+        compare(frame);
+        m_oShift = m_oShiftFinder.find();
+    }
+    update(frame);
+}
+
+/// Level and stripes of the frame, and what it then differs by from the estimate.
+void Denoiser::compare(const Frame& frame)
 {
     findLevel(frame);
     std::fill(m_vecColumns.begin(), m_vecColumns.end(), 0.0F);
@@ -99,8 +120,25 @@ void Denoiser::follow(const Frame& frame)
     if (before > 0) // a scene that moves is no camera that got noisier
         m_fDeviation = std::min(m_fDeviation, 3 * before);
     takeResiduals(frame);
-    m_oShift = m_oShiftFinder.find();
-    update(frame);
+}
+
+/// The estimate, and the age of the nearest pixel. What was not in the picture has none.
+void Denoiser::moveEstimate(const SceneShift& shift)
+{
+    m_oMover.move(estimate(0), m_s32Rows, m_s32Columns, m_s32Columns, shift.x, shift.y, m_vecMoved.data());
+    m_vecEstimate.swap(m_vecMoved);
+    const int x = static_cast<int>(std::lround(shift.x)), y = static_cast<int>(std::lround(shift.y));
+    const int from = static_cast<int>(std::ceil(std::max(0.0F, -shift.x))),
+              to = m_s32Columns - static_cast<int>(std::ceil(std::max(0.0F, shift.x)));
+    std::fill(m_vecMoved.begin(), m_vecMoved.end(), 0.0F);
+    for (int r = 0; r < m_s32Rows; ++r) {
+        const float source = static_cast<float>(r) + shift.y;
+        if (source < 0 || source > static_cast<float>(m_s32Rows - 1))
+            continue;
+        std::copy_n(m_vecAge.data() + std::ptrdiff_t{r + y} * m_s32Columns + from + x, to - from,
+                    m_vecMoved.data() + std::ptrdiff_t{r} * m_s32Columns + from);
+    }
+    m_vecAge.swap(m_vecMoved);
 }
 
 void Denoiser::findLevel(const Frame& frame)
@@ -234,10 +272,9 @@ void Denoiser::update(const Frame& frame)
         for (int i = 0; i < 5; ++i)
             rows[i] = m_oCoarse[mirrored(r + i - 2, m_s32Rows)] - 2;
         sumOfFive(rows, m_oSums[0] - 2, m_oSums[1] - 2, m_s32Columns + 4);
-        changed +=
-            updateLine(frame[r], stripesOf(r), m_fLevel,
-                       {m_oSums[0], m_oSums[1], m_vecLines.data(), m_fDeviation, m_oStrength.leastGain},
-                       estimate(r), m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns, m_s32Columns);
+        changed += updateLine(frame[r], stripesOf(r), m_fLevel,
+                              {m_oSums[0], m_oSums[1], m_vecLines.data(), m_fDeviation, leastGain()},
+                              estimate(r), m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns, m_s32Columns);
     }
     m_fChanged = static_cast<float>(static_cast<double>(changed) / 256 / static_cast<double>(frame.total()));
 }
@@ -255,6 +292,9 @@ void Denoiser::findNoise()
         const float above = noise / m_fDeviation;
         noise = std::min(noise, 1.4F * m_fDeviation) * std::clamp((5 - above) / 2.5F, 0.0F, 1.0F);
     }
+    // Between pixels its finest octave goes, and the noise of wider ones stays: that of so long a mean.
+    if (m_bMoved)
+        noise = std::max(noise, 1.2F * m_fDeviation * std::sqrt(leastGain() / 2));
     const float share = std::max(0.2F, m_fChanged);
     m_fNoise = towards(m_fNoise, noise, share);
     m_fRatio = towards(m_fRatio, ratio, share);
@@ -326,17 +366,19 @@ void Denoiser::smooth()
     constexpr int aSpacing[] = {1, 1, 2, 2};
     // Slopes are followed where most of the noise is; what is wide has hardly any left.
     constexpr short aBend[] = {3, 4, 0, 0};
-    m_oRemoved.create(m_s32Rows, m_s32Columns);
-    if (m_fNoise >= fLeastNoise)
-        for (int i = 0; i < 4; ++i) {
-            const float noise = fLaneUnits * m_oStrength.gates * (i == 0 ? 1 : std::sqrt(m_fRatio));
-            const auto gate = [noise](float difference) {
-                return Gate{static_cast<short>(std::lround(2 * difference * noise)),
-                            static_cast<short>(std::lround(4.5F * difference * noise))};
-            };
-            smoothOctave(m_oPicture, {1 << i, aSpacing[i], gate(aAcross[i]), gate(aDown[i]), aBend[i]},
-                         m_oRemoved, m_vecRings);
-        }
+    if (m_fNoise < fLeastNoise) {
+        std::fill(m_oRemoved.values.begin(), m_oRemoved.values.end(), short{0});
+        return;
+    }
+    for (int i = 0; i < 4; ++i) {
+        const float noise = fLaneUnits * m_oStrength.gates * (i == 0 ? 1 : std::sqrt(m_fRatio));
+        const auto gate = [noise](float difference) {
+            return Gate{static_cast<short>(std::lround(2 * difference * noise)),
+                        static_cast<short>(std::lround(4.5F * difference * noise))};
+        };
+        smoothOctave(m_oPicture, {1 << i, aSpacing[i], gate(aAcross[i]), gate(aDown[i]), aBend[i], i == 0},
+                     m_oRemoved, m_vecRings);
+    }
 }
 
 void Denoiser::finish(Frame& out)

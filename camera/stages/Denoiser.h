@@ -27,8 +27,9 @@ struct DenoiseStrength
 /// 1. Level: from the median of z - E on to the mean of what is within noise. E keeps its level.
 /// 2. Stripes that change: for columns and rows, the clipped means of z - E in four segments. What the
 ///    segments agree on is a stripe, and taken off z. A small share goes into E, which so finds their mean.
-/// 3. Movement: the shift that best explains the residual r = z - E by the slope of E, by least squares in
-///    tiles none of which has more than its say. A sudden one starts E anew.
+/// 3. Movement: where a shift of E brings it nearer to z all over the picture, E is moved there, and 1 and 2
+///    are done again. Of what is left, the shift that best explains the residual r = z - E by the slope of E,
+///    by least squares in tiles none of which has more than its say. A sudden one starts E anew.
 /// 4. Change: where r has more energy than noise in five by five pixels, in one, or in their sum, or where
 ///    the shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then
 ///    a running mean.
@@ -55,6 +56,8 @@ public:
 private:
     void start(const Frame& frame);
     void follow(const Frame& frame);
+    void compare(const Frame& frame);
+    void moveEstimate(const SceneShift& shift);
     void findLevel(const Frame& frame);
     float deviationOf(const Frame& frame);
     void findStripes(const Frame& frame, float deviation);
@@ -67,6 +70,12 @@ private:
     void finish(Frame& out);
 
     float* estimate(int row) { return m_vecEstimate.data() + std::ptrdiff_t{row} * m_s32Columns; }
+    /// The estimate becomes smoother each time it moves: it is a shorter mean then.
+    float leastGain() const
+    {
+        constexpr float fMoved = 0.15F;
+        return m_bMoved ? std::max(fMoved, m_oStrength.leastGain) : m_oStrength.leastGain;
+    }
     Stripes stripesOf(int row) const
     {
         return {m_vecColumns.data(), m_vecRows[static_cast<std::size_t>(row)], m_fStripeShare};
@@ -85,6 +94,7 @@ private:
     float m_fRatio = 1;     ///< of its second octave to what white noise has there
     float m_fChanged = 1;   ///< share of the pixels that the last frame changed
     SceneShift m_oShift;
+    bool m_bMoved = false; ///< whether the estimate was, for the last frame
 
     LineMeans m_oColumnMeans, m_oRowMeans;
     Line m_vecColumns, m_vecRows; ///< stripes of this frame
@@ -93,6 +103,8 @@ private:
 
     // Memory for what lasts no longer than a frame.
     ShiftFinder m_oShiftFinder;
+    PictureMover m_oMover;
+    Line m_vecMoved;
     OctaveNoiseMeter m_oNoiseMeter;
     Line m_vecSorted, m_vecSegment, m_vecLines;
     std::vector<short> m_vecFixedLanes;

@@ -115,6 +115,15 @@ void addFloatLoops(std::vector<KernelCase>& all)
             return Left() << out.all;
         };
     });
+    add(all, mixLines, [=](Random& random, int round) {
+        return [=, in = three(random, round)](auto& form) {
+            Guarded<float> out(static_cast<std::size_t>(round));
+            const float* lines[] = {in[0].data(), in[1].data(), in[2].data(), in[3].data()};
+            const float weights[] = {-0.07F, 0.9F, 0.2F, -0.03F};
+            form(lines, weights, out.data(), round);
+            return Left() << out.all;
+        };
+    });
     add(all, sumGradients, [=](Random& random, int round) {
         return [=, in = three(random, round)](auto& form) {
             GradientSums sums;
@@ -239,7 +248,8 @@ std::vector<KernelCase> denoiseKernels()
             const auto lower = static_cast<short>(random(1, 110));
             return Gate{lower, static_cast<short>(lower * 9 / 4 + 1)};
         };
-        const Octave octave{1 << round % 4, 1 + round % 2, gate(), gate(), static_cast<short>(random(0, 4))};
+        const Octave octave{1 << round % 4, 1 + round % 2, gate(), gate(), static_cast<short>(random(0, 4)),
+                            random.oneIn(2)};
         const Lanes in = picture(random, random(1, 45), random(1, 70));
         return [=](auto& form) {
             Lanes smooth = in, removed = in;
