@@ -93,8 +93,39 @@ Response responseOf(const PixelStatistics& statistics, int y, int x)
     return {1 + follow / movement, std::sqrt(noise / movement / static_cast<float>(statistics.m_nFrames))};
 }
 
+/// How far the calmer quarter of the pixels goes by itself, at most: as a variance.
+float restOf(const Suspects& suspects)
+{
+    std::vector<float> good;
+    for (int y = 0; y < suspects.bad.rows; ++y)
+        for (int x = 0; x < suspects.bad.cols; ++x)
+            if (suspects.bad(y, x) == 0)
+                good.push_back(suspects.statistics.m_oRestless(y, x));
+    return good.empty() ? 0 : quantileOf(good, 0.25);
+}
+
+/// Whether a value goes less than half as far up and down as those of all that touch it but one, which go
+/// with what is around them: fine things of the scene, which hide how a pixel answers, pass over all of them.
+/// Of few frames less is asked for, as a variance is uncertain by so much. `rest`: what moves goes three
+/// times as far.
+bool hardlyVaries(const Suspects& suspects, cv::Point at, float rest)
+{
+    constexpr std::size_t enoughFrames = 15;
+    const PixelStatistics& statistics = suspects.statistics;
+    auto around = valuesAround(suspects, suspects.bad, at, 1, [&](int y, int x) {
+        return varianceOfValue(statistics, {x, y});
+    });
+    if (statistics.m_nFrames < enoughFrames || around.size() < 5)
+        return false;
+    std::nth_element(around.begin(), around.begin() + 1, around.end());
+    const float least = around[1];
+    const float chance = std::exp(-4 / std::sqrt(static_cast<float>(statistics.m_nFrames - 1)));
+    return statistics.m_oMovement(at) > std::max(9 * rest, 0.5F * least) &&
+           varianceOfValue(statistics, at) + rounding < 0.25F * chance * least;
+}
+
 /// By how many deviations a pixel answers less than its neighbours; 0 for good ones.
-float weakness(const Suspects& suspects, cv::Point at)
+float weakness(const Suspects& suspects, cv::Point at, float rest)
 {
     const PixelStatistics& statistics = suspects.statistics;
     const Response own = responseOf(statistics, at.y, at.x);
@@ -121,8 +152,9 @@ float weakness(const Suspects& suspects, cv::Point at)
     const Spread usual = spreadOf(slopes);
     const float missing = usual.middle - own.slope;
     const bool beyondNoise = missing * missing * movement > 6 * (medianOf(noises) + rounding);
-    if (own.slope >= 0.5F * usual.middle || own.slope >= lowQuarter - 0.1F || !beyondNoise ||
-        missing <= 6 * std::max(usual.deviation, 0.67F * own.doubt))
+    const bool outlies = beyondNoise && missing > 6 * std::max(usual.deviation, 0.67F * own.doubt);
+    if (own.slope >= 0.5F * usual.middle || own.slope >= lowQuarter - 0.1F ||
+        !(outlies || hardlyVaries(suspects, at, rest)))
         return 0;
     return missing / std::max(usual.deviation, own.doubt);
 }
@@ -161,11 +193,12 @@ void findWeak(Suspects& suspects)
 {
     if (suspects.statistics.m_nFrames < fewestFrames)
         return;
+    const float rest = restOf(suspects);
     std::vector<std::pair<cv::Point, float>> found;
     for (int y = 0; y < suspects.bad.rows; ++y)
         for (int x = 0; x < suspects.bad.cols; ++x)
             if (suspects.bad(y, x) == 0)
-                if (const float far = weakness(suspects, {x, y}); far > 0)
+                if (const float far = weakness(suspects, {x, y}, rest); far > 0)
                     found.emplace_back(cv::Point(x, y), far);
     for (const auto& [pixel, far] : found)
         suspects.flag(pixel, Weak, far);

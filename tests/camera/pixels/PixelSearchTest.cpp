@@ -265,6 +265,20 @@ TEST(PixelSearch, LearnsNothingFromARepeatedFrame)
     EXPECT_EQ(search(repeated).list(), search(frames).list());
 }
 
+TEST(PixelSearch, FindsWeakPixelsWhereLittleMovesAndPixelsAreRestless)
+{
+    Random random(4);
+    Frames frames;
+    for (int n = 0; n < 80; ++n)
+        frames.push_back(matrixOf<unsigned short>(
+            {64, 48}, [&](int, int) { return clip(7000 + 23 * std::sin(0.17 * n) + 5 * random.normal()); }));
+    EXPECT_EQ(search(frames).count(), 0U);
+    const cv::Mat_<unsigned char> truth = plant(frames, kinds.back(), 1);
+    const PixelMap faults = search(frames).faults;
+    EXPECT_GE(cv::countNonZero((faults == Weak) & (truth != 0)), 54); // of 60
+    EXPECT_EQ(cv::countNonZero((faults != 0) & (truth == 0)), 0);
+}
+
 TEST(PixelSearch, FindsRowsAndColumnsThatAreOffAsAWhole)
 {
     for (const auto [count, row, column] : {std::array{1, 20, 60}, {20, 20, 60}, {1, 95, 0}, {20, 0, 127}}) {
