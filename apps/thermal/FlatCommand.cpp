@@ -84,7 +84,7 @@ void addFlatCommand(const Command& program)
             "--other", options->other,
             "Frames of the shutter, or of a wall, at another temperature: how strongly each pixel responds "
             "is learnt, too")
-        .form("FILE...");
+        .form("FILE");
     options->settings.addTo(command, {"temperature/unit"});
     command
         .option("--out", options->out,

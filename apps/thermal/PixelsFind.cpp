@@ -134,7 +134,7 @@ void addPixelsFind(const Command& pixels)
         .option(
             "--shutter", options->shutter,
             "Frames of the closed shutter, for raw frames that were never corrected: their mean is taken off")
-        .form("FILE...");
+        .form("FILE");
     command
         .option(
             "--out", options->out,
