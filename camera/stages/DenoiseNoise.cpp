@@ -92,6 +92,7 @@ OctaveNoise OctaveNoiseMeter::of(const float* picture, int rows, int columns)
     OctaveNoise noise;
     noise.deviation =
         std::sqrt(std::clamp((fSceneRatio * fine - coarse) / (fSceneRatio - fNoiseRatio), 0.0F, fine));
+    noise.most = std::sqrt(std::max(fine, coarse));
     const float ratio = coarse / std::max(fine, 1e-6F);
     noise.ratio = std::max(1.0F, std::min(ratio, 2 * fNoiseRatio - ratio));
     return noise;

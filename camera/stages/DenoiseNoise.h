@@ -13,6 +13,7 @@ int everyNoiseBlockRow(int rows, int columns);
 struct OctaveNoise
 {
     float deviation = 0;
+    float most = 0;  ///< deviation of either octave, whether noise or scene
     float ratio = 0; ///< of the energy of the second octave to what white noise has there
 };
 

@@ -111,14 +111,12 @@ void Denoiser::compare(const Frame& frame)
     findLevel(frame);
     std::fill(m_vecColumns.begin(), m_vecColumns.end(), 0.0F);
     std::fill(m_vecRows.begin(), m_vecRows.end(), 0.0F);
-    float deviation = deviationOf(frame);
-    if (m_s32Frames > 1)
-        deviation = std::min(deviation, 2 * m_fDeviation);
-    findStripes(frame, std::max(0.2F, deviation));
-    const float before = m_fDeviation;
-    m_fDeviation = std::max(fLeastDeviation, deviationOf(frame));
-    if (before > 0) // a scene that moves is no camera that got noisier
-        m_fDeviation = std::min(m_fDeviation, 3 * before);
+    const float deviation = deviationOf(frame), before = m_fDeviation;
+    float most = before > 0 ? 3 * before : deviation; // a scene that moves is no camera that got noisier
+    if (deviation > 1.5F * before)
+        most = std::min(most, mostDeviationOf(frame));
+    findStripes(frame, std::max(0.2F, std::min({deviation, most, before > 0 ? 2 * before : most})));
+    m_fDeviation = std::max(fLeastDeviation, std::min(deviationOf(frame), most));
     takeResiduals(frame);
 }
 
@@ -179,6 +177,16 @@ float Denoiser::deviationOf(const Frame& frame)
         }
     }
     return fMeanAbsolute * quantile(m_vecSorted, 0.4);
+}
+
+/// Noise in time shows in the octaves of a single frame, too, and a scene only adds to them: what two frames
+/// differ by beyond that is no noise.
+float Denoiser::mostDeviationOf(const Frame& frame)
+{
+    for (int r = 0; r < m_s32Rows; ++r)
+        std::copy_n(frame[r], m_s32Columns, m_vecMoved.data() + std::ptrdiff_t{r} * m_s32Columns);
+    constexpr float fOfTwo = 1.6F; // frames, and some room
+    return fOfTwo * m_oNoiseMeter.of(m_vecMoved.data(), m_s32Rows, m_s32Columns).most;
 }
 
 void Denoiser::findStripes(const Frame& frame, float deviation)
@@ -281,7 +289,9 @@ void Denoiser::update(const Frame& frame)
 
 void Denoiser::findNoise()
 {
-    auto [noise, ratio] = m_oNoiseMeter.of(m_vecEstimate.data(), m_s32Rows, m_s32Columns);
+    const OctaveNoise found = m_oNoiseMeter.of(m_vecEstimate.data(), m_s32Rows, m_s32Columns);
+    float noise = found.deviation;
+    const float ratio = found.ratio;
     if (m_s32Frames == 0) {
         m_fNoise = noise;
         m_fRatio = ratio;

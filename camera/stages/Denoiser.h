@@ -60,6 +60,7 @@ private:
     void moveEstimate(const SceneShift& shift);
     void findLevel(const Frame& frame);
     float deviationOf(const Frame& frame);
+    float mostDeviationOf(const Frame& frame);
     void findStripes(const Frame& frame, float deviation);
     void takeResiduals(const Frame& frame);
     void explain(int row);

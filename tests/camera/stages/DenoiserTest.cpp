@@ -177,6 +177,21 @@ TEST(Denoiser, FollowsACameraThatPans)
         }
 }
 
+TEST(Denoiser, TakesNoSceneForTheNoiseOfAnother)
+{
+    // From the first frames on every one shows another place, as from the air.
+    cv::RNG random(7);
+    std::vector<Values> places(6);
+    for (Values& place : places) {
+        place.create(size);
+        random.fill(place, cv::RNG::NORMAL, 8000, 900);
+        cv::GaussianBlur(place, place, {0, 0}, 3); // some 80 counts
+    }
+    const Errors errors = errorsOf(
+        {2}, [&](int time) { return places[static_cast<std::size_t>(time)].clone(); }, 1, 6);
+    EXPECT_LE(errors.clean, 1.5 * errors.raw);
+}
+
 TEST(Denoiser, LearnsNothingFromARepeatedFrame)
 {
     const Simulation simulation({"", false, still}, {2}, size, 8);
