@@ -108,6 +108,9 @@ TEST(Detail, AmplifiesWhatStandsOutOfTheNoiseAndNothingElse)
     Detail(10).apply(full, 1, 1e6, out); // nothing wraps
     EXPECT_EQ(out(0, 0), 65535);
     EXPECT_EQ(out(2, 2), 0);
+    const Frame bare = slope(20000, 4, 0);
+    Detail(4).apply(bare, 0, edge, out);
+    EXPECT_TRUE(same(out, bare)); // a slope is no detail
 }
 
 TEST(Tone, KeepsColoursAndLegendOfOneTable)

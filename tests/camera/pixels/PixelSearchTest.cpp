@@ -231,22 +231,37 @@ TEST(PixelSearch, FindsWeakPixelsInTheCorners)
     EXPECT_GE(found, planted / 3); // eight neighbours know less than 24
 }
 
+int oddOf(const cv::Mat_<float>& plane, cv::Mat_<unsigned char> bad)
+{
+    int pixels = 0;
+    OddSpots(plane, bad, {7, 1, 0.3F, 1, 1}).find([&](cv::Point, float) { ++pixels; });
+    return pixels;
+}
+
 TEST(OddSpots, AreNotTheBrightPlacesOfALine)
 {
     const auto found = [](float line, cv::Point step) {
         cv::Mat_<float> plane(41, 41, 0.0F);
-        cv::Mat_<unsigned char> bad(41, 41, static_cast<unsigned char>(0));
         for (int k = -20; k <= 20; ++k)
             plane(20 + k * step.y, 20 + k * step.x) = line;
         plane(20, 20) = 70;
-        int pixels = 0;
-        OddSpots(plane, bad, {7, 1, 0.3F, 1, 1}).find([&](cv::Point, float) { ++pixels; });
-        return pixels;
+        return oddOf(plane, cv::Mat::zeros(plane.size(), CV_8U));
     };
     for (const cv::Point& step : {cv::Point(1, 0), {0, 1}, {1, 1}, {-1, 1}}) {
         EXPECT_EQ(found(0, step), 1);
         EXPECT_EQ(found(30, step), 0) << step;
     }
+}
+
+TEST(OddSpots, NeedFiveGoodPixelsAroundThem)
+{
+    cv::Mat_<float> plane(12, 12, 0.0F);
+    cv::Mat_<unsigned char> bad(12, 12, static_cast<unsigned char>(0));
+    plane(0, 0) = 70; // in the corner it has eight
+    bad(cv::Rect(0, 2, 3, 1)) = 1;
+    EXPECT_EQ(oddOf(plane, bad.clone()), 1);
+    bad(1, 2) = 1;
+    EXPECT_EQ(oddOf(plane, bad), 0);
 }
 
 TEST(PixelSearch, FindsNothingInScenesWithoutDefects)

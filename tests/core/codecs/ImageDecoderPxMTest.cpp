@@ -178,6 +178,9 @@ TEST_F(PxM, DoesNotOpenWhatIsNoFile)
     for (const std::string& name :
          {path("missing"), path(""), ""s, std::string(5000, 'x'), path("pipe"), "/dev/zero"s})
         EXPECT_FALSE(decoder.open(name)) << name;
+    // Of what is none, only the beginning is read: nobody has memory for this.
+    std::filesystem::resize_file(put("recording", "raw"), std::uintmax_t{1} << 40);
+    EXPECT_FALSE(decoder.open(path("recording")));
 }
 
 TEST_F(PxM, RefusesARasterThatTheFileDoesNotFillOrThatHoldsNoSamples)
