@@ -26,10 +26,11 @@ struct Stream
         }
     }
 
-    const Frame& next() { return frames[number++ % frames.size()]; }
+    /// Each filter counts for itself: one that met the same frame again and again would have nothing to do.
+    const Frame& next(std::size_t filter) { return frames[numbers[filter]++ % frames.size()]; }
 
     std::array<Frame, 4> frames;
-    std::size_t number = 0;
+    std::array<std::size_t, 4> numbers{};
     Denoiser denoiser{{0.07F, 1}};
     Frame out, median, average;
     cv::Mat_<float> real, bilateral, mean;
@@ -39,17 +40,17 @@ Job denoise(cv::Size size)
 {
     const auto stream = std::make_shared<Stream>(size);
     Job job(4 * static_cast<std::size_t>(size.area()), static_cast<std::size_t>(size.area()));
-    job.ours([=] { stream->denoiser.process(stream->next(), stream->out); });
+    job.ours([=] { stream->denoiser.process(stream->next(0), stream->out); });
     // Neither finds out how large the noise is, nor sees stripes.
-    job.peer("medianBlur", [=] { cv::medianBlur(stream->next(), stream->median, 3); });
+    job.peer("medianBlur", [=] { cv::medianBlur(stream->next(1), stream->median, 3); });
     job.peer("bilateralFilter", [=] {
-        stream->next().convertTo(stream->real, CV_32F);
+        stream->next(2).convertTo(stream->real, CV_32F);
         cv::bilateralFilter(stream->real, stream->bilateral, 5, 12, 1.5);
     });
     job.peer("accumulateWeighted", [=] {
         if (stream->mean.empty())
-            stream->next().convertTo(stream->mean, CV_32F);
-        cv::accumulateWeighted(stream->next(), stream->mean, 0.1);
+            stream->next(3).convertTo(stream->mean, CV_32F);
+        cv::accumulateWeighted(stream->next(3), stream->mean, 0.1);
         stream->mean.convertTo(stream->average, CV_16U);
     });
     if (size.width == 640)
