@@ -80,6 +80,7 @@ TEST(Isotherm, PaintsItsValuesAndNoOthers)
         {"above:1500:FF0000", counts, 1501, 65535, "above 1500"},
         {"below:1500:FF0000:solid", counts, 0, 1499, "below 1500"},
         {"between:1500:1600:FF0000", counts, 1500, 1600, "1500 to 1600"},
+        {"between:500:600:FF0000", counts, 500, 600, "500 to 600"},
         {"above:37.5:FF0000", centikelvin, 31066, 65535, "above 37.5 °C"},
         {"below:0:FF0000", centikelvin, 0, 27314, "below 0 °C"},
         {"between:29000n:20:FF0000", centikelvin, 29000, 29315, "29000n to 20 °C"},

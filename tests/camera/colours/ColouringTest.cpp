@@ -85,6 +85,9 @@ TEST(Legend, PutsLabelsBesideTheirValues)
         EXPECT_NEAR(rowOf(whole, std::to_string(range.low)), 110, 3);
         EXPECT_EQ((widths.insert(whole.cols), widths.size()), 1U);
     }
+    Colouring marked(settingsWith({{"colours/isotherms", "above:1500:FF0000"}}), Thermometer());
+    whole = withLegend(Picture(120, 20, cv::Vec3b(1, 2, 3)), marked, {1000, 2000}, Thermometer());
+    EXPECT_GE(rowOf(whole, "above 1500"), 0);
 }
 
 TEST(Legend, FitsAnyPicture)
