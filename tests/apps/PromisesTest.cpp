@@ -159,7 +159,7 @@ TEST_F(Promises, TextsFromOutsideCannotSpeakToTheTerminal)
     EXPECT_EQ(call("render evil.pgm --out o").errors.find('\x1b'), std::string::npos);
 }
 
-TEST_F(Promises, TenThousandPalettesAreListedWithinASecond)
+TEST_F(Promises, TenThousandPalettesAreListedAtOnce)
 {
     const auto file = [](int count) {
         std::string text = "<group name=\"g\">";
@@ -172,7 +172,8 @@ TEST_F(Promises, TenThousandPalettesAreListedWithinASecond)
     write("many.xml", file(10000));
     const std::clock_t begin = std::clock();
     const std::string list = said("palettes --csv --file many.xml");
-    EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC);
+    // A tenth of a second, and one where the processor is emulated. A search for each of them takes 11.
+    EXPECT_LT(std::clock() - begin, 4 * CLOCKS_PER_SEC);
     EXPECT_THAT(list, HasSubstr("\nP9999,2,#000000,#FFFFFF\n"));
     expectRefusals({{"palettes --file many.xml --out sheet.png", "at most 500 palettes, there are 100"}});
 }
