@@ -35,6 +35,25 @@ std::string sectionOf(const std::string& path)
     return path.substr(0, path.find('/'));
 }
 
+/// What stands in front of each value in an INI file: the section where it begins, what the setting does.
+std::vector<std::string> makeHeads()
+{
+    std::vector<std::string> heads;
+    std::string section;
+    for (const Key& key : keys()) {
+        std::string head;
+        if (sectionOf(key.path) != section) {
+            section = sectionOf(key.path);
+            head = (heads.empty() ? "[" : "\n[") + section + "]\n";
+        }
+        const std::string limits = key.kind.limits();
+        heads.push_back(head + "\n; " + key.sentence + ".\n; " + key.kind.shape() +
+                        (limits.empty() ? "" : "; " + limits) + (key.unit.empty() ? "" : "; " + key.unit) +
+                        "\n" + key.path.substr(section.size() + 1) + " =");
+    }
+    return heads;
+}
+
 } // namespace
 
 Settings::Settings(const Tree& tree)
@@ -78,8 +97,12 @@ void Settings::set(const std::string& path, const std::string& value, const std:
 
 std::string Settings::text(const std::string& path) const
 {
-    const Key& key = keyOf(path);
-    const std::shared_ptr<exp::Variant> value = m_oTree.get(path);
+    return text(keyOf(path));
+}
+
+std::string Settings::text(const Key& key) const
+{
+    const std::shared_ptr<exp::Variant> value = m_oTree.get(key.path);
     return value ? value->toString() : key.fallback;
 }
 
@@ -95,16 +118,12 @@ std::vector<std::string> Settings::list(const std::string& path) const
 
 std::string Settings::ini() const
 {
-    std::string file, section;
-    for (const Key& key : keys()) {
-        if (sectionOf(key.path) != section) {
-            section = sectionOf(key.path);
-            file += (file.empty() ? "[" : "\n[") + section + "]\n";
-        }
-        const std::string limits = key.kind.limits(), value = iniValue(key, text(key.path));
-        file += "\n; " + key.sentence + ".\n; " + key.kind.shape() + (limits.empty() ? "" : "; " + limits) +
-                (key.unit.empty() ? "" : "; " + key.unit) + "\n" + key.path.substr(section.size() + 1) +
-                " =" + (value.empty() ? "" : " ") + value + "\n";
+    static const std::vector<std::string> heads = makeHeads();
+    std::string file;
+    for (std::size_t n = 0; n < heads.size(); ++n) {
+        const Key& key = keys()[n];
+        const std::string value = iniValue(key, text(key));
+        file += heads[n] + (value.empty() ? "" : " ") + value + "\n";
     }
     return file;
 }

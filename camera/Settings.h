@@ -11,6 +11,8 @@
 
 namespace velmo::camera {
 
+struct Key;
+
 /// What is chosen of everything that can be chosen: a tree of settings, each of them a row of the table in
 /// camera/settings/Keys.h. What is not in the tree has its default. Paths and values that are not in the
 /// table are refused, so that what is here is in order.
@@ -62,6 +64,7 @@ public:
 private:
     void add(const Tree& group, const std::string& prefix);
     void put(const std::string& path, const exp::Variant& value);
+    std::string text(const Key& key) const;
 
     Tree m_oTree;
 };

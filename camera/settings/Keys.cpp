@@ -6,7 +6,10 @@
 #include "vision/imgproc/TemporalNoiseReduction.h"
 
 #include <algorithm>
-#include <numeric>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
 
 namespace velmo::camera {
 namespace {
@@ -173,31 +176,61 @@ std::vector<Key> makeKeys()
     };
 }
 
-/// How many letters have to be put in, taken out or changed to make one word of another.
-std::size_t distance(const std::string& from, const std::string& to)
-{
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), 0U);
-    for (std::size_t i = 1; i <= from.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 1; j <= to.size(); ++j) {
-            const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min(changed, std::min(row[j], row[j - 1]) + 1);
-        }
-    }
-    return row.back();
-}
+constexpr std::size_t nLongest = 64; // letters of a word that is compared: one bit for each
 
-std::string lastPart(const std::string& path)
+/// A word that others are compared with, letter by letter against all places at once: E. W. Myers, "A fast
+/// bit-vector algorithm for approximate string matching based on dynamic programming", 1999, in the form that
+/// H. Hyyrö gave it for whole words, 2003.
+class Spelling
+{
+public:
+    explicit Spelling(std::string_view word) : m_nLength(word.size())
+    {
+        for (std::size_t i = 0; i < word.size(); ++i)
+            m_arrPlaces[static_cast<unsigned char>(word[i])] |= std::uint64_t{1} << i;
+    }
+
+    /// How many letters have to be put in, taken out or changed to make one word of the other.
+    std::size_t distance(std::string_view other) const
+    {
+        if (m_nLength == 0)
+            return other.size();
+        // A bit for each row of the table of distances: whether the one below it is one more, or one less.
+        std::uint64_t more = ~std::uint64_t{0}, less = 0;
+        std::size_t last = m_nLength;
+        for (const char letter : other) {
+            const std::uint64_t same = m_arrPlaces[static_cast<unsigned char>(letter)];
+            const std::uint64_t kept = (((same & more) + more) ^ more) | same | less;
+            std::uint64_t grown = less | ~(kept | more), shrunk = more & kept; // since the column before
+            last += grown >> (m_nLength - 1) & 1;
+            last -= shrunk >> (m_nLength - 1) & 1;
+            grown = grown << 1 | 1;
+            shrunk <<= 1;
+            more = shrunk | ~(kept | grown);
+            less = kept & grown;
+        }
+        return last;
+    }
+
+private:
+    std::size_t m_nLength;
+    std::array<std::uint64_t, 256> m_arrPlaces{}; ///< bits of the places where a letter stands
+};
+
+std::string_view lastPart(std::string_view path)
 {
     return path.substr(path.rfind('/') + 1);
 }
 
-/// In another section the right name counts as near.
-std::size_t farFrom(const Key& key, const std::string& path)
+/// The key whose path is most like this one; in another section the right name counts as near.
+const Key& nearestTo(std::string_view path)
 {
-    return std::min(distance(path, key.path), distance(lastPart(path), lastPart(key.path)) + 1);
+    const Spelling spelt(path), name(lastPart(path));
+    const auto far = [&](const Key& key) {
+        return std::min(spelt.distance(key.path), name.distance(lastPart(key.path)) + 1);
+    };
+    return *std::min_element(keys().begin(), keys().end(),
+                             [&](const Key& one, const Key& other) { return far(one) < far(other); });
 }
 
 } // namespace
@@ -214,18 +247,8 @@ const Key& keyOf(const std::string& path)
         std::find_if(keys().begin(), keys().end(), [&](const Key& key) { return key.path == path; });
     if (found != keys().end())
         return *found;
-    constexpr std::size_t nLongest = 64;
     const std::string shown = path.substr(0, nLongest);
-    const Key* nearest = nullptr;
-    std::size_t least = 0;
-    for (const Key& key : keys()) {
-        const std::size_t far = farFrom(key, shown);
-        if (!nearest || far < least) {
-            nearest = &key;
-            least = far;
-        }
-    }
-    VELMO_THROW("there is no setting '" + shown + "'; the nearest is " + nearest->path);
+    VELMO_THROW("there is no setting '" + shown + "'; the nearest is " + nearestTo(shown).path);
 }
 
 } // namespace velmo::camera

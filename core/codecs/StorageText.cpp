@@ -8,12 +8,13 @@ namespace velmo::exp {
 
 std::uint64_t readUpTo(std::istream& in, std::uint64_t count, std::string& bytes)
 {
-    constexpr std::uint64_t chunk = 1 << 16;
     const QuietStream quiet(in);
     std::uint64_t left = count;
     while (left > 0 && in.good()) {
         const std::size_t had = bytes.size();
-        const std::size_t wanted = static_cast<std::size_t>(std::min(chunk, left));
+        // As much as there is already: what is made room for is zeroed first, and most texts are short.
+        const auto chunk = std::clamp<std::uint64_t>(had, 1 << 12, 1 << 16);
+        const auto wanted = static_cast<std::size_t>(std::min(chunk, left));
         bytes.resize(had + wanted);
         in.read(bytes.data() + had, static_cast<std::streamsize>(wanted));
         bytes.resize(had + static_cast<std::size_t>(in.gcount()));

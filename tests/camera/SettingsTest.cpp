@@ -80,7 +80,8 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
     expectRefused<const char*, const char*>(
         {{"noise/temporel", "16:2048", "the nearest is noise/temporal"},
          {"blobs/spatial", "4", "the nearest is noise/spatial"},
-         {"", "4", "no setting ''"},
+         {"", "4", "no setting ''; the nearest is temperature/air"},
+         {std::string(100, 'a').c_str(), "4", ("'" + std::string(64, 'a') + "'; the nearest is").c_str()},
          {"noise/temporal/gain", "4", "noise/temporal"},
          {"noise/temporal", "16", "'16' is not off or GAIN:FACTOR"},
          {"noise/temporal", "17:0", "noise/temporal GAIN: '17' is not a whole number from 0 to 16"},
