@@ -145,24 +145,26 @@ using SubtractStripes = void(short* line, const short* columns, short row, int c
 SubtractStripes subtractStripesPlain;
 extern const Forms<SubtractStripes> subtractStripes;
 
-/// A picture in 16-bit lanes: rows of `stride` with `margin` elements before and behind them.
+/// A picture in 16-bit lanes: rows of `stride` with `s32Margin` elements before and behind them. Each row
+/// begins where the cache's lines do, so that few vectors lie across two of them.
 struct Lanes
 {
-    static constexpr int s32Margin = 16;
+    static constexpr int s32Margin = 32;
 
     std::vector<short> values;
     int rows = 0, columns = 0, stride = 0;
+    std::ptrdiff_t first = 0;
 
     void create(int newRows, int newColumns)
     {
-        rows = newRows, columns = newColumns, stride = newColumns + 2 * s32Margin;
-        values.assign(static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride), 0);
+        constexpr int line = 64 / sizeof(short);
+        rows = newRows, columns = newColumns, stride = (newColumns + line - 1) / line * line + 2 * s32Margin;
+        values.assign(static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride) + line, 0);
+        const auto beyond = reinterpret_cast<std::uintptr_t>(values.data()) / sizeof(short) % line;
+        first = s32Margin + (line - static_cast<std::ptrdiff_t>(beyond)) % line;
     }
-    short* operator[](int row) { return values.data() + std::ptrdiff_t{row} * stride + s32Margin; }
-    const short* operator[](int row) const
-    {
-        return values.data() + std::ptrdiff_t{row} * stride + s32Margin;
-    }
+    short* operator[](int row) { return values.data() + std::ptrdiff_t{row} * stride + first; }
+    const short* operator[](int row) const { return values.data() + std::ptrdiff_t{row} * stride + first; }
 };
 
 /// Between neighbours that differ by up to `lower` a smoothing flows freely, from `upper` on not at all.
