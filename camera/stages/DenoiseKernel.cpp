@@ -296,6 +296,20 @@ VELMO_CLONES void mixLoop(const short* __restrict in, const short* __restrict fl
     }
 }
 
+/// A pixel that has been smoothed across takes what flows from above, and to below. What its four gates let
+/// through is added up.
+VELMO_INLINE void finishPixel(short opened, short across, short below, short flowBefore, short openBefore,
+                              short& picture, short& flow, short& gate, short& open, short& detail)
+{
+    const auto after = static_cast<short>(opened * static_cast<short>(below - across));
+    const auto smooth = static_cast<short>(across + (static_cast<short>(after - flowBefore + 128) >> 8));
+    flow = after;
+    gate = opened;
+    detail = static_cast<short>(picture - smooth);
+    picture = smooth;
+    open = static_cast<short>(open + openBefore + opened);
+}
+
 /// What the smoothing takes off a line, and the line smoothed; how open its four gates are. What flows to the
 /// line below, and its gates, take the place of those from the line above.
 VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __restrict across,
@@ -304,18 +318,9 @@ VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __res
                                    short* __restrict flow, short* __restrict gates, short* __restrict open,
                                    short* __restrict detail, int count)
 {
-    for (int c = 0; c < count; ++c) {
-        const auto difference = static_cast<short>(below[c] - across[c]);
-        const short opened = opening(difference, gate, slope);
-        const auto after = static_cast<short>(opened * difference);
-        const auto smooth =
-            static_cast<short>(across[c] + (static_cast<short>(after - flowBefore[c] + 128) >> 8));
-        flow[c] = after;
-        gates[c] = opened;
-        detail[c] = static_cast<short>(picture[c] - smooth);
-        picture[c] = smooth;
-        open[c] = static_cast<short>(open[c] + openBefore[c] + opened);
-    }
+    for (int c = 0; c < count; ++c)
+        finishPixel(opening(static_cast<short>(below[c] - across[c]), gate, slope), across[c], below[c],
+                    flowBefore[c], openBefore[c], picture[c], flow[c], gates[c], open[c], detail[c]);
 }
 
 /// The same where slopes are smoothed, too.
@@ -326,17 +331,10 @@ VELMO_CLONES void finishLineOnSlopes(short* __restrict picture, const short* __r
                                      short* __restrict flow, short* __restrict gates, short* __restrict open,
                                      short* __restrict detail, int count)
 {
-    for (int c = 0; c < count; ++c) {
-        const short opened = opening(stepOf(above[c], across[c], below[c], belowIt[c], bend), gate, slope);
-        const auto after = static_cast<short>(opened * static_cast<short>(below[c] - across[c]));
-        const auto smooth =
-            static_cast<short>(across[c] + (static_cast<short>(after - flowBefore[c] + 128) >> 8));
-        flow[c] = after;
-        gates[c] = opened;
-        detail[c] = static_cast<short>(picture[c] - smooth);
-        picture[c] = smooth;
-        open[c] = static_cast<short>(open[c] + openBefore[c] + opened);
-    }
+    for (int c = 0; c < count; ++c)
+        finishPixel(opening(stepOf(above[c], across[c], below[c], belowIt[c], bend), gate, slope), across[c],
+                    below[c], flowBefore[c], openBefore[c], picture[c], flow[c], gates[c], open[c],
+                    detail[c]);
 }
 
 /// The same of a line that has none below it: nothing flows there, and its gates are open.
