@@ -74,26 +74,68 @@ void mixLinesFast(const float* const* lines, const float* weights, float* out, i
                  count);
 }
 
-VELMO_CLONES void sumGradientsFast(const float* above, const float* row, const float* below,
-                                   const float* residual, float scale, GradientSums& total, int count)
+/// 1 for the pixels of a line, 0 behind its end.
+VELMO_INLINE float countsAt(int c, int count)
 {
+    return c < count ? 1.0F : 0.0F;
+}
+
+VELMO_CLONES void sumGradientsFast(const float* estimate, const float* residual, float level, float scale,
+                                   const Part& of, GradientSums& total)
+{
+    const Part part = of;
     GradientSums sums = total;
+    for (int r = 0; r < part.rows; r += part.every) {
+        const float* row = estimate + r * part.stride;
+        const float *above = row - part.stride, *below = row + part.stride,
+                    *rest = residual + r * part.stride;
+        for (int c = 0; c < part.count; c += 8)
+            for (int i = 0; i < 8; ++i)
+                addProducts(gradientX(above, row, below, c + i) * scale,
+                            gradientY(above, below, c + i) * scale, rest[c + i] - level,
+                            countsAt(c + i, part.count), sums, i);
+    }
+    total = sums;
+}
+
+VELMO_CLONES void restLoop(const float* __restrict estimate, const float* __restrict residual,
+                           const float* __restrict moved, float* __restrict rest, int count)
+{
+    for (int c = 0; c < count; ++c)
+        rest[c] = (estimate[c] + residual[c]) - moved[c];
+}
+
+VELMO_CLONES void sumLanes(const float* values, float* total, int count)
+{
+    float sums[8];
+    std::copy_n(total, 8, sums);
     int c = 0;
     for (; c + 8 <= count; c += 8)
-        for (int i = 0; i < 8; ++i) {
-            const float x = gradientX(above, row, below, c + i) * scale;
-            const float y = gradientY(above, below, c + i) * scale;
-            const float r = residual[c + i];
-            sums.xx[i] += x * x;
-            sums.xy[i] += x * y;
-            sums.yy[i] += y * y;
-            sums.xr[i] += x * r;
-            sums.yr[i] += y * r;
-            sums.rr[i] += r * r;
-        }
+        for (int i = 0; i < 8; ++i)
+            sums[i] += values[c + i];
+    for (int i = 0; c + i < count; ++i)
+        sums[i] += values[c + i];
+    std::copy_n(sums, 8, total);
+}
+
+void takeRestFast(const float* estimate, const float* residual, const float* moved, float* rest,
+                  RestSums& sums, int count)
+{
+    restLoop(estimate, residual, moved, rest, count);
+    sumLanes(rest, sums.rest, count);
+    sumLanes(residual, sums.residual, count);
+}
+
+VELMO_CLONES void sumGainsFast(const Gain& gain, const Part& in, GainSums& total)
+{
+    const Gain of = gain;
+    const Part part = in;
+    GainSums sums = total;
+    for (int r = 0; r < part.rows; r += part.every)
+        for (int c = 0; c < part.count; c += 8)
+            for (int i = 0; i < 8; ++i)
+                addSquares(of, part.stride, r * part.stride + c + i, countsAt(c + i, part.count), sums, i);
     total = sums;
-    if (c < count)
-        sumGradientsPlain(above + c, row + c, below + c, residual + c, scale, total, count - c);
 }
 
 VELMO_CLONES void explainByShiftFast(const float* above, const float* row, const float* below,
@@ -509,6 +551,8 @@ constexpr Forms<TakeResidual> takeResidual{"denoise: residual", takeResidualPlai
 constexpr Forms<Halve> halve{"denoise: halve", halvePlain, halveFast};
 constexpr Forms<MixLines> mixLines{"denoise: mix", mixLinesPlain, mixLinesFast};
 constexpr Forms<SumGradients> sumGradients{"denoise: gradients", sumGradientsPlain, sumGradientsFast};
+constexpr Forms<TakeRest> takeRest{"denoise: rest", takeRestPlain, takeRestFast};
+constexpr Forms<SumGains> sumGains{"denoise: gains", sumGainsPlain, sumGainsFast};
 constexpr Forms<ExplainByShift> explainByShift{"denoise: shift", explainByShiftPlain, explainByShiftFast};
 constexpr Forms<SumOfFive> sumOfFive{"denoise: five lines", sumOfFivePlain, sumOfFiveFast};
 constexpr Forms<UpdateLine> updateLine{"denoise: update", updateLinePlain, updateLineFast};

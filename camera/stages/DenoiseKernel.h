@@ -62,17 +62,53 @@ using MixLines = void(const float* const* lines, const float* weights, float* ou
 MixLines mixLinesPlain;
 extern const Forms<MixLines> mixLines;
 
-/// Products of the gradient (x, y) of the estimate and the residual r, each in eight sums: column c counts in
-/// number c % 8 of them.
+/// Lines of a part of two pictures: `every` so many of `rows` lines, `count` pixels each.
+struct Part
+{
+    std::ptrdiff_t stride; ///< between the lines of both pictures
+    int rows, every, count;
+};
+
+/// Products of the gradient (x, y) of the estimate and the residual r, less its level, each in eight sums:
+/// column c counts in number c % 8 of them. The pixels around the part are read as well, and up to seven more
+/// behind its lines, which do not count.
 struct GradientSums
 {
     float xx[8] = {}, xy[8] = {}, yy[8] = {}, xr[8] = {}, yr[8] = {}, rr[8] = {};
 };
-/// The pixel left and right of each is read as well.
-using SumGradients = void(const float* above, const float* row, const float* below, const float* residual,
-                          float scale, GradientSums& sums, int count);
+using SumGradients = void(const float* estimate, const float* residual, float level, float scale,
+                          const Part& part, GradientSums& sums);
 SumGradients sumGradientsPlain;
 extern const Forms<SumGradients> sumGradients;
+
+/// What a frame differs by from an estimate that moved: `(estimate + residual) - moved`. Adds up that and the
+/// residual, in the same eight sums.
+struct RestSums
+{
+    float rest[8] = {}, residual[8] = {};
+};
+using TakeRest = void(const float* estimate, const float* residual, const float* moved, float* rest,
+                      RestSums& sums, int count);
+TakeRest takeRestPlain;
+extern const Forms<TakeRest> takeRest;
+
+/// What the frame differs by from the estimate, and by how much less when that moved.
+struct Gain
+{
+    const float *estimate, *residual, *moved, *rest;
+    float residualLevel, restLevel;
+    float sideX,
+        sideY; ///< weights of the pixels around, with which the estimate is as smooth as the moved one
+};
+/// Squares of the differences before and after, and of what the estimate itself changed, in the same eight
+/// sums.
+struct GainSums
+{
+    float before[8] = {}, after[8] = {}, moves[8] = {};
+};
+using SumGains = void(const Gain& of, const Part& part, GainSums& sums);
+SumGains sumGainsPlain;
+extern const Forms<SumGains> sumGains;
 
 /// How much of a pixel's residual a shift of the scene explains: p / (p + variance) with the square p of the
 /// product of shift and gradient, or `least` if that is more. The pixel left and right of each is read too.

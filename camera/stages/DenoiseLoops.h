@@ -46,6 +46,36 @@ VELMO_INLINE float gradientY(const float* above, const float* below, int c)
     return ((below[c - 1] - above[c - 1]) + (below[c + 1] - above[c + 1])) + 2 * (below[c] - above[c]);
 }
 
+/// Adds the products of a gradient and a residual that `counts`, 1 or 0.
+VELMO_INLINE void addProducts(float x, float y, float r, float counts, GradientSums& sums, int lane)
+{
+    x *= counts, y *= counts, r *= counts;
+    sums.xx[lane] += x * x;
+    sums.xy[lane] += x * y;
+    sums.yy[lane] += y * y;
+    sums.xr[lane] += x * r;
+    sums.yr[lane] += y * r;
+    sums.rr[lane] += r * r;
+}
+
+/// Adds the squares of a pixel that `counts`, 1 or 0.
+VELMO_INLINE void addSquares(const Gain& of, std::ptrdiff_t stride, std::ptrdiff_t at, float counts,
+                             GainSums& sums, int lane)
+{
+    const auto smoothAcross = [&](const float* pixel) {
+        return pixel[0] + of.sideX * (pixel[-1] - 2 * pixel[0] + pixel[1]);
+    };
+    const float* pixel = of.estimate + at;
+    const float middle = smoothAcross(pixel);
+    const float kept =
+        middle + of.sideY * (smoothAcross(pixel - stride) - 2 * middle + smoothAcross(pixel + stride));
+    const float before = (((of.residual[at] + pixel[0]) - kept) - of.residualLevel) * counts,
+                after = (of.rest[at] - of.restLevel) * counts, moves = (of.moved[at] - kept) * counts;
+    sums.before[lane] += before * before;
+    sums.after[lane] += after * after;
+    sums.moves[lane] += moves * moves;
+}
+
 VELMO_INLINE float explainedShare(const Shift& shift, float gradientAcross, float gradientDown)
 {
     const float moved = shift.x * gradientAcross + shift.y * gradientDown;

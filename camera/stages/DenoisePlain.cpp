@@ -45,20 +45,33 @@ void mixLinesPlain(const float* const* lines, const float* weights, float* out, 
                  (lines[2][c] * weights[2] + lines[3][c] * weights[3]);
 }
 
-void sumGradientsPlain(const float* above, const float* row, const float* below, const float* residual,
-                       float scale, GradientSums& sums, int count)
+void sumGradientsPlain(const float* estimate, const float* residual, float level, float scale,
+                       const Part& part, GradientSums& sums)
+{
+    for (int r = 0; r < part.rows; r += part.every)
+        for (int c = 0; c < part.count; ++c) {
+            const float* row = estimate + r * part.stride;
+            const float *above = row - part.stride, *below = row + part.stride;
+            addProducts(gradientX(above, row, below, c) * scale, gradientY(above, below, c) * scale,
+                        residual[r * part.stride + c] - level, 1, sums, c % 8);
+        }
+}
+
+void takeRestPlain(const float* estimate, const float* residual, const float* moved, float* rest,
+                   RestSums& sums, int count)
 {
     for (int c = 0; c < count; ++c) {
-        const float x = gradientX(above, row, below, c) * scale, y = gradientY(above, below, c) * scale;
-        const float r = residual[c];
-        const int lane = c % 8;
-        sums.xx[lane] += x * x;
-        sums.xy[lane] += x * y;
-        sums.yy[lane] += y * y;
-        sums.xr[lane] += x * r;
-        sums.yr[lane] += y * r;
-        sums.rr[lane] += r * r;
+        rest[c] = (estimate[c] + residual[c]) - moved[c];
+        sums.rest[c % 8] += rest[c];
+        sums.residual[c % 8] += residual[c];
     }
+}
+
+void sumGainsPlain(const Gain& of, const Part& part, GainSums& sums)
+{
+    for (int r = 0; r < part.rows; r += part.every)
+        for (int c = 0; c < part.count; ++c)
+            addSquares(of, part.stride, r * part.stride + c, 1, sums, c % 8);
 }
 
 void explainByShiftPlain(const float* above, const float* row, const float* below, const Shift& shift,

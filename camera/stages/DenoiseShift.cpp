@@ -2,8 +2,6 @@
 
 #include "camera/stages/DenoiseKernel.h"
 
-#include <numeric>
-
 namespace velmo::camera {
 namespace {
 
@@ -65,10 +63,19 @@ struct ShiftFinder::Equations
 
 void ShiftFinder::Level::create(int newRows, int newColumns)
 {
+    constexpr std::size_t nBehind = 8; // which the loops read
     rows = newRows, columns = newColumns, stride = columns + 2;
-    estimate.assign(static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride), 0);
+    estimate.assign(static_cast<std::size_t>(rows + 2) * static_cast<std::size_t>(stride) + nBehind, 0);
     residual = moved = rest = estimate;
     inside = {0, 0, columns, rows};
+}
+
+void ShiftFinder::Level::closeLine(Line& of, int row) const
+{
+    mirrorEnds(line(of, row), columns, 1);
+    for (const int beyond : {-1, rows})
+        if (row == mirrored(beyond, rows))
+            std::copy_n(line(of, row) - 1, stride, line(of, beyond) - 1);
 }
 
 void ShiftFinder::create(int rows, int columns)
@@ -91,13 +98,14 @@ void ShiftFinder::put(int row, const float* const (&estimate)[2], const float* c
     Level& half = m_aLevels[0];
     float* line = half.line(half.estimate, row);
     halve(estimate[0], estimate[1], line, half.columns);
-    mirrorEnds(line, half.columns, 1);
+    half.closeLine(half.estimate, row);
     halve(residual[0], residual[1], half.line(half.residual, row), half.columns);
 }
 
 /// Of the part of the picture that is inside.
 ShiftFinder::Equations ShiftFinder::equationsOf(const Level& level, const Line& estimate,
-                                                const Line& residual, int tileSize, float scale)
+                                                const Line& residual, float residualLevel, int tileSize,
+                                                float scale)
 {
     const cv::Size tiles = tilesOf(level.rows, level.columns, tileSize);
     const int every = everyLine(level.rows);
@@ -107,12 +115,10 @@ ShiftFinder::Equations ShiftFinder::equationsOf(const Level& level, const Line& 
         if (part.empty())
             continue;
         GradientSums sums;
-        int lines = 0;
-        for (int r = part.y; r < part.y + part.height; r += every, ++lines)
-            sumGradients(level.line(estimate, mirrored(r - 1, level.rows)) + part.x,
-                         level.line(estimate, r) + part.x,
-                         level.line(estimate, mirrored(r + 1, level.rows)) + part.x,
-                         level.line(residual, r) + part.x, scale, sums, part.width);
+        const std::ptrdiff_t at = level.at(part.y, part.x);
+        sumGradients(estimate.data() + at, residual.data() + at, residualLevel, scale,
+                     {level.stride, part.height, every, part.width}, sums);
+        const int lines = (part.height + every - 1) / every;
         tile.xx = total(sums.xx) + 1e-6, tile.xy = total(sums.xy), tile.yy = total(sums.yy) + 1e-6;
         tile.xr = total(sums.xr), tile.yr = total(sums.yr);
         double x = 0, y = 0;
@@ -130,7 +136,7 @@ ShiftFinder::Equations ShiftFinder::equationsOf(const Level& level, const Line& 
 SceneShift ShiftFinder::find() const
 {
     const Level& half = m_aLevels[0];
-    Equations all = equationsOf(half, half.estimate, half.residual, s32Tile, fSobel / 2);
+    Equations all = equationsOf(half, half.estimate, half.residual, 0, s32Tile, fSobel / 2);
     double x = 0, y = 0;
     all.solve(x, y);
     const double explained = x * all.xr + y * all.yr;
@@ -156,20 +162,22 @@ void ShiftFinder::move(Level& level, float x, float y)
         return cv::Range(from, size - beyond);
     };
     const cv::Range across = known(x, columns), down = known(y, rows);
-    double sum = 0;
+    RestSums sums, outside;
     for (int r = 0; r < rows; ++r) {
-        const float *estimate = level.line(level.estimate, r), *residual = level.line(level.residual, r);
-        float *moved = level.line(level.moved, r), *rest = level.line(level.rest, r);
-        mirrorEnds(moved, columns, 1);
-        for (int c = 0; c < columns; ++c)
-            rest[c] = (estimate[c] + residual[c]) - moved[c];
-        if (r >= down.start && r < down.end)
-            sum += std::accumulate(rest + across.start, rest + across.end, 0.0F);
+        level.closeLine(level.moved, r);
+        const auto take = [&](int from, int to, RestSums& into) {
+            const std::ptrdiff_t at = level.at(r, from);
+            takeRest(level.estimate.data() + at, level.residual.data() + at, level.moved.data() + at,
+                     level.rest.data() + at, into, to - from);
+        };
+        const bool isInside = r >= down.start && r < down.end;
+        take(0, across.start, outside);
+        take(across.start, across.end, isInside ? sums : outside);
+        take(across.end, columns, outside);
     }
     level.inside = {across.start, down.start, across.size(), down.size()};
-    const auto mean = static_cast<float>(sum / level.inside.area());
-    for (float& value : level.rest)
-        value -= mean;
+    level.restLevel = static_cast<float>(total(sums.rest) / level.inside.area());
+    level.residualLevel = static_cast<float>(total(sums.residual) / level.inside.area());
 }
 
 /// How far (x, y) is beyond chance: what the tiles win by it, none more than its say, over the larger of how
@@ -179,16 +187,16 @@ double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
     move(level, x, y);
     const cv::Rect inside = level.inside;
     // The estimate where it is, as smooth as it becomes between pixels: that alone brings it nearer.
-    const float sideX = sideFor(keptNoise(x)), sideY = sideFor(keptNoise(y));
-    const auto smoothAcross = [sideX](const float* line, int c) {
-        return line[c] + sideX * (line[c - 1] - 2 * line[c] + line[c + 1]);
+    const auto gainAt = [&, sideX = sideFor(keptNoise(x)), sideY = sideFor(keptNoise(y))](std::ptrdiff_t at) {
+        return Gain{level.estimate.data() + at,
+                    level.residual.data() + at,
+                    level.moved.data() + at,
+                    level.rest.data() + at,
+                    level.residualLevel,
+                    level.restLevel,
+                    sideX,
+                    sideY};
     };
-    double mean = 0;
-    for (int r = inside.y; r < inside.y + inside.height; ++r) {
-        const float* residual = level.line(level.residual, r);
-        mean += std::accumulate(residual + inside.x, residual + inside.x + inside.width, 0.0F);
-    }
-    mean /= inside.area();
 
     const cv::Size tiles = tilesOf(level.rows, level.columns, tileSize);
     const int every = 2 * everyLine(level.rows) - 1;
@@ -196,25 +204,12 @@ double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
     m_vecGains.clear();
     for (int number = 0; number < tiles.area(); ++number) {
         const cv::Rect part = tileAt(tiles, number, level.rows, level.columns) & inside;
-        double before = 0, after = 0, moves = 0;
-        int count = 0;
-        for (int r = part.y; r < part.y + part.height; r += every, count += part.width) {
-            const float *above = level.line(level.estimate, mirrored(r - 1, level.rows)),
-                        *estimate = level.line(level.estimate, r),
-                        *below = level.line(level.estimate, mirrored(r + 1, level.rows)),
-                        *residual = level.line(level.residual, r), *moved = level.line(level.moved, r),
-                        *rest = level.line(level.rest, r);
-            for (int c = part.x; c < part.x + part.width; ++c) {
-                const float middle = smoothAcross(estimate, c);
-                const float kept =
-                    middle + sideY * (smoothAcross(above, c) - 2 * middle + smoothAcross(below, c));
-                before += std::pow(static_cast<double>(residual[c] + estimate[c] - kept) - mean, 2);
-                after += square(rest[c]);
-                moves += square(moved[c] - kept);
-            }
-        }
+        const int count = (part.height + every - 1) / every * part.width;
         if (count < 8)
             continue;
+        GainSums sums;
+        sumGains(gainAt(level.at(part.y, part.x)), {level.stride, part.height, every, part.width}, sums);
+        const double before = total(sums.before), after = total(sums.after), moves = total(sums.moves);
         const double variance = std::max(1e-2, std::min(before, after) / count);
         const double gain = (before - after) / variance, most = moves / variance;
         const double weight = std::min(1.0, dSay / std::max({1e-9, most, std::abs(gain)}));
@@ -240,7 +235,7 @@ SceneShift ShiftFinder::align()
         for (int r = 0; r < to.rows; ++r) {
             halve(from.line(from.estimate, 2 * r), from.line(from.estimate, 2 * r + 1),
                   to.line(to.estimate, r), to.columns);
-            mirrorEnds(to.line(to.estimate, r), to.columns, 1);
+            to.closeLine(to.estimate, r);
             halve(from.line(from.residual, 2 * r), from.line(from.residual, 2 * r + 1),
                   to.line(to.residual, r), to.columns);
         }
@@ -253,7 +248,7 @@ SceneShift ShiftFinder::align()
         for (int round = 0; round < 2; ++round) {
             move(level, static_cast<float>(x), static_cast<float>(y));
             double stepX = 0, stepY = 0;
-            equationsOf(level, level.moved, level.rest, tile, fSobel).solve(stepX, stepY);
+            equationsOf(level, level.moved, level.rest, level.restLevel, tile, fSobel).solve(stepX, stepY);
             const auto stepped = [](double from, double step, int size) {
                 return std::clamp(from + std::clamp(step, -1.0, 1.0), -0.25 * size, 0.25 * size);
             };

@@ -38,25 +38,25 @@ public:
     SceneShift align();
 
 private:
-    /// What is compared, at half the size of another one. A pixel left and right of the lines is theirs, too.
+    /// What is compared, at half the size of another one. A pixel around the pictures is theirs, too.
     struct Level
     {
         int rows = 0, columns = 0, stride = 0;
         Line estimate, residual; ///< the residual of the estimate where it is
         Line moved, rest;        ///< the estimate elsewhere, and what the frame differs by from it
-        cv::Rect inside;         ///< where the moved estimate is known
+        float residualLevel = 0, restLevel = 0; ///< their means, inside
+        cv::Rect inside;                        ///< where the moved estimate is known
 
         void create(int newRows, int newColumns);
-        float* line(Line& of, int row) const { return of.data() + std::ptrdiff_t{row} * stride + 1; }
-        const float* line(const Line& of, int row) const
-        {
-            return of.data() + std::ptrdiff_t{row} * stride + 1;
-        }
+        std::ptrdiff_t at(int row, int column) const { return std::ptrdiff_t{row + 1} * stride + column + 1; }
+        float* line(Line& of, int row) const { return of.data() + at(row, 0); }
+        const float* line(const Line& of, int row) const { return of.data() + at(row, 0); }
+        void closeLine(Line& of, int row) const; ///< its ends; the picture's border goes on above and below
     };
     struct Equations;
 
-    static Equations equationsOf(const Level& level, const Line& estimate, const Line& residual, int tile,
-                                 float scale);
+    static Equations equationsOf(const Level& level, const Line& estimate, const Line& residual,
+                                 float residualLevel, int tile, float scale);
     void move(Level& level, float x, float y);
     double certainty(Level& level, int tile, float x, float y);
 

@@ -124,14 +124,48 @@ void addFloatLoops(std::vector<KernelCase>& all)
             return Left() << out.all;
         };
     });
+    const auto partOf = [](Random& random, int round) {
+        return Part{round + random(2, 9), random(1, 5), random(1, 3), round};
+    };
     add(all, sumGradients, [=](Random& random, int round) {
-        return [=, in = three(random, round)](auto& form) {
+        const Part part = partOf(random, round);
+        const int size = static_cast<int>(part.stride) * (part.rows + 2);
+        return [=, in = three(random, size), level = between(random, -5, 5)](auto& form) {
             GradientSums sums;
             sums.xy[round % 8] = 3;
-            form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, in[3].data(), 1 / 16.0F, sums, round);
+            const std::ptrdiff_t at = part.stride + 1;
+            form(in[0].data() + at, in[3].data() + at, level, 1 / 16.0F, part, sums);
             Left left;
             for (int i = 0; i < 8; ++i)
                 left << sums.xx[i] << sums.xy[i] << sums.yy[i] << sums.xr[i] << sums.yr[i] << sums.rr[i];
+            return left;
+        };
+    });
+    add(all, takeRest, [=](Random& random, int round) {
+        return [=, in = three(random, round)](auto& form) {
+            Guarded<float> rest(static_cast<std::size_t>(round));
+            RestSums sums;
+            sums.rest[round % 8] = 3;
+            form(in[0].data(), in[3].data(), in[1].data(), rest.data(), sums, round);
+            Left left;
+            left << rest.all;
+            for (int i = 0; i < 8; ++i)
+                left << sums.rest[i] << sums.residual[i];
+            return left;
+        };
+    });
+    add(all, sumGains, [=](Random& random, int round) {
+        const Part part = partOf(random, round);
+        const int size = static_cast<int>(part.stride) * (part.rows + 2);
+        return [=, in = three(random, size), rest = line(random, size, 0, 10)](auto& form) {
+            GainSums sums;
+            sums.moves[round % 8] = 3;
+            const std::ptrdiff_t at = part.stride + 1;
+            form({&in[0][0] + at, &in[3][0] + at, &in[1][0] + at, &rest[0] + at, 0.7F, -0.4F, 0.2F, 0.05F},
+                 part, sums);
+            Left left;
+            for (int i = 0; i < 8; ++i)
+                left << sums.before[i] << sums.after[i] << sums.moves[i];
             return left;
         };
     });
