@@ -94,6 +94,8 @@ OctaveNoise OctaveNoiseMeter::of(const float* picture, int rows, int columns)
         std::sqrt(std::clamp((fSceneRatio * fine - coarse) / (fSceneRatio - fNoiseRatio), 0.0F, fine));
     noise.most = std::sqrt(std::max(fine, coarse));
     const float ratio = coarse / std::max(fine, 1e-6F);
+    // Where even the calmest places have as much more as a scene has, most of it is one, whatever is left.
+    noise.sure = std::clamp((2.75F - ratio) / 0.75F, 0.0F, 1.0F);
     noise.ratio = std::max(1.0F, std::min(ratio, 2 * fNoiseRatio - ratio));
     return noise;
 }

@@ -14,6 +14,7 @@ struct OctaveNoise
 {
     float deviation = 0;
     float most = 0;  ///< deviation of either octave, whether noise or scene
+    float sure = 0;  ///< 0 to 1: that `deviation` is that of noise
     float ratio = 0; ///< of the energy of the second octave to what white noise has there
 };
 

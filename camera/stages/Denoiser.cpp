@@ -75,6 +75,8 @@ void Denoiser::start(const Frame& frame)
     m_fRatio = m_fChanged = 1;
     m_oShift = {};
     m_bMoved = false;
+    m_fCorrelation = 1;
+    m_vecLastResiduals.assign(pixels, 0);
     m_vecColumns.assign(static_cast<std::size_t>(m_s32Columns), 0);
     m_vecRows.assign(static_cast<std::size_t>(m_s32Rows), 0);
     m_vecFixedColumns = m_vecColumns;
@@ -102,6 +104,7 @@ void Denoiser::follow(const Frame& frame)
         compare(frame);
         m_oShift = m_oShiftFinder.find();
     }
+    correlate();
     update(frame);
 }
 
@@ -242,6 +245,33 @@ void Denoiser::takeResiduals(const Frame& frame)
     }
 }
 
+/// How far the noise of this frame is that of the last one.
+void Denoiser::correlate()
+{
+    constexpr int s32Pixels = 4096, s32Limit = 3 * s32ResidualUnit;
+    const int every = std::max(1, m_s32Rows * m_s32Columns / s32Pixels);
+    std::int64_t both = 0, own = 0, other = 0;
+    for (int r = 0; r < m_s32Rows; r += every) {
+        short* last = m_vecLastResiduals.data() + std::ptrdiff_t{r / every} * m_s32Columns;
+        const short* now = m_oCoarse[r];
+        int sums[3] = {};
+        for (int c = 0; c < m_s32Columns; ++c) {
+            const auto value = static_cast<short>(std::clamp<int>(now[c], -s32Limit, s32Limit));
+            sums[0] += value * last[c];
+            sums[1] += value * value;
+            sums[2] += last[c] * last[c];
+            last[c] = value;
+        }
+        both += sums[0];
+        own += sums[1];
+        other += sums[2];
+    }
+    const auto most = static_cast<float>(std::max({own, other, std::int64_t{1}}));
+    if (m_s32Frames > 1) // all may last until two residuals are known
+        m_fCorrelation = towards(m_fCorrelation, std::max(0.0F, static_cast<float>(both) / most),
+                                 std::max(0.2F, 1 / static_cast<float>(m_s32Frames - 1)));
+}
+
 /// Into the first of the lines: what of the residual is the scene's shift. The next three are the estimate
 /// as it was before this frame, of the row before, this one and the next.
 void Denoiser::explain(int row)
@@ -287,6 +317,17 @@ void Denoiser::update(const Frame& frame)
     m_fChanged = static_cast<float>(static_cast<double>(changed) / 256 / static_cast<double>(frame.total()));
 }
 
+/// What the estimate may still have of the noise in time: of white noise what so long a mean has, of noise
+/// that lasts all, and as much again of what is so slow that the mean follows it.
+float Denoiser::noiseLeft() const
+{
+    const float young = 1 / static_cast<float>(m_s32Frames + 1);
+    const float gain = std::max({m_oStrength.leastGain, young, m_fChanged});
+    const float ofWhite = std::sqrt(std::max({m_oStrength.leastGain / 2, young, m_fChanged}));
+    const float lasting = std::min(1.0F, m_fCorrelation / std::max(0.1F, 1 - gain));
+    return m_fDeviation * towards(ofWhite, 2, lasting);
+}
+
 void Denoiser::findNoise()
 {
     const OctaveNoise found = m_oNoiseMeter.of(m_vecEstimate.data(), m_s32Rows, m_s32Columns);
@@ -297,10 +338,13 @@ void Denoiser::findNoise()
         m_fRatio = ratio;
         return;
     }
-    // What is far above the noise in time is scene. After a cut that one is not known yet.
+    // What is far above the noise in time is scene, and of what may be scene only what time left is noise.
+    // After a cut that one is not known yet.
     if (m_fDeviation > 0 && m_oShift.cut < 0.5F) {
         const float above = noise / m_fDeviation;
         noise = std::min(noise, 1.4F * m_fDeviation) * std::clamp((5 - above) / 2.5F, 0.0F, 1.0F);
+        const float left = std::min(noise, noiseLeft());
+        noise = std::sqrt(towards(square(left), square(noise), found.sure));
     }
     // Between pixels its finest octave goes, and the noise of wider ones stays: that of so long a mean.
     if (m_bMoved)

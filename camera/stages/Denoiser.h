@@ -35,10 +35,12 @@ struct DenoiseStrength
 ///    a running mean.
 /// 5. Stripes that stay: the same segments, against the nine pixels around, in E; only as large as its
 ///    noise, or as that of a frame where most lines have them and they are white.
-/// 6. Noise in E: the energy of its finest diagonal octave where the next octave has least.
-/// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise, or are on a
-/// slope
-///    that bends by no more than noise. Where most neighbours differ by more is texture, and stays.
+/// 6. Noise in E: the energy of its finest diagonal octave where the next octave has least. If that has far
+///    more even there it is texture, and the noise is what the mean left of the noise in time: all that
+///    lasts from frame to frame, of the rest what so long a mean has.
+/// 7. Detail: octaves of E, each smoothed as far as neighbours differ by no more than noise; in the finest
+///    two a slope is no difference, as far as it bends by no more than noise. Where most neighbours differ
+///    by more is texture, and stays.
 ///
 /// The result is E less 5 and 7, at the level of z. It is not fed back: 1 to 4 see E alone, so nothing runs
 /// away. No frame waits for a later one. A repeated frame gives the last result again.
@@ -65,6 +67,8 @@ private:
     void takeResiduals(const Frame& frame);
     void explain(int row);
     void update(const Frame& frame);
+    void correlate();
+    float noiseLeft() const;
     void findNoise();
     void findFixedStripes();
     void smooth();
@@ -88,12 +92,13 @@ private:
     LastFrame m_oLast;
 
     Line m_vecEstimate, m_vecAge;
-    float m_fBase = 0;      ///< a value in the middle of the first frame
-    float m_fLevel = 0;     ///< of the frame above the estimate
-    float m_fDeviation = 0; ///< of the residual
-    float m_fNoise = 0;     ///< of the estimate
-    float m_fRatio = 1;     ///< of its second octave to what white noise has there
-    float m_fChanged = 1;   ///< share of the pixels that the last frame changed
+    float m_fBase = 0;        ///< a value in the middle of the first frame
+    float m_fLevel = 0;       ///< of the frame above the estimate
+    float m_fDeviation = 0;   ///< of the residual
+    float m_fNoise = 0;       ///< of the estimate
+    float m_fCorrelation = 0; ///< of the residuals of two frames
+    float m_fRatio = 1;       ///< of its second octave to what white noise has there
+    float m_fChanged = 1;     ///< share of the pixels that the last frame changed
     SceneShift m_oShift;
     bool m_bMoved = false; ///< whether the estimate was, for the last frame
 
@@ -109,6 +114,7 @@ private:
     OctaveNoiseMeter m_oNoiseMeter;
     Line m_vecSorted, m_vecSegment, m_vecLines;
     std::vector<short> m_vecFixedLanes;
+    std::vector<short> m_vecLastResiduals; ///< some lines
     Lanes m_oCoarse, m_oSums, m_oPicture, m_oRemoved;
     std::vector<Lanes> m_vecRings;
 };

@@ -119,6 +119,15 @@ TEST(Denoiser, TakesOffStripesAsLargeAsNoiseButNoSlats)
     }
 }
 
+TEST(Denoiser, KeepsDetailAsFineAsAPixelWhereTheCameraStands)
+{
+    const SimulatedScene fineTexture = simulatedScenes(size)[4];
+    for (const double noise : {2.0, 7.0}) {
+        const Simulation simulation(fineTexture, {noise}, size, 60);
+        EXPECT_LE(simulation.after(denoiser(), 40).error, 0.3 * simulation.raw(40).error) << noise;
+    }
+}
+
 TEST(Denoiser, KeepsAPostAndABeamFromEdgeToEdge)
 {
     // To a filter that takes the column's mean off every frame, a post is a stripe.
