@@ -424,8 +424,11 @@ void Denoiser::smooth()
         std::fill(m_oRemoved.values.begin(), m_oRemoved.values.end(), short{0});
         return;
     }
+    // The second octave is measured. How much more than white noise wider ones have nothing tells apart from
+    // a scene: about as much as that of sensors in flat scenes, so that a small step of a scene is none.
+    const float aWider[] = {1, std::sqrt(m_fRatio), 1.12F, 1.12F};
     for (int i = 0; i < 4; ++i) {
-        const float noise = fLaneUnits * m_oStrength.gates * (i == 0 ? 1 : std::sqrt(m_fRatio));
+        const float noise = fLaneUnits * m_oStrength.gates * aWider[i];
         const auto gate = [noise](float difference) {
             return Gate{static_cast<short>(std::lround(2 * difference * noise)),
                         static_cast<short>(std::lround(4.5F * difference * noise))};
