@@ -22,6 +22,27 @@ private:
     Line m_vecLine;
 };
 
+/// How much of its detail a picture has lost that moves between pixels again and again, and takes over part
+/// of a new one each time.
+class LostDetail
+{
+public:
+    /// Of a move by so much, or of none.
+    void move(float x, float y);
+    /// A share of it is new, and sharp.
+    void renew(float share);
+
+    /// The energy of what is missing, over that of a quarter of the second differences along a line, and
+    /// down.
+    float across() const { return energyOf(m_fX); }
+    float down() const { return energyOf(m_fY); }
+
+private:
+    static float energyOf(float moves);
+
+    float m_fX = 0, m_fY = 0; ///< what the moves took, each of the whole, that is still missing
+};
+
 /// The squares of the weights that `move` has for a part of a pixel, summed: so much noise is left.
 float keptNoise(float shift);
 

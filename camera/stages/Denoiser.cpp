@@ -77,6 +77,7 @@ void Denoiser::start(const Frame& frame)
     m_bMoved = false;
     m_fCorrelation = 1;
     m_vecLastResiduals.assign(pixels, 0);
+    m_oLost = {};
     m_vecColumns.assign(static_cast<std::size_t>(m_s32Columns), 0);
     m_vecRows.assign(static_cast<std::size_t>(m_s32Rows), 0);
     m_vecFixedColumns = m_vecColumns;
@@ -100,12 +101,14 @@ void Denoiser::follow(const Frame& frame)
     m_bMoved = shift.x != 0 || shift.y != 0;
     if (m_bMoved) {
         moveEstimate(shift);
+        m_oLost.move(shift.x, shift.y);
         m_fDeviation = before;
         compare(frame);
         m_oShift = m_oShiftFinder.find();
     }
     correlate();
     update(frame);
+    m_oLost.renew(std::max(m_fChanged, leastGain()));
 }
 
 /// Level and stripes of the frame, and what it then differs by from the estimate.
@@ -160,6 +163,8 @@ void Denoiser::findLevel(const Frame& frame)
 float Denoiser::deviationOf(const Frame& frame)
 {
     const int across = m_s32Columns / s32NoiseBlock, every = everyNoiseBlockRow(m_s32Rows, m_s32Columns);
+    constexpr float fNotice = 0.01F;
+    const bool isBlurred = std::max(m_oLost.across(), m_oLost.down()) > fNotice;
     m_vecSorted.clear();
     for (int top = 0; top + s32NoiseBlock <= m_s32Rows; top += every * s32NoiseBlock) {
         m_vecSegment.assign(static_cast<std::size_t>(m_s32Columns), 0);
@@ -178,8 +183,38 @@ float Denoiser::deviationOf(const Frame& frame)
                 sum += m_vecSegment[static_cast<std::size_t>(c)];
             m_vecSorted.push_back(sum / (s32NoiseBlock * s32NoiseBlock));
         }
+        if (isBlurred)
+            leaveLostDetailOut(frame, top, m_vecSorted.data() + m_vecSorted.size() - across);
     }
     return fMeanAbsolute * quantile(m_vecSorted, 0.4);
+}
+
+/// What the estimate lost of its detail when it moved is no noise: that of a scene is far larger.
+/// @param blocks  mean absolute differences of a row of blocks
+void Denoiser::leaveLostDetailOut(const Frame& frame, int top, float* blocks)
+{
+    constexpr float fOfNoise = 0.375F; // its energy in a quarter of the second differences
+    constexpr float fLeast = 0.3F;
+    const float across = m_oLost.across(), down = m_oLost.down();
+    const float ofNoise = std::max(fLeast, 1 - fOfNoise * (across + down));
+    m_vecLines.assign(2 * static_cast<std::size_t>(m_s32Columns), 0);
+    float *sumsAcross = m_vecLines.data(), *sumsDown = sumsAcross + m_s32Columns;
+    for (int r = top; r < top + s32NoiseBlock; ++r) {
+        const u16 *above = frame[mirrored(r - 1, m_s32Rows)], *in = frame[r],
+                  *below = frame[mirrored(r + 1, m_s32Rows)];
+        for (int c = 1; c + 1 < m_s32Columns; ++c) {
+            sumsAcross[c] += static_cast<float>(std::abs(2 * in[c] - in[c - 1] - in[c + 1]));
+            sumsDown[c] += static_cast<float>(std::abs(2 * in[c] - above[c] - below[c]));
+        }
+    }
+    constexpr float fQuarter = 1 / (4.0F * s32NoiseBlock * s32NoiseBlock);
+    for (int b = 0; b < m_s32Columns / s32NoiseBlock;
+         ++b, sumsAcross += s32NoiseBlock, sumsDown += s32NoiseBlock) {
+        const float lost =
+            across * square(fQuarter * std::accumulate(sumsAcross, sumsAcross + s32NoiseBlock, 0.0F)) +
+            down * square(fQuarter * std::accumulate(sumsDown, sumsDown + s32NoiseBlock, 0.0F));
+        blocks[b] = std::sqrt(std::max(0.0F, square(blocks[b]) - lost) / ofNoise);
+    }
 }
 
 /// Noise in time shows in the octaves of a single frame, too, and a scene only adds to them: what two frames

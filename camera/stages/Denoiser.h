@@ -28,8 +28,9 @@ struct DenoiseStrength
 /// 2. Stripes that change: for columns and rows, the clipped means of z - E in four segments. What the
 ///    segments agree on is a stripe, and taken off z. A small share goes into E, which so finds their mean.
 /// 3. Movement: where a shift of E brings it nearer to z all over the picture, E is moved there, and 1 and 2
-///    are done again. Of what is left, the shift that best explains the residual r = z - E by the slope of E,
-///    by least squares in tiles none of which has more than its say. A sudden one starts E anew.
+///    are done again. The detail that E lost between pixels is no noise. Of what is left, the shift that best
+///    explains the residual r = z - E by the slope of E, by least squares in tiles none of which has more
+///    than its say. A sudden one starts E anew.
 /// 4. Change: where r has more energy than noise in five by five pixels, in one, or in their sum, or where
 ///    the shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then
 ///    a running mean.
@@ -62,6 +63,7 @@ private:
     void moveEstimate(const SceneShift& shift);
     void findLevel(const Frame& frame);
     float deviationOf(const Frame& frame);
+    void leaveLostDetailOut(const Frame& frame, int top, float* blocks);
     float mostDeviationOf(const Frame& frame);
     void findStripes(const Frame& frame, float deviation);
     void takeResiduals(const Frame& frame);
@@ -101,6 +103,7 @@ private:
     float m_fChanged = 1;     ///< share of the pixels that the last frame changed
     SceneShift m_oShift;
     bool m_bMoved = false; ///< whether the estimate was, for the last frame
+    LostDetail m_oLost;    ///< of the estimate
 
     LineMeans m_oColumnMeans, m_oRowMeans;
     Line m_vecColumns, m_vecRows; ///< stripes of this frame

@@ -186,6 +186,21 @@ TEST(Denoiser, FollowsACameraThatPans)
         }
 }
 
+TEST(Denoiser, TakesNoFineTextureThatGoesBetweenPixelsForNoise)
+{
+    Values world(2 * size.height, 2 * size.width + 80);
+    cv::RNG random(5);
+    random.fill(world, cv::RNG::NORMAL, 8000, 200);
+    cv::GaussianBlur(world, world, {}, 2); // some 30 counts
+    const Scene pan = [&](int time) {
+        Values view;
+        cv::resize(world(cv::Rect({time, 0}, size * 2)), view, size, 0, 0, cv::INTER_AREA);
+        return view;
+    };
+    const Errors errors = errorsOf({2}, pan, 20, 60);
+    EXPECT_LE(errors.clean, 1.05 * errors.raw);
+}
+
 TEST(Denoiser, TakesNoSceneForTheNoiseOfAnother)
 {
     // From the first frames on every one shows another place, as from the air.
