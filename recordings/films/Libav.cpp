@@ -7,27 +7,46 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <limits>
 
 namespace velmo::recordings {
 namespace {
 
 constexpr int bufferBytes = 1 << 16;
-constexpr int readBufferBytes = 1 << 14; ///< what is read for nothing at each place that is sought
+constexpr int readBufferBytes = 1 << 12; ///< what is read for nothing at each place that is sought
 
 /// What a film may have before its first packet, and between two beside the packet: lists of empty elements
-/// take more than a hundred times their bytes in memory, and texts a time that grows with their square.
-constexpr std::uint64_t headerBytes = 96 << 10;
+/// take up to 700 times their bytes in memory, and texts a time that grows with their square.
+constexpr std::uint64_t headerBytes = 40 << 10;
 constexpr std::uint64_t indexBytes = 64; ///< more than what an index has for a packet
+
+std::string beginOf(std::FILE* file)
+{
+    std::string begin(headerBytes + 12, '\0'); // and the head of what begins just before
+    begin.resize(std::fread(begin.data(), 1, begin.size(), file));
+    std::rewind(file);
+    return begin;
+}
 
 /// Only Matroska has to be sought in before its first packet, for texts at its end. The others would read
 /// their whole index.
-bool isMatroska(std::FILE* file)
+bool isMatroska(const std::string& begin)
 {
-    std::array<unsigned char, 4> begin = {};
-    const bool read = std::fread(begin.data(), 1, begin.size(), file) == begin.size();
-    std::rewind(file);
-    return read && begin == std::array<unsigned char, 4>{0x1a, 0x45, 0xdf, 0xa3};
+    return begin.compare(0, 4, "\x1a\x45\xdf\xa3") == 0;
+}
+
+/// For each text of a list in an AVI, memory is filled with zeros before any of it is read.
+bool hasLongList(const std::string& begin)
+{
+    for (std::size_t at = 8; (at = begin.find("INFO", at)) != std::string::npos; ++at) {
+        std::uint32_t bytes = 0;
+        for (std::size_t i = 1; i <= 4; ++i)
+            bytes = bytes << 8 | static_cast<unsigned char>(begin[at - i]);
+        if (bytes > headerBytes && begin.compare(at - 8, 4, "LIST") == 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -58,11 +77,14 @@ LibavFile::~LibavFile()
 int LibavFile::read(void* handle, std::uint8_t* bytes, int count)
 {
     auto& from = *static_cast<Bytes*>(handle);
-    const std::size_t got = std::fread(bytes, 1, static_cast<std::size_t>(count), from.file);
+    // One more than is allowed shows that there is more: what is wanted may be as large as a header says.
+    const std::uint64_t most = std::min(from.allowed, static_cast<std::uint64_t>(count) - 1) + 1;
+    const std::size_t got = std::fread(bytes, 1, static_cast<std::size_t>(most), from.file);
     if (got == 0)
         return std::ferror(from.file) != 0 ? AVERROR(EIO) : AVERROR_EOF;
     if (got > from.allowed) {
         from.wantedMore = true;
+        from.allowed = 0;
         return AVERROR(EFBIG);
     }
     from.allowed -= got;
@@ -94,9 +116,10 @@ LibavInput::LibavInput(std::FILE* file, std::string name, Origin origin)
     if (m_eOrigin == Origin::Here) {
         open("matroska,webm,avi,mov,mp4,m4a,3gp,3g2,mj2");
     } else {
-        m_oFile.allow(headerBytes);
+        const std::string begin = beginOf(file);
+        m_oFile.allow(hasLongList(begin) ? 0 : headerBytes);
         const int seekable = m_pContext->pb->seekable;
-        m_pContext->pb->seekable = isMatroska(file) ? seekable : 0;
+        m_pContext->pb->seekable = isMatroska(begin) ? seekable : 0;
         open("matroska,webm,avi,nut");
         m_pContext->pb->seekable = seekable;
     }
@@ -115,12 +138,14 @@ void LibavInput::open(const char* formats)
     av_dict_set(&options, "format_whitelist", formats, 0);
     const int opened = avformat_open_input(&m_pContext, "", nullptr, &options);
     av_dict_free(&options);
+    if (m_oFile.wantedMore())
+        avformat_close_input(&m_pContext);
     requireRead(opened);
 }
 
 int LibavInput::requireRead(int code) const
 {
-    if (code < 0 && m_oFile.wantedMore())
+    if (m_oFile.wantedMore()) // the reader of a format may go on without what it did not get
         VELMO_THROW(m_strName + ": has more than " + std::to_string(headerBytes) +
                     " bytes beside its pictures");
     return require(code, m_strName);
