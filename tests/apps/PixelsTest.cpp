@@ -112,14 +112,15 @@ TEST_F(Pixels, ComeInMapsMasksAndListsOfManyKinds)
     cv::Mat_<unsigned char> mask(12, 20, static_cast<unsigned char>(0));
     mask(4, 5) = 255;
     cv::imwrite(path("mask.png"), mask);
-    write("list.csv", std::string("x,y\n19,11\n5,4\n"));
+    write("list.csv", std::string("x,y\n19,11\n5,4\n0,0\n"));
     for (const std::string name : {"all.pgm", "all.png", "all.npy", "all.csv"}) {
         said("pixels merge list.csv mask.png --out " + name);
-        EXPECT_THAT(said("pixels diff mask.png " + name + " --out diff.png --csv"),
-                    AllOf(HasSubstr("new,1\ngone,0\nin both,1\n"), HasSubstr("19,11,new,spread")));
+        EXPECT_THAT(
+            said("pixels diff mask.png " + name + " --out diff.png --csv"),
+            AllOf(HasSubstr("new,2\ngone,0\nin both,1\n"), HasSubstr("0,0,new,spread\n19,11,new,spread")));
     }
-    EXPECT_EQ(bytes("all.csv"), "x,y,flags,reasons\n5,4,64,spread\n19,11,64,spread\n");
-    EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("all.pgm"))), 2);
+    EXPECT_EQ(bytes("all.csv"), "x,y,flags,reasons\n0,0,64,spread\n5,4,64,spread\n19,11,64,spread\n");
+    EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("all.pgm"))), 3);
     EXPECT_THAT(call("pixels merge list.csv --out l.pgm").errors, HasSubstr("--size"));
     EXPECT_THAT(call("pixels merge list.csv --size 19x12 --out l.pgm").errors, HasSubstr("line 2"));
 }

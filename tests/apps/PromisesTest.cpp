@@ -130,7 +130,7 @@ TEST_F(Promises, AnInterruptEndsEveryCommandAndLeavesNothing)
     pipe("never");
     const std::pair<int, const char*> runs[] = {
         {SIGINT, "render - --raw 64x48 --out film.avi <>never"}, // waits for what never comes
-        {SIGTERM, "undistort --make -0.0001,0,4000,4000,2999.5,2999.5 --size 6000x6000 --out l.pam"},
+        {SIGTERM, "undistort --make -0.0001,0,4000,4000,2999.5,2999.5 --size 6000x6000 --out l.pam <&-"},
         {SIGINT, "demo --out demo"}};
     const auto before = folder.entries();
     for (const auto& [signal, arguments] : runs) {

@@ -111,6 +111,11 @@ TEST(Detail, AmplifiesWhatStandsOutOfTheNoiseAndNothingElse)
     const Frame bare = slope(20000, 4, 0);
     Detail(4).apply(bare, 0, edge, out);
     EXPECT_TRUE(same(out, bare)); // a slope is no detail
+    // Blocks that are cut off below are like those to the right.
+    Frame cut = frame(cv::Rect(0, 40, 29, 41)).clone(), turned;
+    Detail(4).apply(cut, noise, edge, out);
+    Detail(4).apply(cut.t(), noise, edge, turned);
+    EXPECT_LE(cv::norm(out, turned.t(), cv::NORM_INF), 1);
 }
 
 TEST(Tone, KeepsColoursAndLegendOfOneTable)

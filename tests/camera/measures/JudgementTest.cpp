@@ -104,6 +104,7 @@ TEST(Judgement, RecordingsThatAreTooShortGiveNoFigures)
 {
     const std::vector<Frame> frames(3, Frame(40, 40, static_cast<unsigned short>(7)));
     EXPECT_TRUE(std::isnan(trialsOf(idle, frames).contrast15));
+    EXPECT_EQ(trialsOf(idle, std::vector<Frame>(8, frames[0])).trail30, 0); // eight are enough
     const auto smaller = [] { return [](Frame& frame) { frame = frame.rowRange(1, 9).clone(); }; };
     EXPECT_THROW(trialsOf(smaller, std::vector<Frame>(9, frames[0])), velmo::exp::Exception);
 }

@@ -264,6 +264,28 @@ TEST(OddSpots, NeedFiveGoodPixelsAroundThem)
     EXPECT_EQ(oddOf(plane, bad), 0);
 }
 
+TEST(OddSpots, AreTheSameInAPictureTurnedOverItsDiagonal)
+{
+    Random random(11);
+    cv::Mat_<float> plane(121, 121);
+    for (float& value : plane)
+        value = static_cast<float>(random.normal());
+    plane(cv::Rect(0, 70, 40, 50)) *= 3; // more noise in a corner
+    for (int n = 0; n < 100; ++n) {      // so far apart that none is beside another
+        const cv::Point corner(12 * (n / 10) + random.below(3), 12 * (n % 10) + random.below(3));
+        plane(cv::Rect(corner, cv::Size(1 + n % 2, 1 + n % 4 / 2))) += random(6, 20);
+    }
+    const auto oddIn = [](const cv::Mat_<float>& picture) {
+        cv::Mat_<float> odd(picture.size(), 0.0F);
+        cv::Mat_<unsigned char> bad(picture.size(), static_cast<unsigned char>(0));
+        OddSpots(picture, bad, {7, 1, 0.3F, 1, 0.1F}).find([&](cv::Point at, float far) { odd(at) = far; });
+        return odd;
+    };
+    const cv::Mat_<float> found = oddIn(plane);
+    EXPECT_GT(cv::countNonZero(found), 30);
+    EXPECT_LT(cv::norm(found, cv::Mat_<float>(oddIn(plane.t()).t()), cv::NORM_INF), 1e-3);
+}
+
 TEST(PixelSearch, FindsNothingInScenesWithoutDefects)
 {
     for (unsigned seed = 1; seed <= 2; ++seed)
