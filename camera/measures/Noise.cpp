@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace velmo::camera {
 namespace {
@@ -121,6 +122,8 @@ void NoiseMeter::add(const Frame& frame)
 {
     if (m_nFrames > 0 && frame.size() != m_oSum.size())
         VELMO_THROW("the frames differ in size, they are no recording of one camera");
+    if (frame.total() > std::size_t{s32MaxPixels})
+        VELMO_THROW("noise is measured in frames of at most " + std::to_string(s32MaxPixels) + " pixels");
     double low = 0;
     double high = 0;
     cv::minMaxLoc(frame, &low, &high);

@@ -46,7 +46,10 @@ struct NoiseFigures
 class VELMO_API NoiseMeter
 {
 public:
-    /// @throws Exception  if the size differs from that of the frames before
+    /// Of a frame: 4096 x 4096. Each takes some eighty bytes.
+    static constexpr int s32MaxPixels = 1 << 24;
+
+    /// @throws Exception  if the size differs from that of the frames before, and for more pixels
     void add(const Frame& frame);
 
     NoiseFigures figures() const;

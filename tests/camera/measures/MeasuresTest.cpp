@@ -95,6 +95,7 @@ TEST_F(Measures, DriftIsTheWayOfTheLevelAndTooFewFramesShowNone)
     meter.add(Frame::zeros(4, 4));
     EXPECT_TRUE(std::isnan(meter.figures().columns)); // no room for an average over nine
     EXPECT_THROW(meter.add(Frame::zeros(4, 5)), Exception);
+    EXPECT_THROW(NoiseMeter().add(Frame::zeros(4096, 4097)), Exception);
 }
 
 /// A bright bar of 12 columns that moves 3 columns per frame.
