@@ -58,7 +58,25 @@ VELMO_CLONES void halveFast(const float* __restrict upper, const float* __restri
                             float* __restrict out, int count)
 {
     for (int c = 0; c < count; ++c)
-        out[c] = ((upper[2 * c] + lower[2 * c]) + (upper[2 * c + 1] + lower[2 * c + 1])) * 0.25F;
+        out[c] = meanOfFour(upper[2 * c], lower[2 * c], upper[2 * c + 1], lower[2 * c + 1]);
+}
+
+VELMO_CLONES void halveComparisonLoop(const u16* __restrict upper, const u16* __restrict lower,
+                                      const float* __restrict above, const float* __restrict below,
+                                      float* __restrict halved, float* __restrict residual, int count)
+{
+    for (int c = 0; c < count; ++c) {
+        const int sum = upper[2 * c] + lower[2 * c] + upper[2 * c + 1] + lower[2 * c + 1];
+        const float mean = meanOfFour(above[2 * c], below[2 * c], above[2 * c + 1], below[2 * c + 1]);
+        halved[c] = mean;
+        residual[c] = static_cast<float>(sum) * 0.25F - mean;
+    }
+}
+
+void halveComparisonFast(const u16* const (&frame)[2], const float* const (&estimate)[2], float* halved,
+                         float* residual, int count)
+{
+    halveComparisonLoop(frame[0], frame[1], estimate[0], estimate[1], halved, residual, count);
 }
 
 VELMO_CLONES void mixLinesLoop(const float* a, const float* b, const float* m, const float* d, float wa,
@@ -549,6 +567,8 @@ constexpr Forms<SumDifferences> sumDifferences{"denoise: differences", sumDiffer
                                                sumDifferencesFast};
 constexpr Forms<TakeResidual> takeResidual{"denoise: residual", takeResidualPlain, takeResidualFast};
 constexpr Forms<Halve> halve{"denoise: halve", halvePlain, halveFast};
+constexpr Forms<HalveComparison> halveComparison{"denoise: halves", halveComparisonPlain,
+                                                 halveComparisonFast};
 constexpr Forms<MixLines> mixLines{"denoise: mix", mixLinesPlain, mixLinesFast};
 constexpr Forms<SumGradients> sumGradients{"denoise: gradients", sumGradientsPlain, sumGradientsFast};
 constexpr Forms<TakeRest> takeRest{"denoise: rest", takeRestPlain, takeRestFast};

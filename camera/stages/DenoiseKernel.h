@@ -57,6 +57,13 @@ using Halve = void(const float* upper, const float* lower, float* out, int count
 Halve halvePlain;
 extern const Forms<Halve> halve;
 
+/// The means of two by two pixels of an estimate, `count` of them, and what those of a frame differ by.
+/// @param frame, estimate  an upper and a lower line
+using HalveComparison = void(const u16* const (&frame)[2], const float* const (&estimate)[2], float* halved,
+                             float* residual, int count);
+HalveComparison halveComparisonPlain;
+extern const Forms<HalveComparison> halveComparison;
+
 /// ((a0 w0 + a1 w1) + (a2 w2 + a3 w3)) of four lines, or of one at four places.
 using MixLines = void(const float* const* lines, const float* weights, float* out, int count);
 MixLines mixLinesPlain;

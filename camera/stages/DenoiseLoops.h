@@ -24,6 +24,11 @@ VELMO_INLINE int rounded(float value)
     return static_cast<int>(value + 1024.5F) - 1024;
 }
 
+VELMO_INLINE float meanOfFour(float a, float b, float m, float d)
+{
+    return ((a + b) + (m + d)) * 0.25F;
+}
+
 /// How sure it is that a pixel changed, 0 to 1: from the mean square of the residuals around it, its own
 /// square and the square of their sum, all over what noise alone would give.
 VELMO_INLINE float changeOf(float squares, float own, float together, float least)

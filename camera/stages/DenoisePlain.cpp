@@ -35,7 +35,17 @@ void takeResidualPlain(const Comparison& of, const Stripes& stripes, float scale
 void halvePlain(const float* upper, const float* lower, float* out, int count)
 {
     for (int c = 0; c < count; ++c)
-        out[c] = ((upper[2 * c] + lower[2 * c]) + (upper[2 * c + 1] + lower[2 * c + 1])) * 0.25F;
+        out[c] = meanOfFour(upper[2 * c], lower[2 * c], upper[2 * c + 1], lower[2 * c + 1]);
+}
+
+void halveComparisonPlain(const u16* const (&frame)[2], const float* const (&estimate)[2], float* halved,
+                          float* residual, int count)
+{
+    halvePlain(estimate[0], estimate[1], halved, count);
+    for (int c = 0; c < count; ++c) {
+        const int sum = frame[0][2 * c] + frame[1][2 * c] + frame[0][2 * c + 1] + frame[1][2 * c + 1];
+        residual[c] = static_cast<float>(sum) * 0.25F - halved[c];
+    }
 }
 
 void mixLinesPlain(const float* const* lines, const float* weights, float* out, int count)

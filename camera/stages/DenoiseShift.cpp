@@ -102,6 +102,17 @@ void ShiftFinder::put(int row, const float* const (&estimate)[2], const float* c
     halve(residual[0], residual[1], half.line(half.residual, row), half.columns);
 }
 
+void ShiftFinder::compare(const Frame& frame, const Line& estimate)
+{
+    Level& half = m_aLevels[0];
+    for (int r = 0; r < half.rows; ++r) {
+        const auto lineOf = [&](int row) { return estimate.data() + std::ptrdiff_t{row} * frame.cols; };
+        halveComparison({frame[2 * r], frame[2 * r + 1]}, {lineOf(2 * r), lineOf(2 * r + 1)},
+                        half.line(half.estimate, r), half.line(half.residual, r), half.columns);
+        half.closeLine(half.estimate, r);
+    }
+}
+
 /// Of the part of the picture that is inside.
 ShiftFinder::Equations ShiftFinder::equationsOf(const Level& level, const Line& estimate,
                                                 const Line& residual, float residualLevel, int tileSize,

@@ -1,6 +1,7 @@
 // Not installed.
 #pragma once
 
+#include "camera/Frame.h"
 #include "camera/stages/DenoiseMove.h"
 
 #include <opencv2/core/types.hpp>
@@ -27,6 +28,11 @@ public:
 
     /// A pair of lines, row 2 * `row` and the next: the estimate, and the residual in any unit.
     void put(int row, const float* const (&estimate)[2], const float* const (&residual)[2]);
+
+    /// Instead of all of them, where `align` is all that is wanted: a frame and its estimate. Their levels
+    /// may differ, and so may stripes: what is known of these before the estimate moves is mostly the
+    /// scene's.
+    void compare(const Frame& frame, const Line& estimate);
 
     /// As far as slopes alone tell: up to a pixel or two.
     SceneShift find() const;

@@ -95,23 +95,30 @@ void Denoiser::start(const Frame& frame)
 void Denoiser::follow(const Frame& frame)
 {
     const float before = m_fDeviation;
-    compare(frame);
-    m_oShift = m_oShiftFinder.find();
-    const SceneShift shift = m_oShift.isHinted ? m_oShiftFinder.align() : SceneShift{};
-    m_bMoved = shift.x != 0 || shift.y != 0;
+    const auto isNone = [](const SceneShift& shift) { return shift.x == 0 && shift.y == 0; };
+    SceneShift shift;
+    if (m_bMoved) { // most likely it still does: no need to look closely before it has moved
+        m_oShiftFinder.compare(frame, m_vecEstimate);
+        shift = m_oShiftFinder.align();
+    }
+    if (isNone(shift)) {
+        compare(frame);
+        if (m_oShift.isHinted)
+            shift = m_oShiftFinder.align();
+    }
+    m_bMoved = !isNone(shift);
     if (m_bMoved) {
         moveEstimate(shift);
         m_oLost.move(shift.x, shift.y);
         m_fDeviation = before;
         compare(frame);
-        m_oShift = m_oShiftFinder.find();
     }
     correlate();
     update(frame);
     m_oLost.renew(std::max(m_fChanged, leastGain()));
 }
 
-/// Level and stripes of the frame, and what it then differs by from the estimate.
+/// Level and stripes of the frame, what it then differs by from the estimate, and what of that is a shift.
 void Denoiser::compare(const Frame& frame)
 {
     findLevel(frame);
@@ -124,6 +131,7 @@ void Denoiser::compare(const Frame& frame)
     findStripes(frame, std::max(0.2F, std::min({deviation, most, before > 0 ? 2 * before : most})));
     m_fDeviation = std::max(fLeastDeviation, std::min(deviationOf(frame), most));
     takeResiduals(frame);
+    m_oShift = m_oShiftFinder.find();
 }
 
 /// The estimate, and the age of the nearest pixel. What was not in the picture has none.

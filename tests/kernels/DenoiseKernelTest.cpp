@@ -27,7 +27,7 @@ std::vector<float> line(Random& random, int count, float level, float spread)
 
 std::vector<short> lanes(Random& random, int count, int reach)
 {
-    return random.values<short>(static_cast<std::size_t>(count + 2 * s32Margin), -reach, reach);
+    return random.values<short>(static_cast<std::size_t>(count) + 2 * s32Margin, -reach, reach);
 }
 
 struct Compared
@@ -64,6 +64,14 @@ void addFrameLoops(std::vector<KernelCase>& all)
             std::vector<int> sums(in.frame.size(), 5), inside(in.frame.size(), 7);
             const ClippedSum sum = form(in.of(), in.scale, sums.data(), inside.data(), in.count);
             return Left() << sum.sum << sum.inside << sums << inside;
+        };
+    });
+    add(all, halveComparison, [](Random& random, int round) {
+        return [upper = Compared(random, 2 * round), lower = Compared(random, 2 * round), round](auto& form) {
+            Guarded<float> halved(static_cast<std::size_t>(round)), residual(static_cast<std::size_t>(round));
+            form({upper.frame.data(), lower.frame.data()}, {upper.estimate.data(), lower.estimate.data()},
+                 halved.data(), residual.data(), round);
+            return Left() << halved.all << residual.all;
         };
     });
     add(all, takeResidual, [](Random& random, int round) {
