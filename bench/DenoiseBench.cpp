@@ -72,6 +72,8 @@ Job denoiseMoving(cv::Size size)
     Job job(4 * static_cast<std::size_t>(size.area()), static_cast<std::size_t>(size.area()));
     job.ours([=] { moving->denoiser.process(moving->next(0), moving->out); });
     job.peer("still", [=] { still->denoiser.process(still->next(0), still->out); });
+    if (size.width == 640)
+        job.atMost(1.8, "still");
     return job;
 }
 

@@ -116,14 +116,14 @@ VELMO_CLONES void sumGradientsFast(const float* estimate, const float* residual,
     total = sums;
 }
 
-VELMO_CLONES void restLoop(const float* __restrict estimate, const float* __restrict residual,
-                           const float* __restrict moved, float* __restrict rest, int count)
+VELMO_CLONES void takeRestFast(const float* __restrict estimate, const float* __restrict residual,
+                               const float* __restrict moved, float* __restrict rest, int count)
 {
     for (int c = 0; c < count; ++c)
         rest[c] = (estimate[c] + residual[c]) - moved[c];
 }
 
-VELMO_CLONES void sumLanes(const float* values, float* total, int count)
+VELMO_CLONES void sumLineFast(const float* values, float* total, int count)
 {
     float sums[8];
     std::copy_n(total, 8, sums);
@@ -134,14 +134,6 @@ VELMO_CLONES void sumLanes(const float* values, float* total, int count)
     for (int i = 0; c + i < count; ++i)
         sums[i] += values[c + i];
     std::copy_n(sums, 8, total);
-}
-
-void takeRestFast(const float* estimate, const float* residual, const float* moved, float* rest,
-                  RestSums& sums, int count)
-{
-    restLoop(estimate, residual, moved, rest, count);
-    sumLanes(rest, sums.rest, count);
-    sumLanes(residual, sums.residual, count);
 }
 
 VELMO_CLONES void sumGainsFast(const Gain& gain, const Part& in, GainSums& total)
@@ -572,6 +564,7 @@ constexpr Forms<HalveComparison> halveComparison{"denoise: halves", halveCompari
 constexpr Forms<MixLines> mixLines{"denoise: mix", mixLinesPlain, mixLinesFast};
 constexpr Forms<SumGradients> sumGradients{"denoise: gradients", sumGradientsPlain, sumGradientsFast};
 constexpr Forms<TakeRest> takeRest{"denoise: rest", takeRestPlain, takeRestFast};
+constexpr Forms<SumLine> sumLine{"denoise: sum", sumLinePlain, sumLineFast};
 constexpr Forms<SumGains> sumGains{"denoise: gains", sumGainsPlain, sumGainsFast};
 constexpr Forms<ExplainByShift> explainByShift{"denoise: shift", explainByShiftPlain, explainByShiftFast};
 constexpr Forms<SumOfFive> sumOfFive{"denoise: five lines", sumOfFivePlain, sumOfFiveFast};

@@ -88,16 +88,16 @@ using SumGradients = void(const float* estimate, const float* residual, float le
 SumGradients sumGradientsPlain;
 extern const Forms<SumGradients> sumGradients;
 
-/// What a frame differs by from an estimate that moved: `(estimate + residual) - moved`. Adds up that and the
-/// residual, in the same eight sums.
-struct RestSums
-{
-    float rest[8] = {}, residual[8] = {};
-};
+/// What a frame differs by from an estimate that moved: `(estimate + residual) - moved`.
 using TakeRest = void(const float* estimate, const float* residual, const float* moved, float* rest,
-                      RestSums& sums, int count);
+                      int count);
 TakeRest takeRestPlain;
 extern const Forms<TakeRest> takeRest;
+
+/// Adds up a line, in the same eight sums.
+using SumLine = void(const float* values, float* sums, int count);
+SumLine sumLinePlain;
+extern const Forms<SumLine> sumLine;
 
 /// What the frame differs by from the estimate, and by how much less when that moved.
 struct Gain

@@ -31,15 +31,15 @@ void PictureMover::create(int columns)
 void PictureMover::move(const float* in, int rows, int columns, int stride, float x, float y, float* out)
 {
     const Cubic across(x), down(y);
-    const int margin = columns / 2 + 4;
-    float* line = m_vecLine.data() + margin;
+    float* line = m_vecLine.data() + columns / 2 + 4;
+    const int before = std::max(0, 1 - across.whole), behind = std::max(0, across.whole + 2);
     for (int r = 0; r < rows; ++r) {
         const float* lines[4];
         for (int i = 0; i < 4; ++i)
             lines[i] = in + std::ptrdiff_t{std::clamp(r + down.whole + i - 1, 0, rows - 1)} * stride;
         mixLines(lines, down.weights, line, columns);
-        std::fill_n(line - margin, margin, line[0]);
-        std::fill_n(line + columns, margin, line[columns - 1]);
+        std::fill_n(line - before, before, line[0]);
+        std::fill_n(line + columns, behind, line[columns - 1]);
         for (int i = 0; i < 4; ++i)
             lines[i] = line + across.whole + i - 1;
         mixLines(lines, across.weights, out + std::ptrdiff_t{r} * stride, columns);

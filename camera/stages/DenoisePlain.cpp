@@ -67,14 +67,16 @@ void sumGradientsPlain(const float* estimate, const float* residual, float level
         }
 }
 
-void takeRestPlain(const float* estimate, const float* residual, const float* moved, float* rest,
-                   RestSums& sums, int count)
+void takeRestPlain(const float* estimate, const float* residual, const float* moved, float* rest, int count)
 {
-    for (int c = 0; c < count; ++c) {
+    for (int c = 0; c < count; ++c)
         rest[c] = (estimate[c] + residual[c]) - moved[c];
-        sums.rest[c % 8] += rest[c];
-        sums.residual[c % 8] += residual[c];
-    }
+}
+
+void sumLinePlain(const float* values, float* sums, int count)
+{
+    for (int c = 0; c < count; ++c)
+        sums[c % 8] += values[c];
 }
 
 void sumGainsPlain(const Gain& of, const Part& part, GainSums& sums)

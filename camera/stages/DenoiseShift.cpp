@@ -12,10 +12,8 @@ constexpr float fLeastMove = 0.1F;
 
 double total(const float (&lanes)[8])
 {
-    double sum = 0;
-    for (const float lane : lanes)
-        sum += lane;
-    return sum;
+    return ((lanes[0] + double{lanes[1]}) + (lanes[2] + double{lanes[3]})) +
+           ((lanes[4] + double{lanes[5]}) + (lanes[6] + double{lanes[7]}));
 }
 
 cv::Size tilesOf(int rows, int columns, int tile)
@@ -173,22 +171,22 @@ void ShiftFinder::move(Level& level, float x, float y)
         return cv::Range(from, size - beyond);
     };
     const cv::Range across = known(x, columns), down = known(y, rows);
-    RestSums sums, outside;
     for (int r = 0; r < rows; ++r) {
         level.closeLine(level.moved, r);
-        const auto take = [&](int from, int to, RestSums& into) {
-            const std::ptrdiff_t at = level.at(r, from);
-            takeRest(level.estimate.data() + at, level.residual.data() + at, level.moved.data() + at,
-                     level.rest.data() + at, into, to - from);
-        };
-        const bool isInside = r >= down.start && r < down.end;
-        take(0, across.start, outside);
-        take(across.start, across.end, isInside ? sums : outside);
-        take(across.end, columns, outside);
+        takeRest(level.line(level.estimate, r), level.line(level.residual, r), level.line(level.moved, r),
+                 level.line(level.rest, r), columns);
     }
     level.inside = {across.start, down.start, across.size(), down.size()};
-    level.restLevel = static_cast<float>(total(sums.rest) / level.inside.area());
-    level.residualLevel = static_cast<float>(total(sums.residual) / level.inside.area());
+    level.restLevel = meanOf(level, level.rest);
+}
+
+/// Inside.
+float ShiftFinder::meanOf(const Level& level, const Line& of)
+{
+    float sums[8] = {};
+    for (int r = 0; r < level.inside.height; ++r)
+        sumLine(of.data() + level.at(level.inside.y + r, level.inside.x), sums, level.inside.width);
+    return static_cast<float>(total(sums) / level.inside.area());
 }
 
 /// How far (x, y) is beyond chance: what the tiles win by it, none more than its say, over the larger of how
@@ -198,12 +196,13 @@ double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
     move(level, x, y);
     const cv::Rect inside = level.inside;
     // The estimate where it is, as smooth as it becomes between pixels: that alone brings it nearer.
-    const auto gainAt = [&, sideX = sideFor(keptNoise(x)), sideY = sideFor(keptNoise(y))](std::ptrdiff_t at) {
+    const auto gainAt = [&, residualLevel = meanOf(level, level.residual), sideX = sideFor(keptNoise(x)),
+                         sideY = sideFor(keptNoise(y))](std::ptrdiff_t at) {
         return Gain{level.estimate.data() + at,
                     level.residual.data() + at,
                     level.moved.data() + at,
                     level.rest.data() + at,
-                    level.residualLevel,
+                    residualLevel,
                     level.restLevel,
                     sideX,
                     sideY};

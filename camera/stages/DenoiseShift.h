@@ -50,8 +50,8 @@ private:
         int rows = 0, columns = 0, stride = 0;
         Line estimate, residual; ///< the residual of the estimate where it is
         Line moved, rest;        ///< the estimate elsewhere, and what the frame differs by from it
-        float residualLevel = 0, restLevel = 0; ///< their means, inside
-        cv::Rect inside;                        ///< where the moved estimate is known
+        float restLevel = 0;     ///< the mean of that, inside
+        cv::Rect inside;         ///< where the moved estimate is known
 
         void create(int newRows, int newColumns);
         std::ptrdiff_t at(int row, int column) const { return std::ptrdiff_t{row + 1} * stride + column + 1; }
@@ -63,6 +63,7 @@ private:
 
     static Equations equationsOf(const Level& level, const Line& estimate, const Line& residual,
                                  float residualLevel, int tile, float scale);
+    static float meanOf(const Level& level, const Line& of);
     void move(Level& level, float x, float y);
     double certainty(Level& level, int tile, float x, float y);
 

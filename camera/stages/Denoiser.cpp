@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <numeric>
 
 namespace velmo::camera {
@@ -142,15 +143,19 @@ void Denoiser::moveEstimate(const SceneShift& shift)
     const int x = static_cast<int>(std::lround(shift.x)), y = static_cast<int>(std::lround(shift.y));
     const int from = static_cast<int>(std::ceil(std::max(0.0F, -shift.x))),
               to = m_s32Columns - static_cast<int>(std::ceil(std::max(0.0F, shift.x)));
-    std::fill(m_vecMoved.begin(), m_vecMoved.end(), 0.0F);
-    for (int r = 0; r < m_s32Rows; ++r) {
+    for (int i = 0; i < m_s32Rows; ++i) {
+        const int r = y < 0 ? m_s32Rows - 1 - i : i; // rows that are moved are not needed any more
         const float source = static_cast<float>(r) + shift.y;
-        if (source < 0 || source > static_cast<float>(m_s32Rows - 1))
+        float* age = m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns;
+        if (source < 0 || source > static_cast<float>(m_s32Rows - 1)) {
+            std::fill_n(age, m_s32Columns, 0.0F);
             continue;
-        std::copy_n(m_vecAge.data() + std::ptrdiff_t{r + y} * m_s32Columns + from + x, to - from,
-                    m_vecMoved.data() + std::ptrdiff_t{r} * m_s32Columns + from);
+        }
+        const float* of = age + std::ptrdiff_t{y} * m_s32Columns + x;
+        std::memmove(age + from, of + from, static_cast<std::size_t>(to - from) * sizeof *age);
+        std::fill_n(age, from, 0.0F);
+        std::fill(age + to, age + m_s32Columns, 0.0F);
     }
-    m_vecAge.swap(m_vecMoved);
 }
 
 void Denoiser::findLevel(const Frame& frame)
