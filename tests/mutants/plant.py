@@ -5,12 +5,12 @@ usage: plant.py [REGEX]   only faults whose file, text or replacement match
 
 A list holds faults one after another:
 
-    path/of/the/file.cpp [under thread | found by TARGET]
+    path/of/the/file.cpp [under sanitize | under thread | found by TARGET]
     -the text, which stands in that file once (several lines, each with its -)
     +what is planted in its place (nothing, or several lines)
 
-Lines that begin with # are comments. "under thread" shows a fault to the thread sanitizer, "found by" to a minute of
-that fuzz target. Works in a copy of the tree below build/mutants; the sources of the person stay as they are.
+Lines that begin with # are comments. "under" shows a fault to the tests below that preset's sanitizer, "found by" to a
+minute of that fuzz target. Works in a copy of the tree below build/mutants; the sources of the person stay as they are.
 """
 import os
 import pathlib
@@ -32,7 +32,7 @@ USED = {}  # the processor time that a program needs without a fault
 # ordinary build.
 QUICK = ["-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG", "-DVELMO_TARGET_CLONES=OFF", "-DVELMO_WERROR=OFF"]
 OPTIONS = {"release": ["-DVELMO_WERROR=OFF"] if "CMAKE_CXX_COMPILER_LAUNCHER" in os.environ else QUICK,
-           "thread": [], "fuzz": []}
+           "sanitize": [], "thread": [], "fuzz": []}
 
 # Which programs of tests a fault below a folder is shown to, one after another; ninja builds what the fault changes.
 PROGRAMS = {

@@ -49,7 +49,7 @@ TEST(Range, AutomaticGlidesAndJumpsToAnotherScene)
     for (int i = 0; i < 60; ++i)
         rule.of(between(1080, 2160));
     EXPECT_EQ(rule.of(between(1080, 2160)).high, 2160);
-    EXPECT_EQ(rule.of(between(1620, 2700)).low, 1620); // has but a third in common with the last one
+    EXPECT_EQ(rule.of(between(1600, 2700)).low, 1600); // has but a third in common with the last one
     EXPECT_EQ(rule.of(between(1080, 9000)).high, 9000);
     EXPECT_EQ(rule.of(between(30000, 30900)).low, 30000);
 }

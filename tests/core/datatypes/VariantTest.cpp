@@ -111,7 +111,8 @@ TEST(Variant, ReadsTextOfEveryTypeAndWritesTheShortestThatReadsTheSame)
     EXPECT_EQ(written("uint8[]", "\n1, 0x2a 0xFF ,007\t#0a0B0C,#FFFFFF "), "1 42 255 7 10 11 12 255 255 255");
     EXPECT_EQ(Variant::fromString("float", "0.1")->value<float>(), 0.1f);
     Bytes none;
-    EXPECT_FALSE(MemoryAcsii::parse(std::string_view("#123456", 6), none)); // not beyond the text
+    const std::vector<char> shorter{'#', '1', '2', '3', '4', '5'}; // behind it there is nothing to be read
+    EXPECT_FALSE(MemoryAcsii::parse({shorter.data(), shorter.size()}, none));
 }
 
 TEST(Variant, RefusesTextThatIsNotWhollyAValue)
