@@ -193,7 +193,12 @@ TEST_F(Formats, RefuseWhatTheyCannotMeanInOneLineThatNamesTheFile)
         EXPECT_THAT(refusalOf("a.npy"), HasSubstr(why));
     }
 
-    writeAll(createTiff(output("words.tif"), 1, std::string(5 << 20, 'a')), {Frame(1, 1, 7)});
+    const std::string words(5 << 19, 'a'); // of both the file and its software
+    writeAll(createTiff(output("words.tif"), 1, words), {Frame(1, 1, 7)});
+    TIFF* const tiff = TIFFOpen(path("words.tif").c_str(), "r+");
+    TIFFSetField(tiff, TIFFTAG_SOFTWARE, words.c_str());
+    TIFFRewriteDirectory(tiff);
+    TIFFClose(tiff);
     std::string tags("II*\0\x8\0\0\0\x2c\1", 10); // 300 of them, the first describe a page
     for (int i = 0; i < 300; ++i) {
         const int tag = i < 24 ? 256 + i : 40000 + i;
