@@ -1,5 +1,6 @@
 #include "camera/stages/Denoiser.h"
 #include "camera/measures/Simulation.h"
+#include "camera/stages/DenoiseShift.h"
 
 #include "tests/Support.h"
 
@@ -199,6 +200,25 @@ TEST(Denoiser, TakesNoFineTextureThatGoesBetweenPixelsForNoise)
     };
     const Errors errors = errorsOf({2}, pan, 20, 60);
     EXPECT_LE(errors.clean, 1.05 * errors.raw);
+}
+
+TEST(ShiftFinder, FindsWhereTheEstimateIsWhatTheFrameShowsWhateverItsLevel)
+{
+    Values world(size + cv::Size(40, 40));
+    cv::RNG(3).fill(world, cv::RNG::NORMAL, 8000, 600);
+    cv::GaussianBlur(world, world, {0, 0}, 5);
+    const auto at = [&](int x, int y) { return world(cv::Rect({20 + x, 20 + y}, size)); };
+    ShiftFinder finder;
+    finder.create(size.height, size.width);
+    for (const cv::Point& shift : {cv::Point(9, 0), {-9, 0}, {0, 8}, {3, -8}})
+        for (const float level : {0.0F, 1000.0F}) {
+            const Values estimate = at(0, 0).clone(), residual = at(shift.x, shift.y) - estimate + level;
+            for (int r = 0; r < size.height; r += 2)
+                finder.put(r / 2, {estimate[r], estimate[r + 1]}, {residual[r], residual[r + 1]});
+            const SceneShift found = finder.align();
+            EXPECT_NEAR(found.x, shift.x, 0.05) << shift << level;
+            EXPECT_NEAR(found.y, shift.y, 0.05) << shift << level;
+        }
 }
 
 TEST(Denoiser, TakesNoSceneForTheNoiseOfAnother)
