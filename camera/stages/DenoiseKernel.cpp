@@ -317,7 +317,7 @@ VELMO_CLONES void flowLoop(const short* __restrict from, const short* __restrict
 {
     for (int c = 0; c < count; ++c) {
         const auto difference = static_cast<short>(to[c] - from[c]);
-        const short opened = opening(difference, gate, slope);
+        const short opened = opening(sizeOf(difference), gate, slope);
         flow[c] = static_cast<short>(opened * difference);
         open[c] = opened;
     }
@@ -371,8 +371,9 @@ VELMO_CLONES void finishOctaveLine(short* __restrict picture, const short* __res
                                    short* __restrict detail, int count)
 {
     for (int c = 0; c < count; ++c)
-        finishPixel(opening(static_cast<short>(below[c] - across[c]), gate, slope), across[c], below[c],
-                    flowBefore[c], openBefore[c], picture[c], flow[c], gates[c], open[c], detail[c]);
+        finishPixel(opening(sizeOf(static_cast<short>(below[c] - across[c])), gate, slope), across[c],
+                    below[c], flowBefore[c], openBefore[c], picture[c], flow[c], gates[c], open[c],
+                    detail[c]);
 }
 
 /// The same where slopes are smoothed, too.

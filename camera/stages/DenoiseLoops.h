@@ -112,10 +112,9 @@ VELMO_INLINE short sizeOf(short value) // -32768 stays
     return static_cast<short>(value < 0 ? -value : value);
 }
 
-/// 0 to 64: how far a gate is open. `slope` is 64 * 256 / (upper - lower).
-VELMO_INLINE short opening(short difference, Gate gate, short slope)
+/// 0 to 64: how far a gate is open for a step of that size. `slope` is 64 * 256 / (upper - lower).
+VELMO_INLINE short opening(short size, Gate gate, short slope)
 {
-    const short size = sizeOf(difference); // -32768: closed
     auto left = static_cast<short>(gate.upper - size);
     const auto width = static_cast<short>(gate.upper - gate.lower);
     left = left < 0 ? short{0} : left;
@@ -123,9 +122,9 @@ VELMO_INLINE short opening(short difference, Gate gate, short slope)
     return static_cast<short>(static_cast<u16>(left * slope) >> 8); // at most 64 * 256
 }
 
-/// What a gate between `from` and `to` sees of their difference: a slope that goes on before and behind them
-/// is no step, and only what it bends there counts, in `quarters`. Steeper than 500 it is left alone: what
-/// flows has to stay within 16 bits.
+/// The size of what a gate between `from` and `to` sees of their difference: a slope that goes on before and
+/// behind them is no step, and only what it bends there counts, in `quarters`. Steeper than 500 it is left
+/// alone: what flows has to stay within 16 bits.
 VELMO_INLINE short stepOf(short before, short from, short to, short after, short quarters)
 {
     constexpr short largest = 500;
@@ -153,7 +152,8 @@ VELMO_INLINE short flatness(short open)
     auto above = static_cast<short>(static_cast<short>(open >> 2) - from);
     above = above < 0 ? short{0} : above;
     above = above < width ? above : width;
-    return static_cast<short>(static_cast<u16>(above * 41) >> 8); // 400 * 41 / 256 is 64
+    // 400 * 41 / 256 is 64. The upper half of a product is one operation.
+    return static_cast<short>(static_cast<std::uint32_t>(static_cast<u16>(above)) * u16{41 * 256} >> 16);
 }
 
 VELMO_INLINE short takenOff(short detail, short flat)

@@ -206,7 +206,7 @@ Flow flowBetween(const Lanes& picture, int row, int column, int down, int across
                       [std::clamp(column + steps * across, 0, picture.columns - 1)];
     };
     const auto difference = static_cast<short>(at(1) - at(0));
-    const short step = bend > 0 ? stepOf(at(-1), at(0), at(1), at(2), bend) : difference;
+    const short step = bend > 0 ? stepOf(at(-1), at(0), at(1), at(2), bend) : sizeOf(difference);
     const short open = opening(step, gate, slopeOf(gate));
     return {static_cast<short>(open * difference), open};
 }
