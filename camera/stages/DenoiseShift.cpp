@@ -191,7 +191,7 @@ float ShiftFinder::meanOf(const Level& level, const Line& of)
 
 /// How far (x, y) is beyond chance: what the tiles win by it, none more than its say, over the larger of how
 /// much they disagree and of how much noise would win.
-double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
+ShiftFinder::Evidence ShiftFinder::evidenceFor(Level& level, int tileSize, float x, float y)
 {
     move(level, x, y);
     const cv::Rect inside = level.inside;
@@ -210,7 +210,8 @@ double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
 
     const cv::Size tiles = tilesOf(level.rows, level.columns, tileSize);
     const int every = 2 * everyLine(level.rows) - 1;
-    double won = 0, chance = 0;
+    constexpr double dOfNoise = 3; // 1.2 deviations in the estimate, both where it was and where it is
+    double won = 0, chance = 0, detailed = 0;
     m_vecGains.clear();
     for (int number = 0; number < tiles.area(); ++number) {
         const cv::Rect part = tileAt(tiles, number, level.rows, level.columns) & inside;
@@ -223,22 +224,23 @@ double ShiftFinder::certainty(Level& level, int tileSize, float x, float y)
         const double variance = std::max(1e-2, std::min(before, after) / count);
         const double gain = (before - after) / variance, most = moves / variance;
         const double weight = std::min(1.0, dSay / std::max({1e-9, most, std::abs(gain)}));
+        detailed += most > dOfNoise * count ? 1 : 0;
         won += weight * gain;
         chance += 4 * weight * weight * most;
         m_vecGains.push_back(static_cast<float>(weight * gain));
     }
     const auto count = static_cast<double>(m_vecGains.size());
     if (count < 2)
-        return 0;
+        return {};
     double spread = 0;
     for (const float gain : m_vecGains)
         spread += std::pow(gain - won / count, 2);
-    return won / std::sqrt(std::max(chance, spread * count / (count - 1)) + 4);
+    return {won / std::sqrt(std::max(chance, spread * count / (count - 1)) + 4), detailed / count};
 }
 
 SceneShift ShiftFinder::align()
 {
-    constexpr double dCoarse = 1.5, dSure = 6;
+    constexpr double dCoarse = 1.5, dSure = 6, dFewTiles = 0.1;
     for (std::size_t i = 1; i < m_nLevels; ++i) {
         const Level& from = m_aLevels[i - 1];
         Level& to = m_aLevels[i];
@@ -250,6 +252,7 @@ SceneShift ShiftFinder::align()
                   to.line(to.residual, r), to.columns);
         }
     }
+    SceneShift far;      // as the coarsest level sees it, where it is sure there
     double x = 0, y = 0; // in pixels of the level
     for (std::size_t i = m_nLevels; i-- > 0; x *= 2, y *= 2) {
         Level& level = m_aLevels[i];
@@ -265,9 +268,22 @@ SceneShift ShiftFinder::align()
             x = stepped(x, stepX, level.columns);
             y = stepped(y, stepY, level.rows);
         }
-        if ((isFinest || isCoarsest) && certainty(level, tile, static_cast<float>(x), static_cast<float>(y)) <
-                                            (isFinest ? dSure : dCoarse))
+        if (!isFinest && !isCoarsest)
+            continue;
+        const Evidence found = evidenceFor(level, tile, static_cast<float>(x), static_cast<float>(y));
+        if (isFinest && found.certainty < dSure) {
+            // What stays where it is, or hides the shift, may all be noise.
+            const bool isHidden = (far.x != 0 || far.y != 0) &&
+                                  evidenceFor(level, tile, far.x / 2, far.y / 2).detailed < dFewTiles;
+            return isHidden ? far : SceneShift{};
+        }
+        if (found.certainty < dCoarse)
             return {};
+        if (found.certainty > dSure) {
+            const auto size = static_cast<double>(2U << i);
+            far.x = static_cast<float>(x * size);
+            far.y = static_cast<float>(y * size);
+        }
     }
     // Less is left to the estimate, which follows, instead of smoothing it between pixels all the time.
     return std::hypot(x, y) < fLeastMove ? SceneShift{}

@@ -39,7 +39,8 @@ public:
 
     /// From where on the estimate is what the frame shows: the estimate is moved to and fro, from an eighth
     /// of the size on, and what it then differs by has to be less all over the picture. Detail that stays
-    /// where it is, as a sensor's own pattern does, speaks against it.
+    /// where it is, as a sensor's own pattern does, speaks against it, unless all of it may be noise: then an
+    /// eighth of the size tells alone.
     /// @returns 0, 0 unless it is sure
     SceneShift align();
 
@@ -60,12 +61,17 @@ private:
         void closeLine(Line& of, int row) const; ///< its ends; the picture's border goes on above and below
     };
     struct Equations;
+    struct Evidence
+    {
+        double certainty = 0; ///< how far a shift is beyond chance
+        double detailed = 0;  ///< share of the tiles that have more to move than noise
+    };
 
     static Equations equationsOf(const Level& level, const Line& estimate, const Line& residual,
                                  float residualLevel, int tile, float scale);
     static float meanOf(const Level& level, const Line& of);
     void move(Level& level, float x, float y);
-    double certainty(Level& level, int tile, float x, float y);
+    Evidence evidenceFor(Level& level, int tile, float x, float y);
 
     std::array<Level, 3> m_aLevels;
     std::size_t m_nLevels = 0;

@@ -110,6 +110,7 @@ void Denoiser::follow(const Frame& frame)
     m_bMoved = !isNone(shift);
     if (m_bMoved) {
         moveEstimate(shift);
+        beginUnseen(frame);
         m_oLost.move(shift.x, shift.y);
         m_fDeviation = before;
         compare(frame);
@@ -155,6 +156,37 @@ void Denoiser::moveEstimate(const SceneShift& shift)
         std::memmove(age + from, of + from, static_cast<std::size_t>(to - from) * sizeof *age);
         std::fill_n(age, from, 0.0F);
         std::fill(age + to, age + m_s32Columns, 0.0F);
+    }
+}
+
+/// What came into the picture: where pixels vary by no more than noise their mean, which counts for two
+/// frames. Elsewhere it is followed at once.
+void Denoiser::beginUnseen(const Frame& frame)
+{
+    constexpr int reach = 2;
+    constexpr float fNoise = 2, fDetail = 3.5F; // variances, with room for slow noise and stripes
+    constexpr float fFrames = 2;
+    const auto begin = [&](int r, int c, float& estimate, float& age) {
+        const int own = frame[r][c];
+        float sum = 0, squares = 0, count = 0;
+        for (int y = std::max(0, r - reach); y <= std::min(m_s32Rows - 1, r + reach); ++y)
+            for (int x = std::max(0, c - reach); x <= std::min(m_s32Columns - 1, c + reach); ++x) {
+                const auto away = static_cast<float>(frame[y][x] - own);
+                sum += away;
+                squares += away * away;
+                ++count;
+            }
+        const float mean = sum / count;
+        const float variance = (squares / count - square(mean)) / square(m_fDeviation);
+        const float flat = std::clamp((fDetail - variance) / (fDetail - fNoise), 0.0F, 1.0F);
+        estimate = static_cast<float>(own) - m_fLevel + flat * mean;
+        age = flat * fFrames;
+    };
+    for (int r = 0; r < m_s32Rows; ++r) {
+        float* ages = m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns;
+        for (int c = 0; c < m_s32Columns; ++c)
+            if (ages[c] == 0)
+                begin(r, c, estimate(r)[c], ages[c]);
     }
 }
 

@@ -28,9 +28,10 @@ struct DenoiseStrength
 /// 2. Stripes that change: for columns and rows, the clipped means of z - E in four segments. What the
 ///    segments agree on is a stripe, and taken off z. A small share goes into E, which so finds their mean.
 /// 3. Movement: where a shift of E brings it nearer to z all over the picture, E is moved there, and 1 and 2
-///    are done again. The detail that E lost between pixels is no noise. Of what is left, the shift that best
-///    explains the residual r = z - E by the slope of E, by least squares in tiles none of which has more
-///    than its say. A sudden one starts E anew.
+///    are done again. What comes into the picture begins as a mean of what is around it, unless that varies
+///    by more than noise. The detail that E lost between pixels is no noise. Of what is left, the shift that
+///    best explains the residual r = z - E by the slope of E, by least squares in tiles none of which has
+///    more than its say. A sudden one starts E anew.
 /// 4. Change: where r has more energy than noise in five by five pixels, in one, or in their sum, or where
 ///    the shift explains it. E follows there at once. Elsewhere E is the mean of the frames since, and then
 ///    a running mean.
@@ -61,6 +62,7 @@ private:
     void follow(const Frame& frame);
     void compare(const Frame& frame);
     void moveEstimate(const SceneShift& shift);
+    void beginUnseen(const Frame& frame);
     void findLevel(const Frame& frame);
     float deviationOf(const Frame& frame);
     void leaveLostDetailOut(const Frame& frame, int top, float* blocks);

@@ -187,6 +187,16 @@ TEST(Denoiser, FollowsACameraThatPans)
         }
 }
 
+TEST(Denoiser, FollowsASmoothPanThroughNoiseThatStaysAndCleansWhatComesIntoThePicture)
+{
+    for (const SensorNoise& noise : {SensorNoise{7, true}, SensorNoise{7}}) {
+        const SimulatedScene smoothPan = simulatedScenes(size)[8];
+        const Simulation simulation(smoothPan, noise, size, 60);
+        EXPECT_LE(simulation.after(denoiser(), 20).error,
+                  (noise.slow ? 0.18 : 0.15) * simulation.raw(20).error);
+    }
+}
+
 TEST(Denoiser, TakesNoFineTextureThatGoesBetweenPixelsForNoise)
 {
     Values world(2 * size.height, 2 * size.width + 80);
