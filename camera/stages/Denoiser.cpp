@@ -164,7 +164,8 @@ void Denoiser::moveEstimate(const SceneShift& shift)
 void Denoiser::beginUnseen(const Frame& frame)
 {
     constexpr int reach = 2;
-    constexpr float fNoise = 2, fDetail = 3.5F; // variances, with room for slow noise and stripes
+    // In variances of the residual, which sees only half of noise that lasts.
+    const float noise = 1.5F * (1 + m_fCorrelation), detail = 2.3F * (1 + m_fCorrelation);
     constexpr float fFrames = 2;
     const auto begin = [&](int r, int c, float& estimate, float& age) {
         const int own = frame[r][c];
@@ -178,7 +179,7 @@ void Denoiser::beginUnseen(const Frame& frame)
             }
         const float mean = sum / count;
         const float variance = (squares / count - square(mean)) / square(m_fDeviation);
-        const float flat = std::clamp((fDetail - variance) / (fDetail - fNoise), 0.0F, 1.0F);
+        const float flat = std::clamp((detail - variance) / (detail - noise), 0.0F, 1.0F);
         estimate = static_cast<float>(own) - m_fLevel + flat * mean;
         age = flat * fFrames;
     };
