@@ -185,9 +185,11 @@ void Denoiser::beginUnseen(const Frame& frame)
     };
     for (int r = 0; r < m_s32Rows; ++r) {
         float* ages = m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns;
-        for (int c = 0; c < m_s32Columns; ++c)
-            if (ages[c] == 0)
-                begin(r, c, estimate(r)[c], ages[c]);
+        int c = 0; // it comes in from the ends of a row, if not in all of it
+        for (; c < m_s32Columns && ages[c] == 0; ++c)
+            begin(r, c, estimate(r)[c], ages[c]);
+        for (int last = m_s32Columns - 1; last > c && ages[last] == 0; --last)
+            begin(r, last, estimate(r)[last], ages[last]);
     }
 }
 
