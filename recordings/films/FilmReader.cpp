@@ -45,25 +45,23 @@ const AVCodecParameters& grey(const AVCodecParameters& parameters, const std::st
     return parameters;
 }
 
-constexpr std::size_t mostSlices = 64;
-
-/// How many slices FFV1 finds in a packet: each has its size at its end, before so many bytes.
-std::size_t slicesOf(const AVPacket& packet, int bytesBehind)
+/// Tries the header on a picture in which there is no room for more slices: FFV1 keeps up to 2 MiB for each
+/// that the header names, whatever the size of the pictures.
+const AVCodecParameters& requireFewSlices(const AVCodecParameters& parameters, const std::string& name)
 {
-    std::size_t slices = 0;
-    for (std::int64_t left = packet.size; left > 3 + bytesBehind; ++slices) {
-        const std::uint8_t* const size = packet.data + left - 3 - bytesBehind;
-        left -= 3 + bytesBehind + (size[0] << 16 | size[1] << 8 | size[2]);
+    constexpr int most = 8;
+    if (parameters.codec_id != AV_CODEC_ID_FFV1)
+        return parameters;
+    const Parameters small(avcodec_parameters_alloc());
+    require(avcodec_parameters_copy(small.get(), &parameters), name);
+    small->width = small->height = most;
+    try {
+        Decoder(*small, name);
+    } catch (const exp::Exception&) {
+        VELMO_THROW(name + ": its pictures have more than " + std::to_string(most) + " x " +
+                    std::to_string(most) + " slices, or their header is broken");
     }
-    return slices;
-}
-
-/// FFV1 keeps up to 2 MiB for each slice, whatever the size of the pictures.
-void requireFewSlices(const AVPacket& packet, const AVCodecParameters& parameters, const std::string& name)
-{
-    const bool sliced = parameters.codec_id == AV_CODEC_ID_FFV1 && parameters.extradata_size > 0;
-    if (sliced && std::max(slicesOf(packet, 0), slicesOf(packet, 5)) > mostSlices)
-        VELMO_THROW(name + ": its pictures have more than " + std::to_string(mostSlices) + " slices");
+    return parameters;
 }
 
 class FilmReader : public ImageFile
@@ -71,7 +69,7 @@ class FilmReader : public ImageFile
 public:
     FilmReader(ByteFile file, const std::string& name)
         : m_pFile(std::move(file)), m_strName(name), m_oInput(m_pFile.get(), name, Origin::Elsewhere),
-          m_oDecoder(grey(*m_oInput.film().codecpar, name), name)
+          m_oDecoder(requireFewSlices(grey(*m_oInput.film().codecpar, name), name), name)
     {}
 
     bool next(cv::Mat& image) override
@@ -80,8 +78,6 @@ public:
             if (m_bEnded)
                 return false;
             m_bEnded = !m_oInput.next(*m_pPacket);
-            if (!m_bEnded)
-                requireFewSlices(*m_pPacket, *m_oInput.film().codecpar, m_strName);
             m_oDecoder.send(m_bEnded ? nullptr : m_pPacket.get());
         }
         image = greyValues(*m_pImage, m_strName);

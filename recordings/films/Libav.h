@@ -21,6 +21,7 @@ struct Freed
 using Codec = std::unique_ptr<AVCodecContext, Freed<AVCodecContext, avcodec_free_context>>;
 using Packet = std::unique_ptr<AVPacket, Freed<AVPacket, av_packet_free>>;
 using Image = std::unique_ptr<AVFrame, Freed<AVFrame, av_frame_free>>;
+using Parameters = std::unique_ptr<AVCodecParameters, Freed<AVCodecParameters, avcodec_parameters_free>>;
 
 /// @throws Exception  with the reason, if `code` is an error
 int require(int code, const std::string& name);
