@@ -223,6 +223,7 @@ TEST_F(FilmFiles, PicturesOfEveryFormatAreThoseThatOthersSee)
     store("clear.png", clear);
     store("grey.png", clear.reshape(1));
     store("grey.jpg", picture.reshape(1));
+    store("grey.pgm", clear.reshape(1));
     for (int orientation = 1; orientation <= 8; ++orientation) {
         names.push_back(path("turned" + std::to_string(orientation) + ".jpg"));
         writeJpeg(names.back(), picture, orientation);
