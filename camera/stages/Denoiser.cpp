@@ -15,6 +15,13 @@ constexpr float fLeastDeviation = 0.15F;
 constexpr float fMeanAbsolute = 1.2533F * 1.05F; ///< over the mean one, of the calmer blocks
 constexpr float fLaneUnits = 32;                 ///< to the noise
 
+/// Some rows, of a few thousand pixels, tell how long noise lasts.
+int everySampledRow(int rows, int columns)
+{
+    constexpr int s32Pixels = 4096;
+    return std::max(1, rows * columns / s32Pixels);
+}
+
 /// From a median on, which what moves has shifted, towards the mean of what is within `reach` of it.
 float centred(const Line& values, float centre, float reach)
 {
@@ -77,7 +84,9 @@ void Denoiser::start(const Frame& frame)
     m_oShift = {};
     m_bMoved = false;
     m_fCorrelation = 1;
-    m_vecLastResiduals.assign(pixels, 0);
+    const auto sampled =
+        static_cast<std::size_t>((m_s32Rows - 1) / everySampledRow(m_s32Rows, m_s32Columns) + 1);
+    m_vecLastResiduals.assign(sampled * static_cast<std::size_t>(m_s32Columns), 0);
     m_oLost = {};
     m_vecColumns.assign(static_cast<std::size_t>(m_s32Columns), 0);
     m_vecRows.assign(static_cast<std::size_t>(m_s32Rows), 0);
@@ -331,8 +340,8 @@ void Denoiser::takeResiduals(const Frame& frame)
 /// How far the noise of this frame is that of the last one.
 void Denoiser::correlate()
 {
-    constexpr int s32Pixels = 4096, s32Limit = 3 * s32ResidualUnit;
-    const int every = std::max(1, m_s32Rows * m_s32Columns / s32Pixels);
+    constexpr int s32Limit = 3 * s32ResidualUnit;
+    const int every = everySampledRow(m_s32Rows, m_s32Columns);
     std::int64_t both = 0, own = 0, other = 0;
     for (int r = 0; r < m_s32Rows; r += every) {
         short* last = m_vecLastResiduals.data() + std::ptrdiff_t{r / every} * m_s32Columns;
