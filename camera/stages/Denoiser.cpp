@@ -84,9 +84,8 @@ void Denoiser::start(const Frame& frame)
     m_oShift = {};
     m_bMoved = false;
     m_fCorrelation = 1;
-    const auto sampled =
-        static_cast<std::size_t>((m_s32Rows - 1) / everySampledRow(m_s32Rows, m_s32Columns) + 1);
-    m_vecLastResiduals.assign(sampled * static_cast<std::size_t>(m_s32Columns), 0);
+    const int sampled = (m_s32Rows - 1) / everySampledRow(m_s32Rows, m_s32Columns) + 1;
+    m_vecLastResiduals.assign(static_cast<std::size_t>(sampled) * static_cast<std::size_t>(m_s32Columns), 0);
     m_oLost = {};
     m_vecColumns.assign(static_cast<std::size_t>(m_s32Columns), 0);
     m_vecRows.assign(static_cast<std::size_t>(m_s32Rows), 0);
