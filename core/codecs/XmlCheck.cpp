@@ -247,12 +247,19 @@ private:
         return true;
     }
 
+    /// The byte-order mark and two that are no characters: to the parser blanks, also around a name.
+    bool standsAtHiddenBlank() const
+    {
+        return startsWith("\xEF\xBB\xBF") || startsWith("\xEF\xBF\xBE") || startsWith("\xEF\xBF\xBF");
+    }
+
     bool name()
     {
         if (!isNameStart(*m_pNext))
             return false;
-        while (isNamePart(*m_pNext))
-            character();
+        for (; isNamePart(*m_pNext); character())
+            if (static_cast<unsigned char>(*m_pNext) == 0xEF && standsAtHiddenBlank())
+                return false;
         return true;
     }
 

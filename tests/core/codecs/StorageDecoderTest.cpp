@@ -159,6 +159,9 @@ TEST(StorageDecoderXml, NamesWhatIsWrong)
           "<group name='a'></group></group>", "<", "<!-- ", "<?xml", "<?xml a=", "<?pi ><group name='a'/>",
           "<?\?><group name='a'/>", "hello", "<group name='a'/>x", "x<group name='a'/>",
           "<![CDATA[x]]><group name='a'/>", "<group name='a' name='b'/>",
+          // What the parser takes for blanks would make another name of it.
+          "<\xEF\xBB\xBFgroup name='a'></group>", "<group name='a'></group\xEF\xBF\xBE>",
+          "<group name='a'></group\xEF\xBF\xBF>",
           // References that are not whole, and characters beyond the last one.
           "<group name='&#x;'/>", "<group name='&#65'/>", "<group name='&#x4G;'/>",
           "<group name='&#x110000;'/>", "<group name='&#00000065;'/>", "<group name='&#65&#66;'/>"})
