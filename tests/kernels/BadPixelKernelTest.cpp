@@ -27,50 +27,43 @@ std::vector<KernelCase> badPixelKernels()
 {
     return {
         kernel(flagSpread, 3000,
-               [](Random& random, int round) {
-                   const cv::Size size =
-                       round % 500 == 0 ? cv::Size(640, 300) : cv::Size(random(1, 120), random(1, 40));
-                   return [frame = population(random, size),
-                           minCount = static_cast<unsigned long>(random(0, 40))](auto& form) {
-                       cv::Mat_<int> map(frame.size() + cv::Size(3, 3), 1);
-                       cv::Mat_<int> part = map(cv::Rect({1, 2}, frame.size()));
-                       const unsigned long count = form(frame, part, minCount);
-                       return Left() << count << part;
-                   };
+               [](Random& random, int round, auto& form) {
+                   const cv::Mat_<short> frame =
+                       population(random, round % 500 == 0 ? cv::Size(640, 300)
+                                                           : cv::Size(random(1, 120), random(1, 40)));
+                   cv::Mat_<int> map(frame.size() + cv::Size(3, 3), 1);
+                   cv::Mat_<int> part = map(cv::Rect({1, 2}, frame.size()));
+                   const unsigned long count = form(frame, part, static_cast<unsigned long>(random(0, 40)));
+                   return Left() << count << part;
                }),
         kernel(flagFallen, 300,
-               [](Random& random, int round) {
+               [](Random& random, int round, auto& form) {
                    const auto count = static_cast<std::size_t>(round / 3);
                    const int reach = random.pick({1, 32767});
-                   return [before = random.values<short>(count, -reach - 1, reach),
-                           after = random.values<short>(count, -reach - 1, reach)](auto& form) {
-                       Guarded<int> flags(before.size());
-                       form(before.data(), after.data(), flags.data(), static_cast<int>(before.size()));
-                       return Left() << flags.all;
-                   };
+                   const auto before = random.values<short>(count, -reach - 1, reach),
+                              after = random.values<short>(count, -reach - 1, reach);
+                   Guarded<int> flags(count);
+                   form(before.data(), after.data(), flags.data(), round / 3);
+                   return Left() << flags.all;
                }),
         kernel(countBad, 300,
-               [](Random& random, int round) {
+               [](Random& random, int round, auto& form) {
                    const auto count = static_cast<std::size_t>(round / 3);
-                   return [flags = random.values<int>(count, -1, random.pick({1, 2147483647}))](auto& form) {
-                       Guarded<unsigned int> columns(flags.size());
-                       const unsigned int bad =
-                           form(flags.data(), columns.data(), static_cast<int>(flags.size()));
-                       return Left() << bad << columns.all;
-                   };
+                   const auto flags = random.values<int>(count, -1, random.pick({1, 2147483647}));
+                   Guarded<unsigned int> columns(count);
+                   const unsigned int bad = form(flags.data(), columns.data(), round / 3);
+                   return Left() << bad << columns.all;
                }),
         kernel(findBad, 300,
-               [](Random& random, int round) {
+               [](Random& random, int round, auto& form) {
                    auto flags = random.values<int>(static_cast<std::size_t>(round / 3), -1, 1);
                    const int good = random.pick({1, 3, 40});
                    for (int& flag : flags)
                        flag = random(0, good) == 0 ? flag : 0;
-                   return [flags](auto& form) {
-                       Guarded<int> columns(flags.size());
-                       const int bad = form(flags.data(), columns.data(), static_cast<int>(flags.size()));
-                       std::fill(columns.data() + bad, columns.data() + flags.size(), 0); // may hold anything
-                       return Left() << bad << columns.all;
-                   };
+                   Guarded<int> columns(flags.size());
+                   const int bad = form(flags.data(), columns.data(), round / 3);
+                   std::fill(columns.data() + bad, columns.data() + flags.size(), 0); // may hold anything
+                   return Left() << bad << columns.all;
                }),
     };
 }

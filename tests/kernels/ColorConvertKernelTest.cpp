@@ -31,16 +31,14 @@ Bytes plane(int first, std::size_t bytesIn)
 KernelCase conversion(const velmo::exp::Forms<ConvertPixels>& forms, std::size_t bytesIn,
                       std::size_t bytesOut)
 {
-    return kernel(forms, lengths + 256, [=](Random& random, int round) {
+    return kernel(forms, lengths + 256, [=](Random& random, int round, auto& form) {
         const auto length = static_cast<std::size_t>(bytesIn == 2 ? round & ~1 : round);
         const Bytes src = round < lengths ? random.values<unsigned char>(bytesIn * length)
                                           : plane(round - lengths, bytesIn);
-        return [=](auto& form) {
-            const std::size_t pixels = src.size() / bytesIn;
-            Guarded<unsigned char> dst(bytesOut * pixels);
-            form(src.data(), dst.data(), pixels);
-            return Left() << dst.all;
-        };
+        const std::size_t pixels = src.size() / bytesIn;
+        Guarded<unsigned char> dst(bytesOut * pixels);
+        form(src.data(), dst.data(), pixels);
+        return Left() << dst.all;
     });
 }
 
@@ -59,15 +57,13 @@ std::vector<KernelCase> colourKernels()
         conversion(ycbcrToYuv2, 3, 2),
         conversion(swapRb, 3, 3),
         kernel(lagYuyv, 3000,
-               [](Random& random, int) {
-                   const auto total = static_cast<std::size_t>(random(0, 100));
-                   const auto first = static_cast<std::size_t>(random(0, static_cast<int>(total)));
-                   const auto pixels = static_cast<std::size_t>(random(0, static_cast<int>(total - first)));
-                   return [=, src = random.values<unsigned char>(2 * total)](auto& form) {
-                       Guarded<unsigned char> dst(3 * pixels);
-                       form(src.data(), dst.data(), first, pixels);
-                       return Left() << dst.all;
-                   };
+               [](Random& random, int, auto& form) {
+                   const int total = random(0, 100), first = random(0, total);
+                   const auto pixels = static_cast<std::size_t>(random(0, total - first));
+                   const Bytes src = random.values<unsigned char>(2 * static_cast<std::size_t>(total));
+                   Guarded<unsigned char> dst(3 * pixels);
+                   form(src.data(), dst.data(), static_cast<std::size_t>(first), pixels);
+                   return Left() << dst.all;
                }),
     };
 }

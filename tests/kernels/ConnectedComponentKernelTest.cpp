@@ -25,25 +25,22 @@ std::vector<KernelCase> blobKernels()
 {
     return {
         kernel(extentsOf, 260,
-               [](Random& random, int round) {
-                   return [all = points(random, round)](auto& form) {
-                       const PointExtents extents = form(all.data(), all.size());
-                       return Left() << extents.minX << extents.maxX << extents.minY << extents.maxY;
-                   };
+               [](Random& random, int round, auto& form) {
+                   const auto all = points(random, round);
+                   const PointExtents extents = form(all.data(), all.size());
+                   return Left() << extents.minX << extents.maxX << extents.minY << extents.maxY;
                }),
         kernel(sumOf, 270,
-               [](Random& random, int round) {
-                   return [all = points(random, round)](auto& form) {
-                       const cv::Point2d sum = form(all.data(), all.size());
-                       return Left() << sum.x << sum.y;
-                   };
+               [](Random& random, int round, auto& form) {
+                   const auto all = points(random, round);
+                   const cv::Point2d sum = form(all.data(), all.size());
+                   return Left() << sum.x << sum.y;
                }),
         kernel(squaredReachOf, 260,
-               [](Random& random, int round) {
-                   return [all = points(random, round), centre = points(random, 0)[0]](auto& form) {
-                       const SquaredReach reach = form(all.data(), all.size(), centre);
-                       return Left() << reach.x << reach.y;
-                   };
+               [](Random& random, int round, auto& form) {
+                   const auto all = points(random, round);
+                   const SquaredReach reach = form(all.data(), all.size(), points(random, 0)[0]);
+                   return Left() << reach.x << reach.y;
                }),
     };
 }

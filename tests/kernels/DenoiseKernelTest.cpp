@@ -51,60 +51,55 @@ struct Compared
     Stripes stripes() const { return {columns.data(), row, share}; }
 };
 
-template <class Function, class Draw>
-void add(std::vector<KernelCase>& all, const Forms<Function>& forms, Draw draw)
+template <class Function, class Run>
+void add(std::vector<KernelCase>& all, const Forms<Function>& forms, Run run)
 {
-    all.push_back(kernel(forms, 150, draw));
+    all.push_back(kernel(forms, 150, run));
 }
 
 void addFrameLoops(std::vector<KernelCase>& all)
 {
-    add(all, sumDifferences, [](Random& random, int round) {
-        return [in = Compared(random, round)](auto& form) {
-            std::vector<int> sums(in.frame.size(), 5), inside(in.frame.size(), 7);
-            const ClippedSum sum = form(in.of(), in.scale, sums.data(), inside.data(), in.count);
-            return Left() << sum.sum << sum.inside << sums << inside;
-        };
+    add(all, sumDifferences, [](Random& random, int round, auto& form) {
+        const Compared in(random, round);
+        std::vector<int> sums(in.frame.size(), 5), inside(in.frame.size(), 7);
+        const ClippedSum sum = form(in.of(), in.scale, sums.data(), inside.data(), in.count);
+        return Left() << sum.sum << sum.inside << sums << inside;
     });
-    add(all, halveComparison, [](Random& random, int round) {
-        return [upper = Compared(random, 2 * round), lower = Compared(random, 2 * round), round](auto& form) {
-            Guarded<float> halved(static_cast<std::size_t>(round)), residual(static_cast<std::size_t>(round));
-            form({upper.frame.data(), lower.frame.data()}, {upper.estimate.data(), lower.estimate.data()},
-                 halved.data(), residual.data(), round);
-            return Left() << halved.all << residual.all;
-        };
+    add(all, halveComparison, [](Random& random, int round, auto& form) {
+        const Compared upper(random, 2 * round), lower(random, 2 * round);
+        Guarded<float> halved(static_cast<std::size_t>(round)), residual(static_cast<std::size_t>(round));
+        form({upper.frame.data(), lower.frame.data()}, {upper.estimate.data(), lower.estimate.data()},
+             halved.data(), residual.data(), round);
+        return Left() << halved.all << residual.all;
     });
-    add(all, takeResidual, [](Random& random, int round) {
-        return [in = Compared(random, round)](auto& form) {
-            Guarded<float> estimate(in.frame.size()), residual(in.frame.size());
-            Guarded<short> coarse(in.frame.size());
-            form(in.of(), in.stripes(), in.scale, estimate.data(), residual.data(), coarse.data(), in.count);
-            return Left() << estimate.all << residual.all << coarse.all;
-        };
+    add(all, takeResidual, [](Random& random, int round, auto& form) {
+        const Compared in(random, round);
+        Guarded<float> estimate(in.frame.size()), residual(in.frame.size());
+        Guarded<short> coarse(in.frame.size());
+        form(in.of(), in.stripes(), in.scale, estimate.data(), residual.data(), coarse.data(), in.count);
+        return Left() << estimate.all << residual.all << coarse.all;
     });
-    add(all, updateLine, [](Random& random, int round) {
+    add(all, updateLine, [](Random& random, int round, auto& form) {
         const std::vector<short> sums = lanes(random, round, 175), squares = lanes(random, round, 6125);
         const std::vector<float> ages = line(random, round, 20, 19.5F),
                                  least = line(random, round, 0, 0.001F);
-        return [=, in = Compared(random, round)](auto& form) {
-            std::vector<float> estimate = in.estimate, age = ages, explained = least;
-            for (float& value : explained)
-                value = std::min(1.0F, std::max(0.0F, value));
-            const int changed = form(
-                in.frame.data(), in.stripes(), in.level,
-                {sums.data() + s32Margin, squares.data() + s32Margin, explained.data(), 1 / in.scale, 0.07F},
-                estimate.data(), age.data(), in.count);
-            return Left() << changed << estimate << age;
-        };
+        const Compared in(random, round);
+        std::vector<float> estimate = in.estimate, age = ages, explained = least;
+        for (float& value : explained)
+            value = std::min(1.0F, std::max(0.0F, value));
+        const int changed =
+            form(in.frame.data(), in.stripes(), in.level,
+                 {sums.data() + s32Margin, squares.data() + s32Margin, explained.data(), 1 / in.scale, 0.07F},
+                 estimate.data(), age.data(), in.count);
+        return Left() << changed << estimate << age;
     });
-    add(all, finishLine, [](Random& random, int round) {
+    add(all, finishLine, [](Random& random, int round, auto& form) {
         const std::vector<short> removed = lanes(random, round, 500);
-        return [=, in = Compared(random, round)](auto& form) {
-            Guarded<u16> out(in.frame.size());
-            form(in.estimate.data(), removed.data(), {in.columns.data(), in.row, 0.07F, in.level}, out.data(),
-                 in.count);
-            return Left() << out.all;
-        };
+        const Compared in(random, round);
+        Guarded<u16> out(in.frame.size());
+        form(in.estimate.data(), removed.data(), {in.columns.data(), in.row, 0.07F, in.level}, out.data(),
+             in.count);
+        return Left() << out.all;
     });
 }
 
@@ -116,144 +111,130 @@ void addFloatLoops(std::vector<KernelCase>& all)
             line(random, count, level, spread), line(random, count, level, spread),
             line(random, count, level, spread), line(random, count, 0, 10)};
     };
-    add(all, halve, [=](Random& random, int round) {
-        return [=, in = three(random, 2 * round)](auto& form) {
-            Guarded<float> out(static_cast<std::size_t>(round));
-            form(in[0].data(), in[1].data(), out.data(), round);
-            return Left() << out.all;
-        };
+    add(all, halve, [=](Random& random, int round, auto& form) {
+        const auto in = three(random, 2 * round);
+        Guarded<float> out(static_cast<std::size_t>(round));
+        form(in[0].data(), in[1].data(), out.data(), round);
+        return Left() << out.all;
     });
-    add(all, mixLines, [=](Random& random, int round) {
-        return [=, in = three(random, round)](auto& form) {
-            Guarded<float> out(static_cast<std::size_t>(round));
-            const float* lines[] = {in[0].data(), in[1].data(), in[2].data(), in[3].data()};
-            const float weights[] = {-0.07F, 0.9F, 0.2F, -0.03F};
-            form(lines, weights, out.data(), round);
-            return Left() << out.all;
-        };
+    add(all, mixLines, [=](Random& random, int round, auto& form) {
+        const auto in = three(random, round);
+        Guarded<float> out(static_cast<std::size_t>(round));
+        const float* lines[] = {in[0].data(), in[1].data(), in[2].data(), in[3].data()};
+        const float weights[] = {-0.07F, 0.9F, 0.2F, -0.03F};
+        form(lines, weights, out.data(), round);
+        return Left() << out.all;
     });
     const auto partOf = [](Random& random, int round) {
         return Part{round + random(2, 9), random(1, 5), random(1, 3), round};
     };
-    add(all, sumGradients, [=](Random& random, int round) {
+    add(all, sumGradients, [=](Random& random, int round, auto& form) {
         const Part part = partOf(random, round);
         const int size = static_cast<int>(part.stride) * (part.rows + 2);
-        return [=, in = three(random, size), level = between(random, -5, 5)](auto& form) {
-            GradientSums sums;
-            sums.xy[round % 8] = 3;
-            const std::ptrdiff_t at = part.stride + 1;
-            form(in[0].data() + at, in[3].data() + at, level, 1 / 16.0F, part, sums);
-            Left left;
-            for (int i = 0; i < 8; ++i)
-                left << sums.xx[i] << sums.xy[i] << sums.yy[i] << sums.xr[i] << sums.yr[i] << sums.rr[i];
-            return left;
-        };
+        const auto in = three(random, size);
+        const auto level = between(random, -5, 5);
+        GradientSums sums;
+        sums.xy[round % 8] = 3;
+        const std::ptrdiff_t at = part.stride + 1;
+        form(in[0].data() + at, in[3].data() + at, level, 1 / 16.0F, part, sums);
+        Left left;
+        for (int i = 0; i < 8; ++i)
+            left << sums.xx[i] << sums.xy[i] << sums.yy[i] << sums.xr[i] << sums.yr[i] << sums.rr[i];
+        return left;
     });
-    add(all, takeRest, [=](Random& random, int round) {
-        return [=, in = three(random, round)](auto& form) {
-            Guarded<float> rest(static_cast<std::size_t>(round));
-            form(in[0].data(), in[3].data(), in[1].data(), rest.data(), round);
-            return Left() << rest.all;
-        };
+    add(all, takeRest, [=](Random& random, int round, auto& form) {
+        const auto in = three(random, round);
+        Guarded<float> rest(static_cast<std::size_t>(round));
+        form(in[0].data(), in[3].data(), in[1].data(), rest.data(), round);
+        return Left() << rest.all;
     });
-    add(all, sumLine, [=](Random& random, int round) {
-        return [=, in = three(random, round)](auto& form) {
-            std::vector<float> sums(8, 0.3F);
-            form(in[0].data(), sums.data(), round);
-            return Left() << sums;
-        };
+    add(all, sumLine, [=](Random& random, int round, auto& form) {
+        const auto in = three(random, round);
+        std::vector<float> sums(8, 0.3F);
+        form(in[0].data(), sums.data(), round);
+        return Left() << sums;
     });
-    add(all, sumGains, [=](Random& random, int round) {
+    add(all, sumGains, [=](Random& random, int round, auto& form) {
         const Part part = partOf(random, round);
         const int size = static_cast<int>(part.stride) * (part.rows + 2);
-        return [=, in = three(random, size), rest = line(random, size, 0, 10)](auto& form) {
-            GainSums sums;
-            sums.moves[round % 8] = 3;
-            const std::ptrdiff_t at = part.stride + 1;
-            form({&in[0][0] + at, &in[3][0] + at, &in[1][0] + at, &rest[0] + at, 0.7F, -0.4F, 0.2F, 0.05F},
-                 part, sums);
-            Left left;
-            for (int i = 0; i < 8; ++i)
-                left << sums.before[i] << sums.after[i] << sums.moves[i];
-            return left;
-        };
+        const auto in = three(random, size);
+        const auto rest = line(random, size, 0, 10);
+        GainSums sums;
+        sums.moves[round % 8] = 3;
+        const std::ptrdiff_t at = part.stride + 1;
+        form({&in[0][0] + at, &in[3][0] + at, &in[1][0] + at, &rest[0] + at, 0.7F, -0.4F, 0.2F, 0.05F}, part,
+             sums);
+        Left left;
+        for (int i = 0; i < 8; ++i)
+            left << sums.before[i] << sums.after[i] << sums.moves[i];
+        return left;
     });
-    add(all, explainByShift, [=](Random& random, int round) {
+    add(all, explainByShift, [=](Random& random, int round, auto& form) {
         const Shift shift{between(random, -1, 1), between(random, -1, 1), between(random, 0.02F, 900),
                           random.oneIn(2) ? 0 : between(random, 0, 1)};
-        return [=, in = three(random, round)](auto& form) {
-            Guarded<float> out(static_cast<std::size_t>(round));
-            form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, shift, out.data(), round);
-            return Left() << out.all;
-        };
+        const auto in = three(random, round);
+        Guarded<float> out(static_cast<std::size_t>(round));
+        form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, shift, out.data(), round);
+        return Left() << out.all;
     });
-    add(all, splitAcross, [=](Random& random, int round) {
+    add(all, splitAcross, [=](Random& random, int round, auto& form) {
         const int step = random(1, 2);
-        return [=, in = three(random, round)](auto& form) {
-            Guarded<float> low(static_cast<std::size_t>(round)), high(static_cast<std::size_t>(round));
-            form(in[0].data() + 2, step, low.data(), high.data(), round);
-            return Left() << low.all << high.all;
-        };
+        const auto in = three(random, round);
+        Guarded<float> low(static_cast<std::size_t>(round)), high(static_cast<std::size_t>(round));
+        form(in[0].data() + 2, step, low.data(), high.data(), round);
+        return Left() << low.all << high.all;
     });
-    add(all, splitDown, [=](Random& random, int round) {
+    add(all, splitDown, [=](Random& random, int round, auto& form) {
         const bool keep = random.oneIn(2);
-        return [=, in = three(random, round)](auto& form) {
-            Guarded<float> low(static_cast<std::size_t>(round));
-            std::vector<float> squares = in[3];
-            form(in[0].data(), in[1].data(), in[2].data(), keep ? low.data() : nullptr, squares.data(),
-                 round);
-            return Left() << low.all << squares;
-        };
+        const auto in = three(random, round);
+        Guarded<float> low(static_cast<std::size_t>(round));
+        std::vector<float> squares = in[3];
+        form(in[0].data(), in[1].data(), in[2].data(), keep ? low.data() : nullptr, squares.data(), round);
+        return Left() << low.all << squares;
     });
-    add(all, toLanes, [=](Random& random, int round) {
-        return [=, in = three(random, round)](auto& form) {
-            Guarded<short> out(static_cast<std::size_t>(round));
-            form(in[0].data(), 30000, 32 / 0.7F, out.data(), round);
-            return Left() << out.all;
-        };
+    add(all, toLanes, [=](Random& random, int round, auto& form) {
+        const auto in = three(random, round);
+        Guarded<short> out(static_cast<std::size_t>(round));
+        form(in[0].data(), 30000, 32 / 0.7F, out.data(), round);
+        return Left() << out.all;
     });
 }
 
 void addLaneLoops(std::vector<KernelCase>& all)
 {
-    add(all, sumOfFive, [](Random& random, int round) {
-        return [=, in = lanes(random, 5 * round, s32ResidualClip)](auto& form) {
-            Guarded<short> sums(static_cast<std::size_t>(round)), squares(static_cast<std::size_t>(round));
-            const short* rows[5];
-            for (int i = 0; i < 5; ++i)
-                rows[i] = in.data() + i * round;
-            form(rows, sums.data(), squares.data(), round);
-            return Left() << sums.all << squares.all;
-        };
+    add(all, sumOfFive, [](Random& random, int round, auto& form) {
+        const auto in = lanes(random, 5 * round, s32ResidualClip);
+        Guarded<short> sums(static_cast<std::size_t>(round)), squares(static_cast<std::size_t>(round));
+        const short* rows[5];
+        for (int i = 0; i < 5; ++i)
+            rows[i] = in.data() + i * round;
+        form(rows, sums.data(), squares.data(), round);
+        return Left() << sums.all << squares.all;
     });
-    add(all, sumAcross, [](Random& random, int round) {
-        return [=, in = lanes(random, round, random.pick({20, 200, 32767}))](auto& form) {
-            std::vector<int> sums(in.size(), 3), inside(in.size(), 4);
-            form(in.data() + 4, 864, sums.data(), inside.data(), round);
-            return Left() << sums << inside;
-        };
+    add(all, sumAcross, [](Random& random, int round, auto& form) {
+        const auto in = lanes(random, round, random.pick({20, 200, 32767}));
+        std::vector<int> sums(in.size(), 3), inside(in.size(), 4);
+        form(in.data() + 4, 864, sums.data(), inside.data(), round);
+        return Left() << sums << inside;
     });
-    add(all, sumDown, [](Random& random, int round) {
+    add(all, sumDown, [](Random& random, int round, auto& form) {
         const int reach = random.pick({20, 200, 32767});
-        return [=, in = lanes(random, round, reach), nine = lanes(random, round, reach)](auto& form) {
-            const ClippedSum sum = form(in.data(), nine.data(), 864, round);
-            return Left() << sum.sum << sum.inside;
-        };
+        const auto in = lanes(random, round, reach), nine = lanes(random, round, reach);
+        const ClippedSum sum = form(in.data(), nine.data(), 864, round);
+        return Left() << sum.sum << sum.inside;
     });
-    add(all, slideLine, [](Random& random, int round) {
-        return [=, in = lanes(random, round, 32767), out = lanes(random, round, 32767)](auto& form) {
-            std::vector<short> sums(in.size(), 30000);
-            form(in.data(), out.data(), sums.data(), round);
-            return Left() << sums;
-        };
+    add(all, slideLine, [](Random& random, int round, auto& form) {
+        const auto in = lanes(random, round, 32767), out = lanes(random, round, 32767);
+        std::vector<short> sums(in.size(), 30000);
+        form(in.data(), out.data(), sums.data(), round);
+        return Left() << sums;
     });
-    add(all, subtractStripes, [](Random& random, int round) {
+    add(all, subtractStripes, [](Random& random, int round, auto& form) {
         const auto row = static_cast<short>(random(-500, 500));
-        return [=, in = lanes(random, round, 32767), columns = lanes(random, round, 500)](auto& form) {
-            std::vector<short> picture = in;
-            form(picture.data(), columns.data(), row, round);
-            return Left() << picture;
-        };
+        const auto in = lanes(random, round, 32767), columns = lanes(random, round, 500);
+        std::vector<short> picture = in;
+        form(picture.data(), columns.data(), row, round);
+        return Left() << picture;
     });
 }
 
@@ -286,7 +267,7 @@ std::vector<KernelCase> denoiseKernels()
     addFrameLoops(all);
     addFloatLoops(all);
     addLaneLoops(all);
-    add(all, smoothOctave, [](Random& random, int round) {
+    add(all, smoothOctave, [](Random& random, int round, auto& form) {
         const auto gate = [&] {
             const auto lower = static_cast<short>(random(1, 110));
             return Gate{lower, static_cast<short>(lower * 9 / 4 + 1)};
@@ -294,14 +275,12 @@ std::vector<KernelCase> denoiseKernels()
         const Octave octave{1 << round % 4, 1 + round % 2, gate(), gate(), static_cast<short>(random(0, 4)),
                             random.oneIn(2)};
         const Lanes in = picture(random, random(1, 45), random(1, 70));
-        return [=](auto& form) {
-            Lanes smooth = in, removed = in;
-            std::vector<Lanes> rings;
-            form(smooth, octave, removed, rings);
-            Left left;
-            left << smooth << removed;
-            return left;
-        };
+        Lanes smooth = in, removed = in;
+        std::vector<Lanes> rings;
+        form(smooth, octave, removed, rings);
+        Left left;
+        left << smooth << removed;
+        return left;
     });
     return all;
 }

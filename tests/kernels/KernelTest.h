@@ -53,13 +53,14 @@ struct KernelCase
     friend void PrintTo(const KernelCase& kernel, std::ostream* out) { *out << kernel.name; }
 };
 
-/// `draw` makes the input of a round: a function that runs one form on it and returns what it left.
-template <class Function, class Draw>
-KernelCase kernel(const velmo::exp::Forms<Function>& forms, int rounds, Draw draw, const char* variant = "")
+/// `run` draws the input of a round, runs a form on it and returns what that left.
+template <class Function, class Run>
+KernelCase kernel(const velmo::exp::Forms<Function>& forms, int rounds, Run run, const char* variant = "")
 {
-    return {std::string(forms.name) + variant, rounds, [&forms, draw](Random& random, int round) {
-                const auto run = draw(random, round);
-                const auto expected = run(*forms.plain).bytes(), actual = run(*forms.fast).bytes();
+    return {std::string(forms.name) + variant, rounds, [&forms, run](Random& random, int round) {
+                Random again = random; // both forms get the same input
+                const auto expected = run(again, round, *forms.plain).bytes(),
+                           actual = run(random, round, *forms.fast).bytes();
                 ASSERT_EQ(actual.size(), expected.size());
                 const auto place = std::mismatch(actual.begin(), actual.end(), expected.begin()).first;
                 ASSERT_EQ(place - actual.begin(), static_cast<std::ptrdiff_t>(actual.size()))

@@ -24,25 +24,24 @@ Frame scene(Random& random, cv::Size size)
     return frame;
 }
 
+/// What a form leaves in a part of a larger frame.
 template <class Run>
-auto onFrame(const Frame& in, cv::Size outSize, Run run)
+Left written(cv::Size size, Run run)
 {
-    return [=](auto& form) {
-        Frame canvas(outSize + cv::Size(5, 2), 99);
-        Frame out = canvas(cv::Rect({2, 1}, outSize));
-        run(form, in, out);
-        return Left() << out;
-    };
+    Frame canvas(size + cv::Size(5, 2), 99);
+    Frame out = canvas(cv::Rect({2, 1}, size));
+    run(out);
+    return Left() << out;
 }
 
 KernelCase downsizing(const velmo::exp::Forms<Resize>& forms, cv::Size target)
 {
-    return kernel(forms, 60, [target](Random& random, int round) {
+    return kernel(forms, 60, [target](Random& random, int round, auto& form) {
         Frame in = scene(random, {240, 180});
         if (round == 0) // every value meets every remainder by three
             for (int n = 0; n < 180 * 240; ++n)
                 in(n / 240, n % 240) = static_cast<short>(n * 65535LL / (180 * 240) - 32768 + n % 7);
-        return onFrame(in, target, [](auto& form, const Frame& from, Frame& out) { form(from, out); });
+        return written(target, [&](Frame& out) { form(in, out); });
     });
 }
 
@@ -77,13 +76,13 @@ template <class T>
 KernelCase temporal(const velmo::exp::Forms<typename TemporalForms<T>::Filter>& forms, bool bMax,
                     const char* variant)
 {
-    const auto draw = [bMax](Random& random, int round) {
+    const auto run = [bMax](Random& random, int round, auto& form) {
         const auto count = static_cast<std::size_t>(round < 700 ? round / 2 : random(0, 3000));
         const int height = random.pick({1, 15, 31, 63, 128, 2000, 65535});
         const int low =
             std::numeric_limits<T>::min() + random.pick({0, 65535 - height, random(0, 65535 - height)});
-        const bool bOutside =
-            !bMax && random.oneIn(20); // far outside the contract: the same bits all the same
+        // Far outside the contract: the same bits all the same.
+        const bool bOutside = !bMax && random.oneIn(20);
         const int gain = bOutside ? 255 : random(0, 16), factor = bOutside ? 65535 : random(0, 2048);
         std::vector<unsigned short> weights(differenceTableSize);
         unsigned short* lut = weights.data() + differenceTableCentre;
@@ -92,25 +91,20 @@ KernelCase temporal(const velmo::exp::Forms<typename TemporalForms<T>::Filter>& 
         for (int k = 0; k < 1024; ++k)
             lut[k] = lut[-k] =
                 static_cast<unsigned short>(bCurve ? 32768 * 14 / std::max(k, 14) : random(0, 65535));
-        const std::vector<T> frame = random.values<T>(count, low, low + height);
-        std::vector<T> state = random.values<T>(count, low, low + height);
+        std::vector<T> frame = random.values<T>(count, low, low + height),
+                       state = random.values<T>(count, low, low + height);
         if (random.oneIn(4)) { // where the ranges of what is looked up end
             const int step = random.pick({15, 16, 31, 32, 63, 64}) * random.pick({1, -1});
             for (std::size_t n = 0; n < count; ++n)
                 state[n] = cv::saturate_cast<T>(frame[n] + (random.oneIn(2) ? step : 0));
         }
-        Feedback feedback{nullptr, bMax ? 16 : gain, bMax ? 2048 : factor};
-        return [=](auto& form) {
-            Feedback own = feedback;
-            own.lut = weights.data() + differenceTableCentre;
-            const std::vector<unsigned short> pulls = bMax ? pullsMaxParam(own) : pullsAnyParam(own);
-            own.pulls = &pulls;
-            std::vector<T> frameLeft = frame, stateLeft = state;
-            form(frameLeft.data(), stateLeft.data(), frame.size(), own);
-            return Left() << frameLeft << stateLeft;
-        };
+        Feedback feedback{lut, bMax ? 16 : gain, bMax ? 2048 : factor};
+        const std::vector<unsigned short> pulls = bMax ? pullsMaxParam(feedback) : pullsAnyParam(feedback);
+        feedback.pulls = &pulls;
+        form(frame.data(), state.data(), count, feedback);
+        return Left() << frame << state;
     };
-    return kernel(forms, 1000, draw, variant);
+    return kernel(forms, 1000, run, variant);
 }
 
 } // namespace
@@ -121,32 +115,29 @@ std::vector<KernelCase> noiseKernels()
         downsizing(resizeToTwoThirds, {160, 120}),
         downsizing(resizeToHalf, {120, 90}),
         kernel(removeSpatialNoise, 700,
-               [](Random& random, int round) {
+               [](Random& random, int round, auto& form) {
                    const int gain = round < 37 ? 1 + round % 31 : random(1, 31);
                    const Frame in = round < 31   ? climb(random, gain)
                                     : round < 37 ? spikes(random.pick({-32768, 0, 30000}))
                                                  : scene(random, {1 + round % 150, random(1, 5)});
-                   return onFrame(in, in.size(), [gain](auto& form, const Frame& from, Frame& out) {
-                       form(from, out, gain);
-                   });
+                   return written(in.size(), [&](Frame& out) { form(in, out, gain); });
                }),
         kernel(removeStaticPattern, 3000,
-               [](Random& random, int round) {
+               [](Random& random, int round, auto& form) {
                    const cv::Size size(1 + round % 300, random(1, 6));
                    const int threshold = random.pick({0, 1, 30, 100, random(0, 100)});
                    const PatternParameters parameters{threshold, threshold * 7 / 10, random(0, 31),
                                                       random(0, 31)};
                    const Frame in = scene(random, size), next = scene(random, size);
-                   return [=, columns = states<int>(random, {size.width, 1}, 8192, parameters.lineLimit),
-                           pixels = states<int>(random, size, 256, parameters.frameLimit)](auto& form) {
-                       cv::Mat_<int> columnsLeft = columns.clone(), pixelsLeft = pixels.clone();
-                       std::vector<short> scratch;
-                       const auto run = onFrame(in, size, [&](auto& filter, const Frame& from, Frame& out) {
-                           filter(from, out, columnsLeft, pixelsLeft, parameters, scratch);
-                           filter(next, out, columnsLeft, pixelsLeft, parameters, scratch);
-                       });
-                       return run(form) << columnsLeft << pixelsLeft;
-                   };
+                   auto columns = states<int>(random, {size.width, 1}, 8192, parameters.lineLimit),
+                        pixels = states<int>(random, size, 256, parameters.frameLimit);
+                   std::vector<short> scratch;
+                   return written(size,
+                                  [&](Frame& out) {
+                                      form(in, out, columns, pixels, parameters, scratch);
+                                      form(next, out, columns, pixels, parameters, scratch);
+                                  })
+                          << columns << pixels;
                }),
         temporal<short>(TemporalForms<short>::anyParam, false, " signed"),
         temporal<short>(TemporalForms<short>::maxParam, true, " signed"),

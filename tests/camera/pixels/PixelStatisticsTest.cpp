@@ -11,24 +11,22 @@ std::vector<KernelCase> kernels()
         return random.frame<short>({count, 5}, -32768, random.pick({-32767, -32700, 32767}));
     };
     return {kernel(lookAround, 400,
-                   [lines](Random& random, int) {
+                   [lines](Random& random, int, auto& form) {
                        const int count = random(5, 70);
-                       return [count, in = lines(random, count)](auto& form) {
-                           const short* const rows[5] = {in[0], in[1], in[2], in[3], in[4]};
-                           const auto size = static_cast<std::size_t>(count);
-                           Guarded<short> median(size), calm(size);
-                           std::vector<short> scratch(5 * size);
-                           form(rows, count, scratch.data(), {median.data(), calm.data()});
-                           return Left() << median.all << calm.all;
-                       };
+                       const auto in = lines(random, count);
+                       const short* const rows[5] = {in[0], in[1], in[2], in[3], in[4]};
+                       const auto size = static_cast<std::size_t>(count);
+                       Guarded<short> median(size), calm(size);
+                       std::vector<short> scratch(5 * size);
+                       form(rows, count, scratch.data(), {median.data(), calm.data()});
+                       return Left() << median.all << calm.all;
                    }),
-            kernel(standOut, 400, [lines](Random& random, int round) {
+            kernel(standOut, 400, [lines](Random& random, int round, auto& form) {
                 const int count = random(2, 70);
-                return [count, edge = round % 3 == 0, in = lines(random, count)](auto& form) {
-                    Guarded<int> out(static_cast<std::size_t>(count));
-                    form(in[edge ? 2 : 0], in[1], in[2], count, out.data());
-                    return Left() << out.all;
-                };
+                const auto in = lines(random, count);
+                Guarded<int> out(static_cast<std::size_t>(count));
+                form(in[round % 3 == 0 ? 2 : 0], in[1], in[2], count, out.data());
+                return Left() << out.all;
             })};
 }
 
@@ -87,7 +85,7 @@ TEST(PixelStatistics, RefuseFramesThatDoNotBelongTogether)
     EXPECT_THROW(PixelStatistics().add(Frame(4, 9, static_cast<unsigned short>(0))), Exception);
     EXPECT_THROW(PixelStatistics(Frame(6, 6)).add(Frame(7, 6)), Exception);
     PixelStatistics statistics;
-    statistics.add(Frame(6, 6, static_cast<unsigned short>(1)));
+    statistics.add(Frame(6, 6, 1));
     EXPECT_THROW(statistics.add(Frame(6, 7)), Exception);
 }
 
