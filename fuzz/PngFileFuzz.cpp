@@ -4,7 +4,7 @@
 
 #include "recordings/PngFile.h"
 
-#include <algorithm>
+#include <zlib.h>
 
 namespace {
 
@@ -15,17 +15,6 @@ bool isSmall(const std::uint8_t* data, std::size_t size)
         return data[place] == 0 && data[place + 1] == 0 && data[place + 2] <= 1;
     };
     return size < 24 || (side(16) && side(20));
-}
-
-std::uint32_t checksum(const std::uint8_t* data, std::size_t size)
-{
-    std::uint32_t sum = ~0U;
-    for (std::size_t n = 0; n < size; ++n) {
-        sum ^= data[n];
-        for (int bit = 0; bit < 8; ++bit)
-            sum = sum >> 1 ^ (sum % 2 == 1 ? 0xEDB88320U : 0U);
-    }
-    return ~sum;
 }
 
 } // namespace
@@ -45,7 +34,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
         const std::size_t length = byte(0) | byte(1) | byte(2) | byte(3);
         if (length > size - place - 12)
             break;
-        const std::uint32_t sum = checksum(data + place + 4, length + 4);
+        const auto sum = crc32(0, data + place + 4, static_cast<unsigned>(length + 4));
         for (std::size_t n = 0; n < 4; ++n)
             data[place + 8 + length + n] = static_cast<std::uint8_t>(sum >> (24 - 8 * n));
         place += 12 + length;

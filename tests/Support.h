@@ -59,6 +59,13 @@ Refusal refusal(Call call, const Given&... given)
     return {};
 }
 
+/// The bytes of a file; none if there is no such file.
+inline std::string contentOf(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /// Whether two matrices have the same size, type and bytes.
 inline bool same(const cv::Mat& a, const cv::Mat& b)
 {
@@ -141,11 +148,7 @@ struct FilesTest : testing::Test
         return path(name);
     }
 
-    std::string bytes(const std::string& name) const
-    {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string bytes(const std::string& name) const { return contentOf(path(name)); }
 
     TemporaryFolder folder;
 };

@@ -1,22 +1,15 @@
 #include "tests/apps/ProgramFixture.h"
 
-namespace {
-
-struct BlobsCommand : ProgramFixture
-{
-    BlobsCommand()
-    {
-        for (int i = 0; i < 3; ++i) {
-            Frame frame(48, 64, 29315); // 20 degrees
-            frame(cv::Rect(5 + 2 * i, 10, 8, 4)) = 30315;
-            frame(cv::Rect(40, 30, 2, 1)) = 30316;
-            write("f" + std::to_string(i) + ".png", frame);
-        }
-    }
-};
+using BlobsCommand = ProgramFixture;
 
 TEST_F(BlobsCommand, PrintsWhatItMeasures)
 {
+    for (int i = 0; i < 3; ++i) {
+        Frame frame(48, 64, 29315); // 20 degrees
+        frame(cv::Rect(5 + 2 * i, 10, 8, 4)) = 30315;
+        frame(cv::Rect(40, 30, 2, 1)) = 30316;
+        write("f" + std::to_string(i) + ".png", frame);
+    }
     const std::string values = said("blobs f*.png --above 30000 --csv --out drawn");
     EXPECT_THAT(values, HasSubstr("frame,label,pixels,x,y,box x,box y,box w,box h,elongation,"));
     EXPECT_THAT(values, HasSubstr("\n0,1,32,8.5,11.5,5,10,8,4,0.25,"));
@@ -40,14 +33,3 @@ TEST_F(BlobsCommand, PrintsWhatItMeasures)
 
     EXPECT_EQ(said("blobs f1.png --below -5.5 --celsius --json --out none.png"), "[\n]\n");
 }
-
-TEST_F(BlobsCommand, RefusesBadArgumentsInOneLine)
-{
-    expectRefusals({{"blobs f0.png --out o.png", "--above"},
-                    {"blobs f0.png --above 1 --below 2 --out o.png", "below"},
-                    {"blobs f0.png --above 1 --min-size 0 --out o.png", "--min-size"},
-                    {"blobs f0.png --above 1 --range lock --out o.png", "lock"},
-                    {"blobs f0.png --above 1", "--out"}});
-}
-
-} // namespace

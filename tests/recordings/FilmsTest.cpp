@@ -7,25 +7,12 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include <cstdio>
-
 namespace {
 
 using namespace velmo::recordings;
 using namespace std::string_literals;
 
 using Container = FilmFormat::Container;
-
-/// What a shell command prints, errors too.
-std::string said(const std::string& command)
-{
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen((command + " 2>&1").c_str(), "r"),
-                                                               pclose);
-    std::string text;
-    for (int letter = std::fgetc(pipe.get()); letter != EOF; letter = std::fgetc(pipe.get()))
-        text += static_cast<char>(letter);
-    return text;
-}
 
 /// Smooth colours that go through a picture, so that a codec keeps them.
 std::vector<Picture> pictures(cv::Size size)
@@ -42,6 +29,13 @@ std::vector<Picture> pictures(cv::Size size)
 
 struct FilmFiles : FilesTest
 {
+    /// What a shell command prints, errors too.
+    std::string said(const std::string& command) const
+    {
+        EXPECT_NE(std::system((command + " >" + path("said") + " 2>&1").c_str()), -1);
+        return bytes("said");
+    }
+
     template <class Images>
     void film(const std::string& name, const FilmFormat& format, const Images& images) const
     {
@@ -143,15 +137,12 @@ TEST_F(FilmFiles, ThatAreNoRecordingsAreRefusedInOneLine)
     EXPECT_EQ(said(ffv1 + path("cut.avi")), "");
     std::filesystem::resize_file(path("cut.avi"), 15000);
     put("list.nut", "nut/multimedia container");
-    const std::pair<const char*, const char*> refused[] = {
-        {"colour.mp4", "a film in Matroska"},
-        {"colour.mkv", "bgr0"},
-        {"jpeg.avi", "mjpeg"},
-        {"words.mkv", "40960 bytes beside its pictures"},
-        {"cut.avi", ": cut off"},
-        {"list.nut", "list.nut"},
-    };
-    for (const auto& [name, why] : refused)
+    for (const auto& [name, why] : {std::pair("colour.mp4", "a film in Matroska"),
+                                    {"colour.mkv", "bgr0"},
+                                    {"jpeg.avi", "mjpeg"},
+                                    {"words.mkv", "40960 bytes beside its pictures"},
+                                    {"cut.avi", ": cut off"},
+                                    {"list.nut", "list.nut"}})
         EXPECT_THAT(refusal([&](const char* film) { valuesIn(path(film)); }, name).message,
                     testing::AllOf(HasSubstr(name), HasSubstr(why), testing::Not(HasSubstr("\n"))));
     const auto counts = films().create({path("counts.avi"), "counts.avi"}, {});
@@ -212,18 +203,18 @@ TEST_F(FilmFiles, PicturesOfEveryFormatAreThoseThatOthersSee)
     picture.convertTo(deep, CV_16U, 257);
     cv::cvtColor(picture, clear, cv::COLOR_BGR2BGRA);
     std::vector<std::string> names = {put("text.ppm", "P3 2 1 255 1 2 3 4 5 6\n")};
-    const auto store = [&](const char* name, const cv::Mat& image) {
+    for (const auto& [name, image] : {std::pair("a.png", cv::Mat(picture)),
+                                      {"a.bmp", picture},
+                                      {"a.ppm", picture},
+                                      {"deep.png", deep},
+                                      {"deep.ppm", deep},
+                                      {"clear.png", clear},
+                                      {"grey.png", clear.reshape(1)},
+                                      {"grey.jpg", picture.reshape(1)},
+                                      {"grey.pgm", clear.reshape(1)}}) {
         names.push_back(path(name));
         cv::imwrite(names.back(), image);
-    };
-    for (const char* name : {"a.png", "a.bmp", "a.ppm"})
-        store(name, picture);
-    for (const char* name : {"deep.png", "deep.ppm"})
-        store(name, deep);
-    store("clear.png", clear);
-    store("grey.png", clear.reshape(1));
-    store("grey.jpg", picture.reshape(1));
-    store("grey.pgm", clear.reshape(1));
+    }
     for (int orientation = 1; orientation <= 8; ++orientation) {
         names.push_back(path("turned" + std::to_string(orientation) + ".jpg"));
         writeJpeg(names.back(), picture, orientation);

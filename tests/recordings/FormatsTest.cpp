@@ -67,11 +67,11 @@ Images paddedFrames()
 TEST_F(Formats, OfCountsGiveEveryBitBackAndTheUnit)
 {
     const Images frames = paddedFrames();
-    writeAll(createTiff(output("classic.tiff"), 3, "kelvin/16"), frames);
-    writeAll(createTiff(output("big.tiff"), std::nullopt, "kelvin/16"), frames);
+    for (const auto count : {std::optional<std::size_t>(3), {}}) { // classic and BigTIFF
+        writeAll(createTiff(output("a.tiff"), count, "kelvin/16"), frames);
+        expectEqual(read("a.tiff", "kelvin/16"), frames, "TIFF");
+    }
     writeAll(createNpy(output("a.npy")), frames);
-    expectEqual(read("classic.tiff", "kelvin/16"), frames, "classic TIFF");
-    expectEqual(read("big.tiff", "kelvin/16"), frames, "BigTIFF");
     expectEqual(read("a.npy"), frames, "NumPy");
 
     writePng(output("a.png"), frames[0], "planck:21106.77,1501,1,-7340,0.012545");
@@ -120,7 +120,7 @@ TEST_F(Formats, ReadEveryPageOfATiffAndNoThumbnail)
         writeForeignTiff(path("a.tif"), pages);
         Images expected;
         for (const cv::Mat& page : pages)
-            page.convertTo(expected.emplace_back(), CV_16U);
+            expected.push_back(Frame(page));
         expectEqual(read("a.tif"), expected, "TIFF");
     }
 }
@@ -169,10 +169,9 @@ TEST_F(Formats, OfDegreesBecomeCountsOfOneScale)
     Frame first, second;
     ASSERT_TRUE(source->next(first) && source->next(second));
     expectEqual({first, second}, {(Frame(1, 2) << 0, 100), (Frame(1, 2) << 65535, 32768)}, "two files");
-    double gain = 0, offset = 1;
-    ASSERT_EQ(std::sscanf(source->unit().c_str(), "linear:%lf:%lf", &gain, &offset), 2);
+    double gain = 0;
+    ASSERT_EQ(std::sscanf(source->unit().c_str(), "linear:%lf:0", &gain), 1);
     EXPECT_NEAR(gain, 0.01, 1e-8);
-    EXPECT_EQ(offset, 0);
 
     // What was below all temperatures is under absolute zero, where no scale has any; 20.01 degrees above it
     // are the last of 65535 steps.

@@ -3,8 +3,6 @@
 #include "recordings/Frames.h"
 #include "tests/Support.h"
 
-namespace {
-
 TEST(FileList, NumbersCountAsNumbers)
 {
     std::vector<std::string> names = {"f_10.pgm",  "f_9.pgm", "f_2b.pgm", "f_2.pgm",
@@ -36,5 +34,3 @@ TEST_F(Frames, ComeFromFoldersPatternsAndFiles)
     EXPECT_EQ(firstPixels({"f?.pgm"}), "12");
     EXPECT_EQ(firstPixels({"f2.pgm", "f1.pgm"}), "21"); // as typed
 }
-
-} // namespace

@@ -3,8 +3,6 @@
 #include "tests/Support.h"
 #include "vision/imgproc/ColorPaletteManager.h"
 
-namespace {
-
 using namespace velmo::recordings;
 using velmo::vision::ColorPaletteManager;
 
@@ -17,8 +15,8 @@ TEST_F(PaletteFile, ThatHoldsNoneIsRefusedByName)
                              "<group name=\"g\"><item name=\"Word\" type=\"string\">red</item></group>"})
         EXPECT_THAT(refusal([&] { loadPaletteFile(put("a.xml", text)); }).message, HasSubstr("a.xml"))
             << text;
-    EXPECT_THROW(loadPaletteFile(path("missing.xml")), Exception);
-    EXPECT_THROW(loadPaletteFile(path("")), Exception);
+    for (const char* name : {"missing.xml", ""})
+        EXPECT_THROW(loadPaletteFile(path(name)), Exception) << name;
 }
 
 TEST_F(PaletteFile, WrittenPalettesLoadBackToTheSameBytes)
@@ -35,5 +33,3 @@ TEST_F(PaletteFile, WrittenPalettesLoadBackToTheSameBytes)
     for (const char* bad : {"", "a/b", "two\nlines"})
         EXPECT_THROW(writePaletteFile({this->path("bad.xml"), "bad.xml"}, bad, palette), Exception) << bad;
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include "tests/Support.h"
 
-namespace {
-
 using namespace velmo::recordings;
 
 using PaletteFormats = FilesTest;
@@ -55,5 +53,3 @@ TEST_F(PaletteFormats, SayWhichLineIsWrong)
     EXPECT_THROW(importPalette(path("missing.csv")), Exception);
     EXPECT_THROW(importPalette(path("")), Exception);
 }
-
-} // namespace

@@ -67,22 +67,19 @@ TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)
         {
             ThreadedSink sink(std::make_unique<NotingSink>(values, failAt));
             cv::Mat picture(4, 4, CV_8UC3); // one for all: the sink takes copies
-            for (int i = 0; i < 50; ++i) {
-                if (i == stopAt)
-                    return values; // not finished
-                picture.setTo(cv::Scalar::all(i));
-                sink.write(picture);
-            }
-            sink.finish();
+            for (int i = 0; i < stopAt; ++i)
+                sink.write(picture.setTo(cv::Scalar::all(i)));
+            if (stopAt == 50)
+                sink.finish();
         }
         return values;
     };
     std::vector<int> all(50);
     std::iota(all.begin(), all.end(), 0);
     all.push_back(1000);
-    EXPECT_EQ(run(-1, -1), all);
-    EXPECT_THROW(run(7, -1), Exception);
-    EXPECT_THROW(run(49, -1), Exception); // known only when finished
+    EXPECT_EQ(run(-1, 50), all);
+    EXPECT_THROW(run(7, 50), Exception);
+    EXPECT_THROW(run(49, 50), Exception); // known only when finished
     EXPECT_THAT(run(-1, 20), testing::Not(testing::Contains(1000)));
 }
 
