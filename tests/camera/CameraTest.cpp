@@ -2,15 +2,12 @@
 
 #include "tests/camera/Support.h"
 
-namespace {
-
 /// A wall, and a warm square that moves.
-Frame frameAt(int time)
-{
+const auto frameAt = [](int time) {
     Frame frame(40, 60, static_cast<unsigned short>(1000));
     frame(cv::Rect(10 + time, 10, 8, 8)) = 2000;
     return frame;
-}
+};
 
 TEST(Camera, ShowsWhatItCleansAndPaints)
 {
@@ -61,5 +58,3 @@ TEST(Camera, RefusesSettingsThatContradictEachOther)
     Camera small(settingsWith({{"frame/downsize", "160x120"}}));
     EXPECT_THROW(small.show(frameAt(0)), Exception);
 }
-
-} // namespace

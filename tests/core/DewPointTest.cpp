@@ -6,14 +6,9 @@ using namespace velmo::exp;
 using Air = quantity::Temperature<MarkedFloat>;
 using Percent = quantity::Relation<MarkedFloat>;
 
-namespace {
-
-float moisture(float surface, float air, float percent)
-{
+const auto moisture = [](float surface, float air, float percent) {
     return DewPoint::calcSurfaceMoisture({surface}, Air(air), Percent(percent)).front();
-}
-
-} // namespace
+};
 
 TEST(DewPoint, HasTheSaturationPressuresOfPublishedTables)
 {
@@ -63,10 +58,7 @@ TEST(DewPoint, StaysInItsRangeAroundThePoleAndForWhatIsNoNumber)
             }
     EXPECT_EQ(moisture(pole, 20, 50), 100.0f);
     EXPECT_EQ(moisture(NAN, 20, 50), 0.0f);
-}
-
-TEST(DewPoint, RefusesAirThatCannotBe)
-{
+    // Air that cannot be is refused.
     for (const float air : {INFINITY, -INFINITY, NAN})
         EXPECT_THROW(moisture(20, air, 50), Exception) << air;
     for (const float percent : {-0.1f, 100.1f, NAN})

@@ -7,23 +7,17 @@
 using velmo::exp::MarkedFloat;
 using namespace velmo::exp::quantity;
 
-namespace {
-
-MarkedFloat marked(float value, unsigned mark)
-{
+const auto marked = [](float value, unsigned mark) {
     MarkedFloat result(value);
     result.setMark(mark);
     return result;
-}
-
-} // namespace
+};
 
 TEST(MarkedFloat, CarriesAMarkBesideItsValue)
 {
     EXPECT_EQ(sizeof(MarkedFloat), 4u);
     MarkedFloat humidity = marked(100.0f, 7);
-    EXPECT_EQ(humidity.mark(), 7u);
-    EXPECT_EQ(float(humidity), 100.0f); // not 100.00005
+    EXPECT_TRUE(humidity.mark() == 7 && float(humidity) == 100.0f); // not 100.00005
     humidity.setMark(2);
     EXPECT_EQ(humidity.mark(), 2u);
     EXPECT_EQ(MarkedFloat(std::nextafter(100.0f, 200.0f)).mark(), 0u); // its lowest bit was set
@@ -51,9 +45,7 @@ TEST(MarkedFloat, KeepsWhatIsNoNumberAndWhatIsInfinite)
     std::memcpy(&lowNan, &bits, 4);
     for (const float nan : {lowNan, std::numeric_limits<float>::quiet_NaN()}) {
         const MarkedFloat none = marked(nan, 7);
-        EXPECT_TRUE(std::isnan(float(none)));
-        EXPECT_EQ(none.mark(), 7u);
-        EXPECT_TRUE(none != none && !(none == none));
+        EXPECT_TRUE(std::isnan(float(none)) && none.mark() == 7 && none != none && !(none == none));
     }
     EXPECT_EQ(float(marked(-INFINITY, 5)), -INFINITY);
     EXPECT_EQ(marked(INFINITY, 5), MarkedFloat(INFINITY));

@@ -2,18 +2,13 @@
 
 #include "tests/camera/Support.h"
 
-namespace {
-
-using testing::ThrowsMessage;
-
 const cv::Vec3b red(0, 0, 255);
 const Thermometer counts;
 const Thermometer centikelvin(Scale::parse("centikelvin"));
 
-Isotherm isotherm(const std::string& text, const Thermometer& thermometer = counts)
-{
+const auto isotherm = [](const std::string& text, const Thermometer& thermometer = counts) {
     return Isotherm::parse(text, "isotherm", thermometer);
-}
+};
 
 TEST(Palette, FillsItsRangeFromEndToEnd)
 {
@@ -38,27 +33,24 @@ TEST(ColourTable, IsReadBackwardsWhereverNoColourComesTwice)
             table.build(range);
             const std::vector<cv::Vec3b>& colours = table.colours();
             const auto *first = palette.data(), *last = first + palette.size() - 3;
-            EXPECT_EQ(colours[range.low], cv::Vec3b(first[2], first[1], first[0])) << name;
-            EXPECT_EQ(colours[range.high], cv::Vec3b(last[2], last[1], last[0])) << name;
-            EXPECT_EQ(colours[0], colours[range.low]);
-            EXPECT_EQ(colours[65535], colours[range.high]);
+            for (const auto& colour : {colours[0], colours[range.low]})
+                EXPECT_EQ(colour, cv::Vec3b(first[2], first[1], first[0])) << name;
+            for (const auto& colour : {colours[65535], colours[range.high]})
+                EXPECT_EQ(colour, cv::Vec3b(last[2], last[1], last[0])) << name;
             const bool unambiguous = table.isUnambiguous();
             clear += unambiguous;
             for (int value = range.low; value <= range.high; ++value) {
                 const cv::Vec3b& colour = colours[static_cast<std::size_t>(value)];
                 const auto found = table.valueAt(colour);
-                ASSERT_TRUE(found) << name << " " << value;
-                ASSERT_EQ(colours[found->low], colour);
-                ASSERT_EQ(colours[found->high], colour);
-                ASSERT_TRUE(!unambiguous || (found->low <= value && value <= found->high))
-                    << name << " " << value;
+                ASSERT_TRUE(found && colours[found->low] == colour && colours[found->high] == colour)
+                    << value;
+                ASSERT_TRUE(!unambiguous || (found->low <= value && value <= found->high)) << value;
             }
         }
     EXPECT_GE(clear, 20); // of 36
     ColourTable table({0, 0, 0, 255, 255, 255, 0, 0, 0});
     table.build({100, 200});
-    EXPECT_FALSE(table.isUnambiguous());
-    EXPECT_FALSE(table.valueAt({1, 2, 3}));
+    EXPECT_FALSE(table.isUnambiguous() || table.valueAt({1, 2, 3}));
 }
 
 TEST(ColourTable, IsBuiltAgainWhenSomethingChanges)
@@ -70,8 +62,7 @@ TEST(ColourTable, IsBuiltAgainWhenSomethingChanges)
     EXPECT_TRUE(table.build({99, 201}));
     table.add(isotherm("above:150:FF0000"));
     EXPECT_TRUE(table.build({99, 201}));
-    EXPECT_EQ(table.colours()[151], red);
-    EXPECT_EQ(table.colours()[65535], red);
+    EXPECT_TRUE(table.colours()[151] == red && table.colours()[65535] == red);
 }
 
 TEST(Isotherm, PaintsItsValuesAndNoOthers)
@@ -150,12 +141,11 @@ TEST(ColourTable, ShowsHumidityAndWhereMouldGrows)
         // Saturation over water by Magnus: 23.34 hPa at 20 °C, so 11.67 hPa of vapour; 80 % of 14.59 hPa at
         // 12.61 °C, 100 % at 9.26 °C, 25 % of 46.7 hPa at 31.8 °C.
         EXPECT_NEAR(at(table, "20")[0], 127.5, 1.5) << unit;
-        EXPECT_EQ(at(table, "9"), cv::Vec3b(255, 255, 255)) << unit;
-        EXPECT_EQ(at(table, "-100"), cv::Vec3b(255, 255, 255)) << unit;
+        for (const char* const wet : {"9", "-100"})
+            EXPECT_EQ(at(table, wet), cv::Vec3b(255, 255, 255)) << unit;
         EXPECT_NEAR(at(table, "31.8")[0], 63.75, 1.5) << unit;
         EXPECT_EQ(at(mould, "13")[0], at(mould, "13")[2]) << unit; // still grey
-        EXPECT_GT(at(mould, "12.4")[2], 200) << unit;
-        EXPECT_EQ(at(mould, "12.4")[0], 0) << unit;
+        EXPECT_TRUE(at(mould, "12.4")[2] > 200 && at(mould, "12.4")[0] == 0) << unit;
         EXPECT_EQ(at(mould, "5"), red) << unit;
         EXPECT_FALSE(table.build({5, 6})); // ranges play no role
         EXPECT_EQ(mould.percentColours()[799], cv::Vec3b(255, 255, 255));
@@ -212,5 +202,3 @@ TEST(LegendBar, HasAtEachTickTheColourOfWhatItReads)
     EXPECT_EQ(bar.ticks.front().text + bar.ticks.back().text, "100 %0 %");
     EXPECT_EQ(bar.ticks[1].row, 60); // 50 %
 }
-
-} // namespace

@@ -7,15 +7,12 @@
 
 namespace {
 
-constexpr int s32Frames = 40;
-
 /// Figures of frames whose pixels are `value(frame, row, column)`.
-NoiseFigures figuresOf(const std::function<double(int, int, int)>& value, int frames = s32Frames)
+NoiseFigures figuresOf(const std::function<double(int, int, int)>& value, int frames = 40)
 {
     NoiseMeter meter;
     for (int i = 0; i < frames; ++i)
-        meter.add(
-            matrixOf<unsigned short>({80, 60}, [&](int row, int column) { return value(i, row, column); }));
+        meter.add(matrixOf<unsigned short>({80, 60}, [&](int y, int x) { return value(i, y, x); }));
     return meter.figures();
 }
 
@@ -23,9 +20,9 @@ struct Measures : testing::Test
 {
     double normal(double deviation) { return std::normal_distribution<>(0, deviation)(random); }
 
-    std::vector<double> normals(int count, double deviation)
+    cv::Mat_<double> normals(int rows, double deviation)
     {
-        std::vector<double> values(static_cast<std::size_t>(count));
+        cv::Mat_<double> values(rows, 80);
         for (double& value : values)
             value = normal(deviation);
         return values;
@@ -45,14 +42,14 @@ TEST_F(Measures, NoiseInTimeIsThatOfThePixelsWhateverTheLevelDoes)
 
 TEST_F(Measures, SlowNoiseIsNotLostBetweenConsecutiveFrames)
 {
-    std::vector<double> walk = normals(60 * 80, 20);
+    cv::Mat_<double> walk = normals(60, 20);
     const NoiseFigures figures = figuresOf([&](int frame, int row, int column) {
-        double& value = walk[static_cast<std::size_t>(row * 80 + column)];
+        double& value = walk(row, column);
         value = row < 6 ? 0 : 0.8 * value + 0.6 * normal(20); // keeps its deviation, and 0.8 of itself
         return 9000 + 150 * (frame / 10) + value;
     });
-    EXPECT_NEAR(figures.slow, 20 * std::sqrt(1 - 9.0 / 40),
-                1.2); // 40 frames are as many as 40 / 9 fresh ones
+    // 40 frames are as many as 40 / 9 fresh ones.
+    EXPECT_NEAR(figures.slow, 20 * std::sqrt(1 - 9.0 / 40), 1.2);
     EXPECT_NEAR(figures.temporal, 20 * std::sqrt(1 - 0.8), 1);
     EXPECT_EQ(figures.unchanged, 0);
     EXPECT_EQ(figuresOf([](int frame, int row, int) { return row < 15 ? 7 : frame; }).unchanged, 0.25);
@@ -60,9 +57,9 @@ TEST_F(Measures, SlowNoiseIsNotLostBetweenConsecutiveFrames)
 
 TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
 {
-    const std::vector<double> steps = normals(80, 30);
-    const NoiseFigures figures = figuresOf(
-        [&](int, int row, int column) { return 9000 + 5 * row + steps[static_cast<std::size_t>(column)]; });
+    const cv::Mat_<double> steps = normals(1, 30);
+    const NoiseFigures figures =
+        figuresOf([&](int, int row, int column) { return 9000 + 5 * row + steps(0, column); });
     // The average over nine columns holds a ninth of the column itself.
     EXPECT_NEAR(figures.columns, 30 * std::sqrt(8.0 / 9), 6);
     EXPECT_LT(figures.rows, 1);
@@ -72,10 +69,8 @@ TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
 
 TEST_F(Measures, PatternIsWhatStaysPerPixel)
 {
-    const std::vector<double> offsets = normals(60 * 80, 25);
-    const NoiseFigures still = figuresOf([&](int, int row, int column) {
-        return 9000 + offsets[static_cast<std::size_t>(row * 80 + column)];
-    });
+    const cv::Mat_<double> offsets = normals(60, 25);
+    const NoiseFigures still = figuresOf([&](int, int y, int x) { return 9000 + offsets(y, x); });
     EXPECT_NEAR(still.pattern, 25, 6);
     EXPECT_EQ(still.temporal, 0);
     const NoiseFigures moving = figuresOf([&](int, int, int) { return 9000 + normal(25); });

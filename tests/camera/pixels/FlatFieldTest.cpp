@@ -12,14 +12,13 @@ using Planes = std::vector<cv::Mat_<float>>;
 class Sensor
 {
 public:
-    explicit Sensor(double gainSpread) : m_oOffsets(24, 32), m_oGains(24, 32)
+    explicit Sensor(double gainSpread) : m_oGains(24, 32)
     {
-        std::mt19937 random(3);
-        std::normal_distribution<double> offset(0, 400), gain(1, gainSpread);
-        for (double& each : m_oOffsets)
-            each = std::round(offset(random));
-        for (double& each : m_oGains)
-            each = gain(random);
+        cv::RNG random(3);
+        cv::Mat_<short> offsets(24, 32);
+        random.fill(offsets, cv::RNG::NORMAL, 0, 400);
+        random.fill(m_oGains, cv::RNG::NORMAL, 1, gainSpread);
+        m_oOffsets = offsets;
     }
 
     /// What it makes of `scene`; the pixel at 5,7 is dead, that at 20,10 hardly responds.
@@ -107,11 +106,10 @@ TEST(FlatField, RefusesWhatIsNone)
     FlatLearner learner;
     EXPECT_THAT(refusal([&] { learner.learn(); }).message, HasSubstr("without a frame"));
     EXPECT_THROW(learner.add(Frame(4, 4)), Exception); // and is not taken for the first one
-    const Frame seen = Sensor(0.1).see(Sensor::wall(8000));
-    learner.add(seen);
+    learner.add(Frame(24, 32, 8000));
     EXPECT_THAT(refusal([&] { learner.addOther(Frame(24, 31)); }).message,
                 HasSubstr("31x24 at one temperature, of 32x24 at the other"));
-    learner.addOther(seen);
+    learner.addOther(Frame(24, 32, 8000));
     EXPECT_THAT(refusal([&] { learner.learn(); }).message, HasSubstr("no gains can be learnt"));
 }
 

@@ -2,8 +2,6 @@
 
 #include "tests/camera/Support.h"
 
-namespace {
-
 TEST(Pixels, MeasureNoiseInFractionsOfADigit)
 {
     StillSeries first, second;
@@ -27,5 +25,3 @@ TEST(Pixels, HaveToRiseFromEachFrameToTheNext)
     EXPECT_EQ(detection.map()(0, 0), 32);
     EXPECT_EQ(detection.map()(0, 1), 0);
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include "tests/camera/Support.h"
 
-namespace {
-
 TEST(Parse, TakesWholeNumbersAndNothingElse)
 {
     const auto whole = [](const char* text) {
@@ -24,5 +22,3 @@ TEST(Parse, TakesWholeNumbersAndNothingElse)
     for (const char* text : {"", "4", "4x0", "4x16385", "4x4x4", "x"})
         EXPECT_THROW(parseSize(text, "size"), Exception) << text;
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include "tests/camera/Support.h"
 
-namespace {
-
 TEST(BadPixelStage, TakesAllMeansBeforeItReplaces)
 {
     // Each stands in for the other.
@@ -51,5 +49,3 @@ TEST(BadPixelStage, LearnsOnTwentyFrames)
     }
     EXPECT_EQ(stage->name(), "bad pixels 1");
 }
-
-} // namespace

@@ -2,16 +2,13 @@
 
 #include "tests/camera/Support.h"
 
-namespace {
-
 using testing::AllOf;
 
 using Choices = std::vector<std::pair<const char*, const char*>>;
 
-ChosenUnit chosen(const Choices& choices, const std::string& recorded = "centikelvin")
-{
+const auto chosen = [](const Choices& choices, const std::string& recorded = "centikelvin") {
     return ChosenUnit(settingsWith(choices), recorded);
-}
+};
 
 constexpr const char* heron = "planck:21106.77,1501,1,-7340,0.012545";
 
@@ -64,5 +61,3 @@ TEST(ChosenUnit, RefusesWhatContradictsItselfOrSaysNothing)
     for (const Choices& choices : wrong)
         EXPECT_THROW(chosen(choices), Exception) << choices.back().first;
 }
-
-} // namespace

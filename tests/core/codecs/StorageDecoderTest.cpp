@@ -23,17 +23,15 @@ std::pair<Storage, std::string> decode(const std::string& file, int format = xml
     return StorageDecoder<Storage>(format).decode(in);
 }
 
-Refusal refused(const std::string& file, int format = xml)
-{
+const auto refused = [](const std::string& file, int format = xml) {
     return refusal([&] { decode(file, format); });
-}
+};
 
 const auto rooted = [](const std::string& content) { return "<group name=\"r\">" + content + "</group>"; };
 
-std::string item(const std::string& name, const std::string& type, const std::string& text)
-{
+const auto item = [](const std::string& name, const std::string& type, const std::string& text) {
     return "<item name=\"" + name + "\" type=\"" + type + "\">" + text + "</item>";
-}
+};
 
 std::string repeated(const std::string& text, int count)
 {
@@ -41,6 +39,23 @@ std::string repeated(const std::string& text, int count)
     while (count-- > 0)
         result += text;
     return result;
+}
+
+const auto oneAt = [](const std::string& path) { return item(path, "int8", "1"); };
+
+std::string pathOf(const std::string& first, int components)
+{
+    return first + repeated("/a", components - 1);
+}
+
+/// What `write` makes of paths that are so many times 500 groups and 201 more.
+template <class Write>
+std::string textOfPaths(int count, Write write)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += write(pathOf(std::to_string(i), 500));
+    return text + write(pathOf("z", 201));
 }
 
 /// A file of a package instruction, an XML text and what follows it.
@@ -51,10 +66,9 @@ std::string package(const std::string& attributes, const std::string& text, cons
 }
 
 /// A binary package of one item.
-std::string binary(const std::string& attributes, const std::string& values)
-{
+const auto binary = [](const std::string& attributes, const std::string& values) {
     return package("values=\"binary\"", rooted("<item name=\"a\" " + attributes + "/>"), values);
-}
+};
 
 } // namespace
 
@@ -194,15 +208,8 @@ TEST(StorageDecoderXml, RefusesTextBeyondTheLimits)
         return text + "/>";
     };
     const auto padded = [](std::size_t size) { return "<group name='a'/>" + std::string(size - 17, ' '); };
-    const auto path = [](int components) {
-        return rooted(item(repeated("a/", components - 1) + "a", "int8", "1"));
-    };
-    const auto paths = [](int count) {
-        std::string items;
-        for (int i = 0; i < count; ++i)
-            items += item(std::to_string(i) + repeated("/a", 499), "int8", "1");
-        return rooted(items + item("z" + repeated("/a", 200), "int8", "1"));
-    };
+    const auto path = [](int components) { return rooted(oneAt(pathOf("a", components))); };
+    const auto paths = [](int count) { return rooted(textOfPaths(count, oneAt)); };
     const std::string empty = "<group name=\"a\"/>";
     const std::tuple<std::string, std::string, const char*> limits[] = {
         {nested(500), nested(501), "limit of 500 nested"},
@@ -378,12 +385,9 @@ TEST(StorageDecoderIni, RefusesWhatIsNoIni)
         EXPECT_EQ(refused(text, ini).message, message) << text;
     EXPECT_THAT(refused("a = 1\n[a]\nb = 2", ini).message, HasSubstr("not a valid storage type: a"));
 
-    const auto section = [](int components) { return "[" + repeated("a/", components - 1) + "a]\n"; };
+    const auto section = [](int components) { return "[" + pathOf("a", components) + "]\n"; };
     const auto paths = [](int count) {
-        std::string text;
-        for (int i = 0; i < count; ++i)
-            text += std::to_string(i) + repeated("/a", 499) + "=1\n";
-        return text + "z" + repeated("/a", 200) + "=1\n";
+        return textOfPaths(count, [](const std::string& path) { return path + "=1\n"; });
     };
     const std::tuple<std::string, std::string, const char*> limits[] = {
         {section(500), section(501), "limit of 500 components"},

@@ -4,21 +4,16 @@
 
 using namespace velmo::exp::vision;
 
-namespace {
-
 using Frame = cv::Mat_<short>;
 using Map = cv::Mat_<int>;
 using Tools = BadPixelTools;
 
 /// A row that begins with the given values and goes on with `rest`.
-Frame row(int count, const std::vector<short>& values, short rest)
-{
+const auto row = [](int count, const std::vector<short>& values, short rest) {
     Frame frame(1, count, rest);
     std::copy(values.begin(), values.end(), frame.begin());
     return frame;
-}
-
-} // namespace
+};
 
 TEST(BadPixelHistogram, FlagsWhatIsOutsideThePopulatedCoreWithOneBinMoreAboveThanBelow)
 {
@@ -165,8 +160,7 @@ TEST(BadPixelNetd, ComparesEachPixelWithTheMeans)
     EXPECT_DOUBLE_EQ(results.dMeanResponsivity, 10);
     EXPECT_DOUBLE_EQ(results.dMeanNoise, 2);
     EXPECT_DOUBLE_EQ(results.dMeanNetd, (4 * 0.2 + 2.0 / 18 + 1.0) / 6);
-    EXPECT_TRUE(results.bBadPixelsFound);
-    EXPECT_TRUE(same(map, (Map(1, 6) << 0, 0, 0, 2, 0, 2)));
+    EXPECT_TRUE(results.bBadPixelsFound && same(map, (Map(1, 6) << 0, 0, 0, 2, 0, 2))) << map;
 
     // A deviation as large as the limit is good: 8 of 10 here.
     EXPECT_FALSE(Tools::checkNetd(cold, warm, noise, map = 0, 20, 30, 0.8, 0.5, 100).bBadPixelsFound);
@@ -187,16 +181,13 @@ TEST(BadPixelNetd, ComparesOnlyTheNoiseOfPixelsItDidNotMeasure)
     EXPECT_DOUBLE_EQ(results.dMeanResponsivity, 10);
     EXPECT_DOUBLE_EQ(results.dMeanNoise, 4);
     EXPECT_DOUBLE_EQ(results.dMeanNetd, 0.4);
-    EXPECT_TRUE(results.bBadPixelsFound);
-    EXPECT_TRUE(same(map, (Map(1, 6) << 0, 0, 32, 34, 2, 2)));
+    EXPECT_TRUE(results.bBadPixelsFound && same(map, (Map(1, 6) << 0, 0, 32, 34, 2, 2))) << map;
 
     // With everything flagged there are no means, and nothing to compare with.
-    map = 16;
-    const auto none = Tools::checkNetd(cold, warm, noise, map, 0, 10, 0, 0, 0);
-    EXPECT_TRUE(std::isnan(none.dMeanResponsivity) && std::isnan(none.dMeanNoise) &&
-                std::isnan(none.dMeanNetd));
-    EXPECT_FALSE(none.bBadPixelsFound);
-    EXPECT_TRUE(same(map, Map(1, 6, 16)));
+    const auto none = Tools::checkNetd(cold, warm, noise, map = 16, 0, 10, 0, 0, 0);
+    for (const double mean : {none.dMeanResponsivity, none.dMeanNoise, none.dMeanNetd})
+        EXPECT_TRUE(std::isnan(mean)) << mean;
+    EXPECT_TRUE(!none.bBadPixelsFound && same(map, Map(1, 6, 16))) << map;
 }
 
 TEST(BadPixelNetd, WrapsADifferenceAt16Bits)
@@ -218,12 +209,11 @@ TEST(BadPixelNetd, RefusesWhatCannotBeCompared)
     for (int place = 0; place < 5; ++place) { // what is odd: a frame, the map, or the temperatures
         const auto at = [&](int n) { return n == place ? odd : frame; };
         Map flags = place == 3 ? Map(2, 3, 0) : map;
-        const auto check = [&] {
-            Tools::checkNetd(at(0), at(1), at(2), flags, 20, place == 4 ? 20 : 30, 1, 1, 1);
-        };
-        EXPECT_EQ(refusal(check), (Refusal{place == 4 ? "NETD compare temperatures must be diffrent!"
-                                                      : "NETD input frames must have same size!",
-                                           "checkNetd"}));
+        const double warm = place == 4 ? 20 : 30;
+        EXPECT_EQ(refusal([&] { Tools::checkNetd(at(0), at(1), at(2), flags, 20, warm, 1, 1, 1); }),
+                  (Refusal{place == 4 ? "NETD compare temperatures must be diffrent!"
+                                      : "NETD input frames must have same size!",
+                           "checkNetd"}));
     }
     EXPECT_EQ(cv::countNonZero(map), 0);
 }

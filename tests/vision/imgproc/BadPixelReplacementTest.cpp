@@ -21,15 +21,13 @@ Offsets offsetsOf(const Query& query, std::size_t slot)
     return offsets;
 }
 
-Records replaced(const Map& map, unsigned int radius)
-{
+const auto replaced = [](const Map& map, unsigned int radius) {
     return BadPixelTools::calculateReplacePixels(map, radius);
-}
+};
 
-Refusal refused(const Map& map, unsigned int radius)
-{
+const auto refused = [](const Map& map, unsigned int radius) {
     return refusal([&] { replaced(map, radius); });
-}
+};
 
 /// A clean map but for some pixels.
 Map badAt(cv::Size size, const std::vector<cv::Point>& pixels)
@@ -74,8 +72,7 @@ Map randomMap(std::mt19937& random, cv::Size size, double density, int run)
 TEST(BadPixelQuery, ListsTheFourRotationsOfAQuarterDisc)
 {
     for (const int radius : {-5, 0})
-        for (std::size_t slot = 0; slot < 4; ++slot)
-            EXPECT_TRUE(BadPixelTools::computeReplacePixelQuery(radius)[slot].empty());
+        EXPECT_THAT(BadPixelTools::computeReplacePixelQuery(radius), testing::Each(testing::IsEmpty()));
 
     const Query query = BadPixelTools::computeReplacePixelQuery(2);
     EXPECT_EQ(offsetsOf(query, 0), (Offsets{{1, 0}, {1, 1}, {2, 0}}));

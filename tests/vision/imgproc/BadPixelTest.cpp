@@ -31,10 +31,9 @@ struct BadPixelFile : FilesTest
     }
 };
 
-std::string pgm(int rows, int columns, const std::string& raster)
-{
+const auto pgm = [](int rows, int columns, const std::string& raster) {
     return "P5 " + std::to_string(columns) + " " + std::to_string(rows) + " 65535\n" + raster;
-}
+};
 
 } // namespace
 

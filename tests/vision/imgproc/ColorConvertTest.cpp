@@ -29,23 +29,14 @@ Bytes converted(Converter convert, const Bytes& bytes, int channels = 2)
     return bytesOf(dst);
 }
 
-const std::tuple<const char*, Converter, int, bool> imageConverters[] = {
-    {"YuyvToBgr", ColorConvert::convertYUYVToBGR, 2, false},
-    {"UyvyToBgr", ColorConvert::convertUYVYToBGR, 2, true},
-    {"UyvyToRgb", ColorConvert::convertUYVYToRGB, 2, true},
-    {"Uy1vy0ToBgr", ColorConvert::convertUY1VY0ToBGR, 2, true},
-    {"Uy1vy0ToRgb", ColorConvert::convertUY1VY0ToRGB, 2, true},
-    {"YcbcrToBgr", ColorConvert::convertYCbCrtoBRG, 3, false},
-};
+const Converter yuyvToBgr = ColorConvert::convertYUYVToBGR, uyvyToBgr = ColorConvert::convertUYVYToBGR,
+                uyvyToRgb = ColorConvert::convertUYVYToRGB, uy1vy0ToBgr = ColorConvert::convertUY1VY0ToBGR,
+                uy1vy0ToRgb = ColorConvert::convertUY1VY0ToRGB, ycbcrToBgr = ColorConvert::convertYCbCrtoBRG;
 
 } // namespace
 
 TEST(ColorConvert, CutsUyvyAndRoundsTheOthersAndLimitsAtBothEnds)
 {
-    const Converter uyvyToBgr = ColorConvert::convertUYVYToBGR, uyvyToRgb = ColorConvert::convertUYVYToRGB,
-                    uy1vy0ToBgr = ColorConvert::convertUY1VY0ToBGR,
-                    uy1vy0ToRgb = ColorConvert::convertUY1VY0ToRGB,
-                    ycbcrToBgr = ColorConvert::convertYCbCrtoBRG;
     const std::tuple<Converter, int, Bytes, Bytes> cases[] = {
         // 219 x 1.164 = 254.916; (160 - 16) x 1.164 = 167.616.
         {uyvyToBgr,
@@ -144,8 +135,7 @@ TEST(ColorConvert, YuyvChromaLagsByHalfAPair)
     cv::Mat expected;
     cv::cvtColor(row({100, 0, 120, 101, 140, 120, 50, 140, 90, 51, 200, 90}, 3), expected,
                  cv::COLOR_YCrCb2BGR);
-    EXPECT_EQ(converted(ColorConvert::convertYUYVToBGR, {100, 120, 101, 140, 50, 90, 51, 200}),
-              bytesOf(expected));
+    EXPECT_EQ(converted(yuyvToBgr, {100, 120, 101, 140, 50, 90, 51, 200}), bytesOf(expected));
 
     // In blocks it is what it is at once. Rows of odd length begin in the middle of a pair; long ones are
     // several.
@@ -160,7 +150,7 @@ TEST(ColorConvert, YuyvChromaLagsByHalfAPair)
             std::copy_n(pixel, 3, lumaCrCb.data + 3 * i);
         }
         Image dst;
-        ColorConvert::convertYUYVToBGR(src, dst);
+        yuyvToBgr(src, dst);
         cv::cvtColor(lumaCrCb, expected, cv::COLOR_YCrCb2BGR);
         EXPECT_TRUE(same(dst, expected)) << size;
     }
@@ -189,7 +179,12 @@ TEST(ColorConvert, SwapsTheOuterBytesOfEveryThree)
 
 TEST(ColorConvert, RefusesOtherPixelsBeforeTheOutputChanges)
 {
-    for (const auto& [name, convert, channels, pairs] : imageConverters) {
+    for (const auto& [name, convert, channels, pairs] : {std::tuple("yuyv", yuyvToBgr, 2, false),
+                                                         {"uyvy", uyvyToBgr, 2, true},
+                                                         {"uyvy to RGB", uyvyToRgb, 2, true},
+                                                         {"uy1vy0", uy1vy0ToBgr, 2, true},
+                                                         {"uy1vy0 to RGB", uy1vy0ToRgb, 2, true},
+                                                         {"ycbcr", ycbcrToBgr, 3, false}}) {
         Image dst(1, 2, cv::Vec3b(1, 2, 3));
         const int sizes[] = {2, 2, 2};
         EXPECT_THROW(convert(cv::Mat(2, 4, CV_8UC(channels + 1)), dst), Exception);

@@ -4,15 +4,11 @@
 
 using namespace velmo::exp::vision;
 
-namespace {
-
 using Points = std::vector<cv::Point>;
 
 constexpr int lowest = std::numeric_limits<int>::min(), highest = std::numeric_limits<int>::max();
 
 const auto blob = [](const Points& points) { return ConnectedComponent(points, 1); };
-
-} // namespace
 
 TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
 {
@@ -23,8 +19,7 @@ TEST(ConnectedComponent, IsEmptyWithLabelOneAtFirst)
     EXPECT_EQ(component.getBoundingBox(), cv::Rect(0, 0, 0, 0));
     EXPECT_THROW(component.getPCA(), cv::Exception);
     const std::map<int, ConnectedComponent> implicitly{{7, 7}, {-1, -1}};
-    EXPECT_EQ(implicitly.at(7).getLabel(), 7U);
-    EXPECT_EQ(implicitly.at(-1).getLabel(), 4294967295U);
+    EXPECT_TRUE(implicitly.at(7).getLabel() == 7 && implicitly.at(-1).getLabel() == 4294967295);
 }
 
 TEST(ConnectedComponent, MeasuresItsBoxInclusivelyAndItsElongationAlongTheImageAxes)
@@ -72,9 +67,8 @@ TEST(ConnectedComponent, AppendsPointsItsOwnAmongThem)
     self.addPoint({1, 2});
     self.join(self);
     EXPECT_EQ(self.getPoints(), (Points{{1, 2}, {1, 2}}));
-    EXPECT_EQ(self.getNrOfPoints(), 2U);
     self.setLabel(12);
-    EXPECT_EQ(self.getLabel(), 12U);
+    EXPECT_TRUE(self.getNrOfPoints() == 2 && self.getLabel() == 12);
 }
 
 TEST(ConnectedComponent, CountsItsPointsAfterCopiesAndMoves)
@@ -87,11 +81,9 @@ TEST(ConnectedComponent, CountsItsPointsAfterCopiesAndMoves)
     for (const ConnectedComponent* heir : {&moved, &assigned})
         EXPECT_TRUE(heir->getNrOfPoints() == 2 && heir->getLabel() == 7 &&
                     heir->getCenterOfGravity() == cv::Point2d(1.5, 1.5));
-    EXPECT_EQ(component.getNrOfPoints(), 0U);
-    EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(0, 0));
+    EXPECT_TRUE(component.getNrOfPoints() == 0 && component.getCenterOfGravity() == cv::Point2d());
     component = std::move(copy);
-    EXPECT_EQ(component.getCenterOfGravity(), cv::Point2d(2, 2));
-    EXPECT_EQ(copy.getNrOfPoints(), 0U);
+    EXPECT_TRUE(component.getCenterOfGravity() == cv::Point2d(2, 2) && copy.getNrOfPoints() == 0);
 }
 
 TEST(ConnectedComponent, HasTheCornersAsItsHullCounterclockwise)

@@ -12,10 +12,10 @@ struct EveryFilter : testing::TestWithParam<FilterKind>
     {
         if (!kind.fixed.empty())
             return {kind.fixed};
-        std::vector<cv::Size> all{{1, 1}, {1, 12}, {12, 1}, {37, 11}, {5, 4}, {33, 2}, {36, 12}};
-        all.erase(std::remove_if(all.begin(), all.end(),
-                                 [&](const cv::Size& size) { return size.area() % kind.multiple != 0; }),
-                  all.end());
+        std::vector<cv::Size> all;
+        for (const cv::Size size : {cv::Size(1, 1), {1, 12}, {12, 1}, {37, 11}, {5, 4}, {33, 2}, {36, 12}})
+            if (size.area() % kind.multiple == 0)
+                all.push_back(size);
         return all;
     }
 
@@ -77,10 +77,10 @@ TEST_P(EveryFilter, GivesTheResultOfTheUntouchedInputWhereverTheOutputLies)
         const std::size_t bytes = shared * (std::max(second.rows, expected.rows) + 2);
         for (const auto& [inStep, outStep] :
              {std::pair(inRow, outRow), {shared, shared}, {shared, outRow}, {inRow, shared}})
-            for (const std::ptrdiff_t shift :
-                 {std::ptrdiff_t(0), std::ptrdiff_t(2), std::ptrdiff_t(6), std::ptrdiff_t(inStep),
-                  std::ptrdiff_t(inStep + 6), std::ptrdiff_t(outStep), std::ptrdiff_t(bytes / 4 * 2)})
-                for (const std::ptrdiff_t offset : {shift, -shift}) {
+            for (const std::size_t shift :
+                 {std::size_t{0}, std::size_t{2}, std::size_t{6}, inStep, inStep + 6, outStep, bytes / 4 * 2})
+                for (const std::ptrdiff_t sign : {1, -1}) {
+                    const std::ptrdiff_t offset = sign * static_cast<std::ptrdiff_t>(shift);
                     std::vector<std::uint16_t> buffer(3 * bytes / 2 + 3, 0x6363);
                     unsigned char* const begin = reinterpret_cast<unsigned char*>(buffer.data()) + bytes;
                     cv::Mat in(size, kind.type, begin, inStep);

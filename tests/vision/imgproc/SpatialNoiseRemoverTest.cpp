@@ -4,20 +4,15 @@
 
 using namespace velmo::exp::vision;
 
-namespace {
-
 using Frame = cv::Mat_<short>;
 
 static_assert(std::has_virtual_destructor_v<SpatialNoiseRemover>);
 
-Frame smoothed(int gain, const Frame& in)
-{
+const auto smoothed = [](int gain, const Frame& in) {
     Frame out;
     SpatialNoiseRemover(gain).process(in, out);
     return out;
-}
-
-} // namespace
+};
 
 TEST(SpatialNoiseRemover, PullsAHotPixelToTheMeanAndSpreadsIt)
 {
@@ -46,8 +41,8 @@ TEST(SpatialNoiseRemover, RefusesGainsOutsideItsRange)
     const Frame in = (Frame(1, 3) << 0, 90, 0);
     Frame out;
     SpatialNoiseRemover filter(30);
-    EXPECT_TRUE(filter.setGain(SpatialNoiseRemover::s32MaxGain));
-    EXPECT_FALSE(filter.setGain(32) || filter.setGain(-1));
+    EXPECT_TRUE(filter.setGain(SpatialNoiseRemover::s32MaxGain) && !filter.setGain(32) &&
+                !filter.setGain(-1));
     filter.process(in, out);
     EXPECT_TRUE(same(out, smoothed(31, in)) && !same(out, in));
     EXPECT_TRUE(filter.setGain(0));

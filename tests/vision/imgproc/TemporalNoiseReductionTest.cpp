@@ -85,9 +85,8 @@ TEST(TemporalNoiseReduction, HasTwoPathsThatRoundDifferently)
         Frame first(1, 1, 1000), next(1, 1, 900), other(3, 5, 777);
         filter.initFilter(first);
         (filter.*path)(next);
-        EXPECT_EQ(next(0, 0), rounded);
         (filter.*path)(other); // another size: the state is built
-        EXPECT_TRUE(same(other, Frame(3, 5, 777)));
+        EXPECT_TRUE(next(0, 0) == rounded && same(other, Frame(3, 5, 777))) << next;
     }
 }
 
