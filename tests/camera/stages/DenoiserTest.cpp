@@ -1,14 +1,14 @@
 #include "camera/stages/Denoiser.h"
 #include "camera/measures/Simulation.h"
 #include "camera/stages/DenoiseShift.h"
+#include "camera/stages/DenoiseStage.h"
 
-#include "tests/Support.h"
+#include "tests/camera/Support.h"
 
 #include <opencv2/imgproc.hpp>
 
 namespace {
 
-using namespace velmo::camera;
 using Values = cv::Mat_<float>;
 
 const cv::Size size(160, 120);
@@ -255,6 +255,58 @@ TEST(Denoiser, LearnsNothingFromARepeatedFrame)
     const auto once = filtered(denoiser(), simulation.frames()), thrice = filtered(denoiser(), repeated);
     for (std::size_t n = 0; n < thrice.size(); ++n)
         EXPECT_EQ(cv::norm(thrice[n], once[n / 3], cv::NORM_INF), 0) << n;
+}
+
+/// Of whole numbers alone.
+struct Recording
+{
+    const char* strength;
+    cv::Size size;
+    int step;                            ///< from one frame to the next
+    int noise, lasting, stripes, detail; ///< in counts, about
+    std::vector<unsigned> expected;
+
+    /// It stands, something passes, it pans, stands, pans faster, shakes and shows another place.
+    Frame at(int time) const
+    {
+        const auto since = [&](int from, int to) { return std::clamp(time - from, 0, to - from); };
+        const bool shakes = time >= 36 && time < 42, cut = time >= 42;
+        const int x = 4096 + 24 * since(18, 26) - 136 * since(30, 36) +
+                      (shakes ? noiseOf(time, 0, 0) / 3 : 0) + cut * 9999,
+                  y = 4096 + 7 * since(18, 26) + 55 * since(30, 36) + (shakes ? noiseOf(0, time, 0) / 3 : 0);
+        const cv::Rect object(3 * (time - 6), size.height / 2, 9, 7);
+        return matrixOf<unsigned short>(size, [&](int r, int c) {
+            const int u = x + 16 * c, v = y + 16 * r;
+            return 8000 + cut * 700 + textureAt(u, v, 500) +
+                   detail * (textureAt(u, v, 90) + textureAt(u, v, 37)) / 37 +
+                   (object.contains({c, r}) ? 60 : 0) +
+                   (noise * noiseOf(r, c, time) + lasting * noiseOf(r, c, -1 - time / 8) +
+                    stripes * (noiseOf(c, 0, 1) + noiseOf(c, time, 2) / 2 + noiseOf(r, time / 4, 3))) /
+                       37;
+        });
+    }
+};
+
+TEST(Denoiser, GivesTheSameCountsWhateverCompilesAndRunsIt)
+{
+    // While it stands, moves, and shows another place.
+    const Recording recordings[] = {
+        {"normal", {110, 83}, 1, 3, 0, 0, 12, {1489154535, 794514632, 1534478376}},
+        {"strong", {97, 130}, 1, 5, 3, 4, 6, {946763577, 2213783215, 1341452735}},
+        {"light", {640, 500}, 3, 2, 4, 1, 5, {2961668459, 1264757807, 2679736156}},
+        {"normal", {17, 16}, 1, 4, 4, 0, 3, {3419781699, 2592261942, 1442180448}},
+    };
+    for (const Recording& recording : recordings) {
+        const auto stage = makeDenoiseStage(settingsWith({{"noise/denoise", recording.strength}}));
+        std::vector<unsigned> hashes(3);
+        for (int time = 0; time < 54; time += recording.step) {
+            Frame frame = recording.at(time);
+            stage->apply(frame);
+            unsigned& hash = hashes[time < 18 ? 0 : time < 42 ? 1 : 2];
+            hash = hashOf(frame, hash);
+        }
+        EXPECT_EQ(hashes, recording.expected) << recording.strength << recording.size;
+    }
 }
 
 TEST(Denoiser, TakesFramesOfAnySizeAndValue)
