@@ -4,11 +4,8 @@
 
 using namespace velmo::exp::vision;
 
-namespace {
-
 /// On an image, around the origin, around what a block of sums may hold, anywhere.
-std::vector<cv::Point> points(Random& random, int round)
-{
+const auto drawn = [](Random& random, int round) {
     const int least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
     const auto [low, high] = random.pick<std::pair<int, int>>(
         {{0, 639}, {-3, 3}, {262000, 262200}, {262143, 262143}, {least, most}});
@@ -17,32 +14,27 @@ std::vector<cv::Point> points(Random& random, int round)
     for (cv::Point& point : all)
         point = {random(low, high), random(low, high)};
     return all;
-}
-
-} // namespace
+};
 
 std::vector<KernelCase> blobKernels()
 {
-    return {
-        kernel(extentsOf, 260,
-               [](Random& random, int round, auto& form) {
-                   const auto all = points(random, round);
-                   const PointExtents extents = form(all.data(), all.size());
-                   return Left() << extents.minX << extents.maxX << extents.minY << extents.maxY;
-               }),
-        kernel(sumOf, 270,
-               [](Random& random, int round, auto& form) {
-                   const auto all = points(random, round);
-                   const cv::Point2d sum = form(all.data(), all.size());
-                   return Left() << sum.x << sum.y;
-               }),
-        kernel(squaredReachOf, 260,
-               [](Random& random, int round, auto& form) {
-                   const auto all = points(random, round);
-                   const SquaredReach reach = form(all.data(), all.size(), points(random, 0)[0]);
-                   return Left() << reach.x << reach.y;
-               }),
-    };
+    std::vector<KernelCase> kernels;
+    kernels.push_back(kernel(extentsOf, 260, [](Random& random, int round, auto& form) {
+        const auto all = drawn(random, round);
+        const PointExtents extents = form(all.data(), all.size());
+        return Left() << extents.minX << extents.maxX << extents.minY << extents.maxY;
+    }));
+    kernels.push_back(kernel(sumOf, 270, [](Random& random, int round, auto& form) {
+        const auto all = drawn(random, round);
+        const cv::Point2d sum = form(all.data(), all.size());
+        return Left() << sum.x << sum.y;
+    }));
+    kernels.push_back(kernel(squaredReachOf, 260, [](Random& random, int round, auto& form) {
+        const auto all = drawn(random, round);
+        const SquaredReach reach = form(all.data(), all.size(), drawn(random, 0)[0]);
+        return Left() << reach.x << reach.y;
+    }));
+    return kernels;
 }
 
 TEST(SumOfPoints, IsInSequenceWhereItIsNoLongerExact)

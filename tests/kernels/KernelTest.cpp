@@ -13,8 +13,7 @@ std::vector<KernelCase> allKernels()
     return all;
 }
 
-class EveryKernel : public testing::TestWithParam<KernelCase>
-{};
+using EveryKernel = testing::TestWithParam<KernelCase>;
 
 TEST_P(EveryKernel, LeavesTheBitsOfItsPlainForm)
 {

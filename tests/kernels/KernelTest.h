@@ -4,9 +4,8 @@
 #include "tests/Support.h"
 
 /// What a form left behind: the bytes of everything it may write to, and of what lies around.
-class Left
+struct Left
 {
-public:
     template <class T>
     Left& operator<<(const T& value)
     {
@@ -19,16 +18,13 @@ public:
         return *this;
     }
 
-    const std::vector<unsigned char>& bytes() const { return m_aBytes; }
-
-private:
     void add(const void* begin, const void* end)
     {
-        m_aBytes.insert(m_aBytes.end(), static_cast<const unsigned char*>(begin),
-                        static_cast<const unsigned char*>(end));
+        bytes.insert(bytes.end(), static_cast<const unsigned char*>(begin),
+                     static_cast<const unsigned char*>(end));
     }
 
-    std::vector<unsigned char> m_aBytes;
+    std::vector<unsigned char> bytes;
 };
 
 /// Room for `count` values between guards.
@@ -59,8 +55,8 @@ KernelCase kernel(const velmo::exp::Forms<Function>& forms, int rounds, Run run,
 {
     return {std::string(forms.name) + variant, rounds, [&forms, run](Random& random, int round) {
                 Random again = random; // both forms get the same input
-                const auto expected = run(again, round, *forms.plain).bytes(),
-                           actual = run(random, round, *forms.fast).bytes();
+                const auto expected = run(again, round, *forms.plain).bytes,
+                           actual = run(random, round, *forms.fast).bytes;
                 ASSERT_EQ(actual.size(), expected.size());
                 const auto place = std::mismatch(actual.begin(), actual.end(), expected.begin()).first;
                 ASSERT_EQ(place - actual.begin(), static_cast<std::ptrdiff_t>(actual.size()))

@@ -111,37 +111,35 @@ KernelCase temporal(const velmo::exp::Forms<typename TemporalForms<T>::Filter>& 
 
 std::vector<KernelCase> noiseKernels()
 {
-    return {
+    std::vector<KernelCase> all{
         downsizing(resizeToTwoThirds, {160, 120}),
         downsizing(resizeToHalf, {120, 90}),
-        kernel(removeSpatialNoise, 700,
-               [](Random& random, int round, auto& form) {
-                   const int gain = round < 37 ? 1 + round % 31 : random(1, 31);
-                   const Frame in = round < 31   ? climb(random, gain)
-                                    : round < 37 ? spikes(random.pick({-32768, 0, 30000}))
-                                                 : scene(random, {1 + round % 150, random(1, 5)});
-                   return written(in.size(), [&](Frame& out) { form(in, out, gain); });
-               }),
-        kernel(removeStaticPattern, 3000,
-               [](Random& random, int round, auto& form) {
-                   const cv::Size size(1 + round % 300, random(1, 6));
-                   const int threshold = random.pick({0, 1, 30, 100, random(0, 100)});
-                   const PatternParameters parameters{threshold, threshold * 7 / 10, random(0, 31),
-                                                      random(0, 31)};
-                   const Frame in = scene(random, size), next = scene(random, size);
-                   auto columns = states<int>(random, {size.width, 1}, 8192, parameters.lineLimit),
-                        pixels = states<int>(random, size, 256, parameters.frameLimit);
-                   std::vector<short> scratch;
-                   return written(size,
-                                  [&](Frame& out) {
-                                      form(in, out, columns, pixels, parameters, scratch);
-                                      form(next, out, columns, pixels, parameters, scratch);
-                                  })
-                          << columns << pixels;
-               }),
         temporal<short>(TemporalForms<short>::anyParam, false, " signed"),
         temporal<short>(TemporalForms<short>::maxParam, true, " signed"),
         temporal<unsigned short>(TemporalForms<unsigned short>::anyParam, false, " unsigned"),
         temporal<unsigned short>(TemporalForms<unsigned short>::maxParam, true, " unsigned"),
     };
+    all.push_back(kernel(removeSpatialNoise, 700, [](Random& random, int round, auto& form) {
+        const int gain = round < 37 ? 1 + round % 31 : random(1, 31);
+        const Frame in = round < 31   ? climb(random, gain)
+                         : round < 37 ? spikes(random.pick({-32768, 0, 30000}))
+                                      : scene(random, {1 + round % 150, random(1, 5)});
+        return written(in.size(), [&](Frame& out) { form(in, out, gain); });
+    }));
+    all.push_back(kernel(removeStaticPattern, 3000, [](Random& random, int round, auto& form) {
+        const cv::Size size(1 + round % 300, random(1, 6));
+        const int threshold = random.pick({0, 1, 30, 100, random(0, 100)});
+        const PatternParameters parameters{threshold, threshold * 7 / 10, random(0, 31), random(0, 31)};
+        const Frame in = scene(random, size), next = scene(random, size);
+        auto columns = states<int>(random, {size.width, 1}, 8192, parameters.lineLimit),
+             pixels = states<int>(random, size, 256, parameters.frameLimit);
+        std::vector<short> scratch;
+        return written(size,
+                       [&](Frame& out) {
+                           form(in, out, columns, pixels, parameters, scratch);
+                           form(next, out, columns, pixels, parameters, scratch);
+                       })
+               << columns << pixels;
+    }));
+    return all;
 }
