@@ -4,16 +4,13 @@
 #include "apps/thermal/Table.h"
 #include "tests/Support.h"
 
-namespace {
-
 using thermal::Table;
 
-std::string printed(const Table& table, bool json, bool csv)
-{
+const auto printed = [](const Table& table, bool json, bool csv) {
     std::ostringstream text;
     table.print(text, {json, csv});
     return text.str();
-}
+};
 
 TEST(Table, IsForPeopleAndForPrograms)
 {
@@ -57,5 +54,3 @@ TEST(Simulator, ShowsWhatItPromises)
     EXPECT_NEAR(cv::mean(frame(cv::Rect(60, 80, 20, 40)))[0], 29415, 30);
     EXPECT_FALSE(camera.next(frame));
 }
-
-} // namespace

@@ -3,8 +3,6 @@
 #include "camera/pixels/PixelMap.h"
 #include "recordings/PixelFiles.h"
 
-namespace {
-
 using namespace testing;
 using namespace velmo::camera;
 
@@ -169,5 +167,3 @@ TEST_F(Pixels, AreEvenedOutByAFlatField)
                     {"noise scene0.pgm --flat flat", "--compare"},
                     {"flat learn shutter*.pgm --out flat.png", ".npy"}});
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include <opencv2/videoio.hpp>
 
-namespace {
-
 using testing::MatchesRegex;
 
 struct Program : ProgramFixture
@@ -104,9 +102,8 @@ TEST_F(Program, TakesARawStreamFromStandardInput)
         stream += {static_cast<char>(i & 0xFF), static_cast<char>(i >> 8)};
     write("stream", stream + "the beginning of a third frame");
     const ProgramRun run = shell("render - --raw 16x12 --out o < stream");
-    EXPECT_EQ(run.code, 0);
     EXPECT_THAT(run.errors, HasSubstr("cut off"));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("o")), {}), 2);
+    EXPECT_TRUE(run.code == 0 && std::distance(std::filesystem::directory_iterator(path("o")), {}) == 2);
     // Low byte first: of the first frame the last pixel is the hottest.
     const cv::Mat_<cv::Vec3b> first = picture("o/frame_0000.png");
     EXPECT_GT(cv::sum(first(11, 15))[0], cv::sum(first(0, 0))[0] + 300);
@@ -192,5 +189,3 @@ TEST_F(Program, MakesThePicturesOfThePageAboutBadPixels)
         EXPECT_LT(cv::norm(actual, expected, cv::NORM_L1) / actual.size().area(), 0.2) << shown;
     }
 }
-
-} // namespace

@@ -7,8 +7,6 @@
 #include <ctime>
 #include <thread>
 
-namespace {
-
 /// What holds for every command: nothing lost, nothing hung.
 struct Promises : ProgramFixture
 {
@@ -170,5 +168,3 @@ TEST_F(Promises, TenThousandPalettesAreListedAtOnce)
     EXPECT_THAT(list, HasSubstr("\nP9999,2,#000000,#FFFFFF\n"));
     expectRefusals({{"palettes --file many.xml --out sheet.png", "at most 500 palettes, there are 100"}});
 }
-
-} // namespace

@@ -1,7 +1,5 @@
 #include "tests/apps/ProgramFixture.h"
 
-namespace {
-
 using namespace testing;
 
 struct Temperatures : ProgramFixture
@@ -147,5 +145,3 @@ TEST_F(Temperatures, ThatCannotBeAreRefusedInOneLineThatNamesTheLimit)
                     {"measure plate.png --plot o.jpg", "o.jpg"},
                     {"render plate.png --out o.png --mould", "humidity"}});
 }
-
-} // namespace

@@ -33,14 +33,10 @@ TEST(DewPoint, GivesHumidityAtSurfaces)
     MarkedFloat full(100.0f);
     full.setMark(7);
     EXPECT_EQ(DewPoint::calcSurfaceMoisture({20.0f}, Air(20.0f), Percent(full)).front(), 100.0f);
-}
-
-TEST(DewPoint, ComputesInDoubleAndTheRatioFirst)
-{
-    // 57.910219778 and 19.669868048 percent, worked out to 40 digits.
+    // Computed in double precision: 57.910219778 and 19.669868048 percent, worked out to 40 digits.
     EXPECT_EQ(moisture(15.5f, 12.25f, 71.5f), 57.9102198f);
     EXPECT_EQ(moisture(28.5f, 19.75f, 33.25f), 19.6698680f);
-    // Both pressures are near the smallest number: times the percentage, that of the air would vanish.
+    // The ratio first: both pressures are near the smallest number, times the percentage one would vanish.
     EXPECT_GT(moisture(-237.2f, -237.2f, 1e-30f), 0.0f);
 }
 

@@ -163,14 +163,9 @@ void writeJpeg(const std::string& path, const cv::Mat& picture, int orientation)
 /// The most memory, in KiB, that this process has had since the call before.
 int peakOfMemory()
 {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    while (status >> word && word != "VmHWM:")
-        continue;
-    int kibibytes = 0;
-    status >> kibibytes;
+    const std::string status = contentOf("/proc/self/status");
     std::ofstream("/proc/self/clear_refs") << 5;
-    return kibibytes;
+    return std::stoi(status.substr(status.find("VmHWM:") + 6));
 }
 
 TEST_F(FilmFiles, TakeLittleMemoryWhateverTheirHeadersSay)

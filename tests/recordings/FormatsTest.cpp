@@ -35,19 +35,18 @@ struct Formats : FilesTest
     }
 };
 
-void writeAll(std::unique_ptr<ImageWriter> writer, const Images& images)
-{
+const auto writeAll = [](std::unique_ptr<ImageWriter> writer, const Images& images) {
     for (const cv::Mat& image : images)
         writer->write(image);
     writer->finish();
-}
+};
 
-void expectEqual(const std::vector<Frame>& frames, const Images& expected, const std::string& what)
-{
+const auto expectEqual = [](const std::vector<Frame>& frames, const Images& expected,
+                            const std::string& what) {
     ASSERT_EQ(frames.size(), expected.size()) << what;
     for (std::size_t i = 0; i < frames.size(); ++i)
         EXPECT_TRUE(same(frames[i], expected[i])) << what << ", frame " << i;
-}
+};
 
 /// Regions of larger frames, so that rows are padded; each has the values at which bytes and signs change.
 Images paddedFrames()
@@ -126,11 +125,10 @@ TEST_F(Formats, ReadEveryPageOfATiffAndNoThumbnail)
 }
 
 /// A NumPy file: the dictionary as some program wrote it, and the values.
-std::string npy(const std::string& dictionary, const std::string& values)
-{
+const auto npy = [](const std::string& dictionary, const std::string& values) {
     const std::string text = dictionary + "\n";
     return std::string("\x93NUMPY\x01\0", 8) + static_cast<char>(text.size()) + '\0' + text + values;
-}
+};
 
 TEST_F(Formats, ReadNumPyArraysOfOtherPrograms)
 {

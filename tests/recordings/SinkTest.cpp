@@ -40,24 +40,22 @@ TEST_F(Sink, RefusesPlacesThatCannotTakeIt)
 }
 
 /// Notes what comes; fails at the picture of a value.
-class NotingSink : public ImageWriter
+struct NotingSink : ImageWriter
 {
-public:
-    NotingSink(std::vector<int>& values, int failAt) : m_vecValues(values), m_s32FailAt(failAt) {}
+    NotingSink(std::vector<int>& noted, int failing) : values(noted), failAt(failing) {}
 
     void write(const cv::Mat& picture) override
     {
         const int value = picture.at<unsigned char>(0, 0);
-        if (value == m_s32FailAt)
+        if (value == failAt)
             VELMO_THROW("disk full");
-        m_vecValues.push_back(value);
+        values.push_back(value);
         std::this_thread::sleep_for(std::chrono::milliseconds(value % 3));
     }
-    void finish() override { m_vecValues.push_back(1000); }
+    void finish() override { values.push_back(1000); }
 
-private:
-    std::vector<int>& m_vecValues;
-    int m_s32FailAt;
+    std::vector<int>& values;
+    int failAt;
 };
 
 TEST(ThreadedSink, KeepsTheOrderAndEndsWithTheErrorOfEitherSide)

@@ -6,19 +6,16 @@
 
 #include <set>
 
-namespace {
-
 const Thermometer centikelvin(Scale::parse("centikelvin"));
 
 const auto with = [](const std::string& palette) { return Colouring(findPalette(palette)); };
 
-Picture withLegend(const Picture& picture, Colouring& colouring, ValueRange range,
-                   const Thermometer& thermometer)
-{
+const auto withLegend = [](const Picture& picture, Colouring& colouring, ValueRange range,
+                           const Thermometer& thermometer) {
     Picture whole;
     Legend(thermometer).draw(picture, colouring.table(), range, whole);
     return whole;
-}
+};
 
 TEST(Colouring, PaintsRegionsByRawValueWhateverTheFrameSize)
 {
@@ -54,8 +51,7 @@ TEST(Colouring, FollowsTheRange)
 }
 
 /// The row in the legend beside a picture where a label stands; -1 if it stands nowhere.
-int rowOf(const Picture& whole, const std::string& label)
-{
+const auto rowOf = [](const Picture& whole, const std::string& label) {
     const cv::Size size(textWidth(label), s32TextHeight);
     Picture drawn(size.height + 8, size.width + 8, cv::Vec3b::all(24)); // letters reach a little beyond
     drawText(drawn, label, {4, 4}, cv::Scalar(230, 230, 230));
@@ -65,7 +61,7 @@ int rowOf(const Picture& whole, const std::string& label)
             if (cv::norm(whole(cv::Rect({x, y}, line.size())), line, cv::NORM_INF) == 0)
                 return y;
     return -1;
-}
+};
 
 TEST(Legend, PutsLabelsBesideTheirValues)
 {
@@ -95,5 +91,3 @@ TEST(Legend, FitsAnyPicture)
         EXPECT_TRUE(same(whole(cv::Rect({}, size)), picture)) << size;
     }
 }
-
-} // namespace

@@ -3,32 +3,27 @@
 #include "camera/measures/FineNoise.h"
 #include "tests/camera/Support.h"
 
-namespace {
-
 /// A slope of `rise` counts a pixel from the left to the right, with white noise.
-Frame slope(double level, double rise, double noise, unsigned seed = 1)
-{
+const auto slope = [](double level, double rise, double noise, unsigned seed = 1) {
     std::mt19937 random(seed);
     std::normal_distribution<double> of(0, 1);
     return matrixOf<unsigned short>({128, 96},
                                     [&](int, int x) { return level + rise * x + noise * of(random); });
-}
+};
 
-double deviationOf(const cv::Mat& values)
-{
+const auto deviationOf = [](const cv::Mat& values) {
     cv::Scalar mean, deviation;
     cv::meanStdDev(values, mean, deviation);
     return deviation[0];
-}
+};
 
-Colouring with(const char* tone, const char* detail, const char* isotherms = "")
-{
+const auto with = [](const char* tone, const char* detail, const char* isotherms = "") {
     return Colouring(settingsWith({{"colours/palette", "Grayscale"},
                                    {"colours/tone", tone},
                                    {"colours/detail", detail},
                                    {"colours/isotherms", isotherms}}),
                      Thermometer());
-}
+};
 
 TEST(FineNoise, IsThatOfWhatIsFlatHoweverItSlopes)
 {
@@ -172,5 +167,3 @@ TEST(Tone, LocalShowsWhatIsFaintWithoutLiftingNoise)
         EXPECT_GT(contrast(local) / contrast(linear), noise == 2 ? 1.3 : 0.9);
     }
 }
-
-} // namespace

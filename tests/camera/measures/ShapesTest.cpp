@@ -4,8 +4,6 @@
 #include "camera/measures/ShapePicture.h"
 #include "tests/camera/Support.h"
 
-namespace {
-
 using namespace testing;
 
 using Kind = Shape::Kind;
@@ -13,8 +11,7 @@ using Kind = Shape::Kind;
 const cv::Size frameSize(12, 9);
 
 /// '#' where the shape has pixels, rows that have none left out.
-std::vector<std::string> drawn(Kind kind, const std::string& text)
-{
+const auto drawn = [](Kind kind, const std::string& text) {
     const std::string empty(12, '.');
     std::vector<std::string> rows(9, empty);
     for (const Run& run : Shape::parse(kind, text).runs(frameSize, "shape"))
@@ -22,7 +19,7 @@ std::vector<std::string> drawn(Kind kind, const std::string& text)
             rows.at(static_cast<std::size_t>(run.row)).at(static_cast<std::size_t>(x)) = '#';
     rows.erase(std::remove(rows.begin(), rows.end(), empty), rows.end());
     return rows;
-}
+};
 
 TEST(Shape, HasThePixelsThatItsTextSays)
 {
@@ -162,13 +159,12 @@ TEST(Ticks, AreRoundNumbersInTheRange)
 }
 
 /// How many pixels of a row or column are of a colour that has hue, as curves do.
-int colourful(const Picture& part)
-{
+const auto colourful = [](const Picture& part) {
     int count = 0;
     for (const cv::Vec3b& pixel : part)
         count += std::max({pixel[0], pixel[1], pixel[2]}) - std::min({pixel[0], pixel[1], pixel[2]}) > 60;
     return count;
-}
+};
 
 TEST(Course, DrawsRisingMeansAsARisingCurve)
 {
@@ -206,5 +202,3 @@ TEST(ShapePicture, MarksShapesWhereTheyAre)
     EXPECT_EQ(picture(95, 65), cv::Vec3b(90, 90, 90));           // inside it stays as it is
     EXPECT_GT(colourful(picture(cv::Rect(40, 62, 60, 16))), 30); // the label
 }
-
-} // namespace

@@ -8,43 +8,27 @@ namespace {
 
 using Planes = std::vector<cv::Mat_<float>>;
 
-/// Each of its pixels has an offset and a gain of its own.
-class Sensor
-{
-public:
-    explicit Sensor(double gainSpread) : m_oGains(24, 32)
-    {
-        cv::RNG random(3);
-        cv::Mat_<short> offsets(24, 32);
-        random.fill(offsets, cv::RNG::NORMAL, 0, 400);
-        random.fill(m_oGains, cv::RNG::NORMAL, 1, gainSpread);
-        m_oOffsets = offsets;
-    }
-
-    /// What it makes of `scene`; the pixel at 5,7 is dead, that at 20,10 hardly responds.
-    Frame see(const cv::Mat_<double>& scene) const
-    {
-        Frame frame;
-        cv::Mat(8000 + m_oOffsets + m_oGains.mul(scene - 8000)).convertTo(frame, CV_16U);
-        frame(7, 5) = 0;
-        frame(10, 20) = static_cast<unsigned short>(8000 + (scene(10, 20) - 8000) / 4);
-        return frame;
-    }
-
-    static cv::Mat_<double> wall(double level) { return cv::Mat_<double>(24, 32, level); }
-
-private:
-    cv::Mat_<double> m_oOffsets, m_oGains;
-};
-
 TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
 {
+    const auto wall = [](double level) { return cv::Mat_<double>(24, 32, level); };
     for (const double spread : {0.0, 0.05}) {
-        const Sensor sensor(spread);
+        cv::RNG random(3);
+        cv::Mat_<short> offsets(24, 32);
+        cv::Mat_<double> gains(24, 32);
+        random.fill(offsets, cv::RNG::NORMAL, 0, 400);
+        random.fill(gains, cv::RNG::NORMAL, 1, spread);
+        // The pixel at 5,7 is dead, that at 20,10 hardly responds.
+        const auto seen = [&](const cv::Mat_<double>& scene) {
+            Frame frame;
+            cv::Mat(8000 + cv::Mat_<double>(offsets) + gains.mul(scene - 8000)).convertTo(frame, CV_16U);
+            frame(7, 5) = 0;
+            frame(10, 20) = static_cast<unsigned short>(8000 + (scene(10, 20) - 8000) / 4);
+            return frame;
+        };
         FlatLearner learner;
-        learner.add(sensor.see(Sensor::wall(8000)));
+        learner.add(seen(wall(8000)));
         if (spread > 0)
-            learner.addOther(sensor.see(Sensor::wall(10000)));
+            learner.addOther(seen(wall(10000)));
         Calibration calibration;
         calibration.flat = learner.learn();
         EXPECT_NE(calibration.flat.defects(7, 5) & 64, 0);
@@ -52,9 +36,9 @@ TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
 
         Chain chain({}, calibration);
         for (const double level : {6000.0, 8000.0, 20000.0}) {
-            cv::Mat_<double> scene = Sensor::wall(level);
+            cv::Mat_<double> scene = wall(level);
             scene.rowRange(12, 24) += 500;
-            Frame frame = sensor.see(scene);
+            Frame frame = seen(scene);
             chain.apply(frame);
             if (spread == 0)
                 frame(10, 20) = frame(10, 21); // an offset says nothing of it

@@ -4,22 +4,17 @@
 
 using namespace velmo::exp;
 
-namespace {
-
 using Storage = DataStorage<std::string>;
 
 const auto number = [](int value) { return Variant::create(value); };
 
 /// Each followed by a comma.
-std::string keys(const Storage& storage)
-{
+const auto keys = [](const Storage& storage) {
     std::string result;
     for (const auto& [key, value] : storage)
         result += key + ",";
     return result;
-}
-
-} // namespace
+};
 
 TEST(GroupItem, OwnsItsText)
 {

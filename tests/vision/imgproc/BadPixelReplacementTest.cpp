@@ -3,8 +3,6 @@
 
 using namespace velmo::exp::vision;
 
-namespace {
-
 using Map = cv::Mat_<int>;
 using Query = BadPixelTools::ReplacePixelQuery;
 using Offsets = std::vector<std::pair<int, int>>;
@@ -13,13 +11,12 @@ using Records = std::vector<BadPixel>;
 const Refusal nothingFound{"At least for one bad pixel no replace pixel could be found!",
                            "calculateReplacePixels"};
 
-Offsets offsetsOf(const Query& query, std::size_t slot)
-{
+const auto offsetsOf = [](const Query& query, std::size_t slot) {
     Offsets offsets;
     for (const auto& entry : query[slot])
         offsets.emplace_back(entry.second.x, entry.second.y);
     return offsets;
-}
+};
 
 const auto replaced = [](const Map& map, unsigned int radius) {
     return BadPixelTools::calculateReplacePixels(map, radius);
@@ -30,17 +27,15 @@ const auto refused = [](const Map& map, unsigned int radius) {
 };
 
 /// A clean map but for some pixels.
-Map badAt(cv::Size size, const std::vector<cv::Point>& pixels)
-{
+const auto badAt = [](cv::Size size, const std::vector<cv::Point>& pixels) {
     Map map(size, 0);
     for (const cv::Point& pixel : pixels)
         map(pixel) = -7;
     return map;
-}
+};
 
 /// Holds the search by rows to the lists of offsets.
-void compare(const Map& map, int radius)
-{
+const auto compare = [](const Map& map, int radius) {
     const Query query = BadPixelTools::computeReplacePixelQuery(radius);
     Records records;
     bool complete = true;
@@ -52,11 +47,10 @@ void compare(const Map& map, int radius)
             }
     const auto search = [&] { EXPECT_EQ(replaced(map, static_cast<unsigned>(radius)), records); };
     ASSERT_EQ(refusal(search), complete ? Refusal{} : nothingFound) << map.size() << " radius " << radius;
-}
+};
 
 /// Bad with the given probability, in runs along the lines; a part of a larger map.
-Map randomMap(std::mt19937& random, cv::Size size, double density, int run)
-{
+const auto randomMap = [](std::mt19937& random, cv::Size size, double density, int run) -> Map {
     Map map(size + cv::Size(3, 2), 0);
     std::bernoulli_distribution bad(density / run);
     for (int y = 0; y < map.rows; ++y)
@@ -65,9 +59,7 @@ Map randomMap(std::mt19937& random, cv::Size size, double density, int run)
                 for (int n = x; n < std::min(x + run, map.cols); ++n)
                     map(y, n) = n % 2 ? 16 : -1;
     return map(cv::Rect({2, 1}, size));
-}
-
-} // namespace
+};
 
 TEST(BadPixelQuery, ListsTheFourRotationsOfAQuarterDisc)
 {

@@ -6,8 +6,6 @@
 
 using namespace velmo::vision;
 
-namespace {
-
 using Byte = unsigned char;
 using Bytes = std::vector<Byte>;
 using Image = ColorConvert::Image;
@@ -16,24 +14,20 @@ using Converter = void (*)(const cv::Mat&, Image&);
 /// One row of pixels of that many bytes.
 const auto row = [](const Bytes& bytes, int channels) { return cv::Mat(bytes, true).reshape(channels, 1); };
 
-Bytes bytesOf(const cv::Mat& image)
-{
+const auto bytesOf = [](const cv::Mat& image) {
     const cv::Mat whole = image.clone().reshape(1, 1);
     return Bytes(whole.begin<Byte>(), whole.end<Byte>());
-}
+};
 
-Bytes converted(Converter convert, const Bytes& bytes, int channels = 2)
-{
+const auto converted = [](Converter convert, const Bytes& bytes, int channels = 2) {
     Image dst;
     convert(row(bytes, channels), dst);
     return bytesOf(dst);
-}
+};
 
 const Converter yuyvToBgr = ColorConvert::convertYUYVToBGR, uyvyToBgr = ColorConvert::convertUYVYToBGR,
                 uyvyToRgb = ColorConvert::convertUYVYToRGB, uy1vy0ToBgr = ColorConvert::convertUY1VY0ToBGR,
                 uy1vy0ToRgb = ColorConvert::convertUY1VY0ToRGB, ycbcrToBgr = ColorConvert::convertYCbCrtoBRG;
-
-} // namespace
 
 TEST(ColorConvert, CutsUyvyAndRoundsTheOthersAndLimitsAtBothEnds)
 {

@@ -5,8 +5,6 @@
 using namespace velmo::vision;
 using velmo::exp::MarkedFloat;
 
-namespace {
-
 using Frame = ColorPaletteConverter::Frame;
 using Picture = ColorPaletteConverter::Picture;
 using Palette = std::vector<unsigned char>;
@@ -18,46 +16,40 @@ const Palette threePoints = {1, 2, 3, 11, 12, 13, 21, 22, 23};
 constexpr unsigned p0 = 0x010203, p1 = 0x0b0c0d, p2 = 0x151617;
 
 /// In two rows, if they are even in number.
-Frame frameOf(const Values& values)
-{
+const auto frameOf = [](const Values& values) {
     Frame frame(1, static_cast<int>(values.size()));
     std::copy(values.begin(), values.end(), frame.begin());
     return frame.reshape(1, values.size() % 2 == 0 ? 2 : 1);
-}
+};
 
 /// The pixels as 0xAABBCC, the first byte in memory on top.
-Colors colorsOf(const Picture& picture)
-{
+const auto colorsOf = [](const Picture& picture) {
     Colors colors;
     for (const auto& pixel : picture)
         colors.push_back(pixel[0] * 0x10000u + pixel[1] * 0x100u + pixel[2]);
     return colors;
-}
+};
 
-Colors palettized(ColorPaletteConverter& converter, const Values& values, int min, int max,
-                  Palette palette = threePoints, bool rebuild = true)
-{
+const auto palettized = [](ColorPaletteConverter& converter, const Values& values, int min, int max,
+                           Palette palette = threePoints, bool rebuild = true) {
     Picture picture;
     converter.palletize(frameOf(values), picture, static_cast<unsigned short>(min),
                         static_cast<unsigned short>(max), rebuild, palette);
     return colorsOf(picture);
-}
+};
 
 /// In the colours of the last build.
 const auto shown = [](ColorPaletteConverter& converter, const Values& values) {
     return palettized(converter, values, 0, 1, {9, 9, 9}, false);
 };
 
-Colors humid(ColorPaletteConverter& converter, const Values& values, MarkedFloat air, MarkedFloat percent,
-             Palette palette, bool rebuild = false)
-{
+const auto humid = [](ColorPaletteConverter& converter, const Values& values, MarkedFloat air,
+                      MarkedFloat percent, Palette palette, bool rebuild = false) {
     Picture picture;
     converter.palletizeHumid(frameOf(values), picture, ColorPaletteConverter::AirTemperature(air),
                              ColorPaletteConverter::AirHumidity(percent), rebuild, palette);
     return colorsOf(picture);
-}
-
-} // namespace
+};
 
 TEST(ColorPaletteConverter, ShowsTheHottestValueInTheSecondHottestColor)
 {

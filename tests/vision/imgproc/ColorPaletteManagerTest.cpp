@@ -49,9 +49,9 @@ TEST_F(ColorPaletteManagerTest, IsEmptyUntilFirstUsed)
 {
     EXPECT_EQ(fromStartUpCode.size(), 369u);
     EXPECT_EQ(activeAtStartUp, "Ironbow");
-    EXPECT_THAT(Manager::getSupportedPalettesNames(), IsEmpty());
-    EXPECT_THAT(Manager::getAvailableColorPalettes(), IsEmpty());
-    EXPECT_THAT(Manager::getSupportedPalettesColors(), IsEmpty());
+    EXPECT_TRUE(Manager::getSupportedPalettesNames().empty() &&
+                Manager::getSupportedPalettesColors().empty() &&
+                Manager::getAvailableColorPalettes().empty());
     Manager::getPaletteColors(Id::Palette::Sepia);
     EXPECT_THAT(Manager::getAvailableColorPalettes(),
                 ElementsAre("Bluered", "Dewpoint", "Grayscale", "GrayscaleInv", "Hightemp", "Hotcold",

@@ -5,36 +5,29 @@
 
 using namespace velmo::exp::vision;
 
-namespace {
-
 using Frame = cv::Mat_<short>;
 
 /// The output of the last of some equal frames.
-Frame corrected(StaticPatternRemover& remover, const Frame& in, int frames = 1)
-{
+const auto corrected = [](StaticPatternRemover& remover, const Frame& in, int frames = 1) {
     Frame out;
     while (frames-- > 0)
         remover.process(in, out);
     return out;
-}
+};
 
 /// A flat scene with one column that reads `offset` too high.
-Frame stripe(cv::Size size, int column, int offset)
-{
+const auto stripe = [](cv::Size size, int column, int offset) {
     Frame frame(size, 5000);
     frame.col(column) += offset;
     return frame;
-}
+};
 
-void byTheSteps(const Frame& in, Frame& out, cv::Mat_<int>& columns, cv::Mat_<int>& pixels,
-                const PatternParameters& parameters)
-{
+const auto byTheSteps = [](const Frame& in, Frame& out, cv::Mat_<int>& columns, cv::Mat_<int>& pixels,
+                           const PatternParameters& parameters) {
     std::vector<short> scratch;
     out.create(in.size());
     removeStaticPattern.plain(in, out, columns, pixels, parameters, scratch);
-}
-
-} // namespace
+};
 
 TEST(StaticPatternRemover, LearnsAsTheStepsSay)
 {
