@@ -15,11 +15,12 @@ public:
 
     /// out(r, c) = in(r + y, c + x)
     /// @param stride  between the rows of both
-    /// @param x, y    at most half the width, and any height
+    /// @param x, y    any
+    /// @param out     may be `in`
     void move(const float* in, int rows, int columns, int stride, float x, float y, float* out);
 
 private:
-    Line m_vecLine;
+    Line m_vecLines; ///< the last few, moved across
 };
 
 /// How much of its detail a picture has lost that moves between pixels again and again, and takes over part

@@ -9,6 +9,7 @@ constexpr int s32Tile = 16, s32LeastTile = 6, s32Lines = 120;
 constexpr float fSobel = 1 / 8.0F; ///< of the operator, for a pixel's width
 constexpr double dSay = 20;        ///< of a tile, in variances of its residual
 constexpr float fLeastMove = 0.1F;
+constexpr double dNear = 0.06; ///< in pixels of a level: what is sure there is sure
 
 double total(const float (&lanes)[8])
 {
@@ -163,6 +164,7 @@ SceneShift ShiftFinder::find() const
 void ShiftFinder::move(Level& level, float x, float y)
 {
     const int rows = level.rows, columns = level.columns;
+    level.x = x, level.y = y;
     m_oMover.move(level.line(level.estimate, 0), rows, columns, level.stride, x, y,
                   level.line(level.moved, 0));
     const auto known = [](float shift, int size) {
@@ -189,15 +191,30 @@ float ShiftFinder::meanOf(const Level& level, const Line& of)
     return static_cast<float>(total(sums) / level.inside.area());
 }
 
-/// How far (x, y) is beyond chance: what the tiles win by it, none more than its say, over the larger of how
-/// much they disagree and of how much noise would win.
-ShiftFinder::Evidence ShiftFinder::evidenceFor(Level& level, int tileSize, float x, float y)
+/// From (x, y) on to where the slopes lead.
+void ShiftFinder::approach(Level& level, int tile, double& x, double& y)
 {
-    move(level, x, y);
+    const auto stepped = [](double from, double step, int size) {
+        return std::clamp(from + std::clamp(step, -1.0, 1.0), -0.25 * size, 0.25 * size);
+    };
+    for (int round = 0; round < 2; ++round) {
+        move(level, static_cast<float>(x), static_cast<float>(y));
+        double stepX = 0, stepY = 0;
+        equationsOf(level, level.moved, level.rest, level.restLevel, tile, fSobel).solve(stepX, stepY);
+        x = stepped(x, stepX, level.columns);
+        y = stepped(y, stepY, level.rows);
+    }
+}
+
+/// How far the place that the estimate is moved to is beyond chance: what the tiles win by it, none more than
+/// its say, over the larger of how much they disagree and of how much noise would win.
+ShiftFinder::Evidence ShiftFinder::evidenceOf(const Level& level, int tileSize)
+{
     const cv::Rect inside = level.inside;
     // The estimate where it is, as smooth as it becomes between pixels: that alone brings it nearer.
-    const auto gainAt = [&, residualLevel = meanOf(level, level.residual), sideX = sideFor(keptNoise(x)),
-                         sideY = sideFor(keptNoise(y))](std::ptrdiff_t at) {
+    const auto gainAt = [&, residualLevel = meanOf(level, level.residual),
+                         sideX = sideFor(keptNoise(level.x)),
+                         sideY = sideFor(keptNoise(level.y))](std::ptrdiff_t at) {
         return Gain{level.estimate.data() + at,
                     level.residual.data() + at,
                     level.moved.data() + at,
@@ -238,9 +255,8 @@ ShiftFinder::Evidence ShiftFinder::evidenceFor(Level& level, int tileSize, float
     return {won / std::sqrt(std::max(chance, spread * count / (count - 1)) + 4), detailed / count};
 }
 
-SceneShift ShiftFinder::align()
+void ShiftFinder::halveLevels()
 {
-    constexpr double dCoarse = 1.5, dSure = 6, dFewTiles = 0.1;
     for (std::size_t i = 1; i < m_nLevels; ++i) {
         const Level& from = m_aLevels[i - 1];
         Level& to = m_aLevels[i];
@@ -252,30 +268,35 @@ SceneShift ShiftFinder::align()
                   to.line(to.residual, r), to.columns);
         }
     }
+}
+
+SceneShift ShiftFinder::align()
+{
+    constexpr double dCoarse = 1.5, dSure = 6, dFewTiles = 0.1;
+    halveLevels();
+    const int largest = s32Tile * everyLine(m_aLevels[0].rows); // a few dozen tiles tell enough
     SceneShift far;      // as the coarsest level sees it, where it is sure there
     double x = 0, y = 0; // in pixels of the level
     for (std::size_t i = m_nLevels; i-- > 0; x *= 2, y *= 2) {
         Level& level = m_aLevels[i];
-        const int tile = std::max(4, s32Tile >> i);
+        const int tile = std::max(4, largest >> i);
         const bool isFinest = i == 0, isCoarsest = i + 1 == m_nLevels;
-        for (int round = 0; round < 2; ++round) {
-            move(level, static_cast<float>(x), static_cast<float>(y));
-            double stepX = 0, stepY = 0;
-            equationsOf(level, level.moved, level.rest, level.restLevel, tile, fSobel).solve(stepX, stepY);
-            const auto stepped = [](double from, double step, int size) {
-                return std::clamp(from + std::clamp(step, -1.0, 1.0), -0.25 * size, 0.25 * size);
-            };
-            x = stepped(x, stepX, level.columns);
-            y = stepped(y, stepY, level.rows);
-        }
+        approach(level, tile, x, y);
         if (!isFinest && !isCoarsest)
             continue;
-        const Evidence found = evidenceFor(level, tile, static_cast<float>(x), static_cast<float>(y));
+        Evidence found;
+        if (std::hypot(x - level.x, y - level.y) < dNear)
+            found = evidenceOf(level, tile);
+        if (found.certainty < dSure) {
+            move(level, static_cast<float>(x), static_cast<float>(y));
+            found = evidenceOf(level, tile);
+        }
         if (isFinest && found.certainty < dSure) {
+            if (far.x == 0 && far.y == 0)
+                return {};
             // What stays where it is, or hides the shift, may all be noise.
-            const bool isHidden = (far.x != 0 || far.y != 0) &&
-                                  evidenceFor(level, tile, far.x / 2, far.y / 2).detailed < dFewTiles;
-            return isHidden ? far : SceneShift{};
+            move(level, far.x / 2, far.y / 2);
+            return evidenceOf(level, tile).detailed < dFewTiles ? far : SceneShift{};
         }
         if (found.certainty < dCoarse)
             return {};

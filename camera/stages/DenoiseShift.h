@@ -51,7 +51,8 @@ private:
         int rows = 0, columns = 0, stride = 0;
         Line estimate, residual; ///< the residual of the estimate where it is
         Line moved, rest;        ///< the estimate elsewhere, and what the frame differs by from it
-        float restLevel = 0;     ///< the mean of that, inside
+        float x = 0, y = 0;      ///< how far it was moved
+        float restLevel = 0;     ///< the mean of the rest, inside
         cv::Rect inside;         ///< where the moved estimate is known
 
         void create(int newRows, int newColumns);
@@ -70,8 +71,10 @@ private:
     static Equations equationsOf(const Level& level, const Line& estimate, const Line& residual,
                                  float residualLevel, int tile, float scale);
     static float meanOf(const Level& level, const Line& of);
+    void halveLevels();
     void move(Level& level, float x, float y);
-    Evidence evidenceFor(Level& level, int tile, float x, float y);
+    void approach(Level& level, int tile, double& x, double& y);
+    Evidence evidenceOf(const Level& level, int tile);
 
     std::array<Level, 3> m_aLevels;
     std::size_t m_nLevels = 0;

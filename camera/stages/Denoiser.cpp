@@ -77,7 +77,8 @@ void Denoiser::start(const Frame& frame)
     m_vecEstimate.resize(pixels);
     for (int r = 0; r < m_s32Rows; ++r)
         std::copy_n(frame[r], m_s32Columns, estimate(r));
-    m_vecAge.assign(pixels, 1);
+    m_vecAge.assign(2 * pixels, 1);
+    m_nFirstAge = static_cast<std::ptrdiff_t>(pixels / 2);
     m_fBase = frame(m_s32Rows / 2, m_s32Columns / 2);
     m_fLevel = m_fDeviation = m_fNoise = 0;
     m_fRatio = m_fChanged = 1;
@@ -98,7 +99,7 @@ void Denoiser::start(const Frame& frame)
     m_oSums.create(2, m_s32Columns);
     m_oShiftFinder.create(m_s32Rows, m_s32Columns);
     m_oMover.create(m_s32Columns);
-    m_vecMoved.resize(pixels);
+    m_vecFrame.resize(pixels);
 }
 
 void Denoiser::follow(const Frame& frame)
@@ -147,24 +148,29 @@ void Denoiser::compare(const Frame& frame)
 /// The estimate, and the age of the nearest pixel. What was not in the picture has none.
 void Denoiser::moveEstimate(const SceneShift& shift)
 {
-    m_oMover.move(estimate(0), m_s32Rows, m_s32Columns, m_s32Columns, shift.x, shift.y, m_vecMoved.data());
-    m_vecEstimate.swap(m_vecMoved);
+    m_oMover.move(estimate(0), m_s32Rows, m_s32Columns, m_s32Columns, shift.x, shift.y, estimate(0));
     const int x = static_cast<int>(std::lround(shift.x)), y = static_cast<int>(std::lround(shift.y));
     const int from = static_cast<int>(std::ceil(std::max(0.0F, -shift.x))),
               to = m_s32Columns - static_cast<int>(std::ceil(std::max(0.0F, shift.x)));
-    for (int i = 0; i < m_s32Rows; ++i) {
-        const int r = y < 0 ? m_s32Rows - 1 - i : i; // rows that are moved are not needed any more
+    moveAges(x, y);
+    for (int r = 0; r < m_s32Rows; ++r) {
         const float source = static_cast<float>(r) + shift.y;
-        float* age = m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns;
-        if (source < 0 || source > static_cast<float>(m_s32Rows - 1)) {
-            std::fill_n(age, m_s32Columns, 0.0F);
-            continue;
-        }
-        const float* of = age + std::ptrdiff_t{y} * m_s32Columns + x;
-        std::memmove(age + from, of + from, static_cast<std::size_t>(to - from) * sizeof *age);
-        std::fill_n(age, from, 0.0F);
-        std::fill(age + to, age + m_s32Columns, 0.0F);
+        const bool isNew = source < 0 || source > static_cast<float>(m_s32Rows - 1);
+        std::fill_n(age(r), isNew ? m_s32Columns : from, 0.0F);
+        std::fill(age(r) + to, age(r) + m_s32Columns, 0.0F);
     }
+}
+
+/// At most by half the picture. What was not in it is anything.
+void Denoiser::moveAges(int x, int y)
+{
+    const std::ptrdiff_t pixels = std::ptrdiff_t{m_s32Rows} * m_s32Columns,
+                         by = std::ptrdiff_t{y} * m_s32Columns + x;
+    if (m_nFirstAge + by < 0 || m_nFirstAge + by > pixels) { // back to the middle
+        std::memmove(m_vecAge.data() + pixels / 2, age(0), static_cast<std::size_t>(pixels) * sizeof(float));
+        m_nFirstAge = pixels / 2;
+    }
+    m_nFirstAge += by;
 }
 
 /// What came into the picture: where pixels vary by no more than noise their mean, which counts for two
@@ -176,15 +182,19 @@ void Denoiser::beginUnseen(const Frame& frame)
     const float noise = 1.5F * (1 + m_fCorrelation), detail = 2.3F * (1 + m_fCorrelation);
     constexpr float fFrames = 2;
     const auto begin = [&](int r, int c, float& estimate, float& age) {
-        const int own = frame[r][c];
-        float sum = 0, squares = 0, count = 0;
-        for (int y = std::max(0, r - reach); y <= std::min(m_s32Rows - 1, r + reach); ++y)
-            for (int x = std::max(0, c - reach); x <= std::min(m_s32Columns - 1, c + reach); ++x) {
-                const auto away = static_cast<float>(frame[y][x] - own);
+        const int own = frame[r][c], left = std::max(0, c - reach),
+                  right = std::min(m_s32Columns - 1, c + reach), top = std::max(0, r - reach),
+                  bottom = std::min(m_s32Rows - 1, r + reach);
+        float sum = 0, squares = 0;
+        for (int y = top; y <= bottom; ++y) {
+            const u16* row = frame[y];
+            for (int x = left; x <= right; ++x) {
+                const auto away = static_cast<float>(row[x] - own);
                 sum += away;
                 squares += away * away;
-                ++count;
             }
+        }
+        const auto count = static_cast<float>((right - left + 1) * (bottom - top + 1));
         const float mean = sum / count;
         const float variance = (squares / count - square(mean)) / square(m_fDeviation);
         const float flat = std::clamp((detail - variance) / (detail - noise), 0.0F, 1.0F);
@@ -192,7 +202,7 @@ void Denoiser::beginUnseen(const Frame& frame)
         age = flat * fFrames;
     };
     for (int r = 0; r < m_s32Rows; ++r) {
-        float* ages = m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns;
+        float* ages = age(r);
         int c = 0; // it comes in from the ends of a row, if not in all of it
         for (; c < m_s32Columns && ages[c] == 0; ++c)
             begin(r, c, estimate(r)[c], ages[c]);
@@ -278,9 +288,9 @@ void Denoiser::leaveLostDetailOut(const Frame& frame, int top, float* blocks)
 float Denoiser::mostDeviationOf(const Frame& frame)
 {
     for (int r = 0; r < m_s32Rows; ++r)
-        std::copy_n(frame[r], m_s32Columns, m_vecMoved.data() + std::ptrdiff_t{r} * m_s32Columns);
+        std::copy_n(frame[r], m_s32Columns, m_vecFrame.data() + std::ptrdiff_t{r} * m_s32Columns);
     constexpr float fOfTwo = 1.6F; // frames, and some room
-    return fOfTwo * m_oNoiseMeter.of(m_vecMoved.data(), m_s32Rows, m_s32Columns).most;
+    return fOfTwo * m_oNoiseMeter.of(m_vecFrame.data(), m_s32Rows, m_s32Columns).most;
 }
 
 void Denoiser::findStripes(const Frame& frame, float deviation)
@@ -403,7 +413,7 @@ void Denoiser::update(const Frame& frame)
         sumOfFive(rows, m_oSums[0] - 2, m_oSums[1] - 2, m_s32Columns + 4);
         changed += updateLine(frame[r], stripesOf(r), m_fLevel,
                               {m_oSums[0], m_oSums[1], m_vecLines.data(), m_fDeviation, leastGain()},
-                              estimate(r), m_vecAge.data() + std::ptrdiff_t{r} * m_s32Columns, m_s32Columns);
+                              estimate(r), age(r), m_s32Columns);
     }
     m_fChanged = static_cast<float>(static_cast<double>(changed) / 256 / static_cast<double>(frame.total()));
 }

@@ -62,6 +62,7 @@ private:
     void follow(const Frame& frame);
     void compare(const Frame& frame);
     void moveEstimate(const SceneShift& shift);
+    void moveAges(int x, int y);
     void beginUnseen(const Frame& frame);
     void findLevel(const Frame& frame);
     float deviationOf(const Frame& frame);
@@ -79,6 +80,7 @@ private:
     void finish(Frame& out);
 
     float* estimate(int row) { return m_vecEstimate.data() + std::ptrdiff_t{row} * m_s32Columns; }
+    float* age(int row) { return m_vecAge.data() + m_nFirstAge + std::ptrdiff_t{row} * m_s32Columns; }
     /// The estimate becomes smoother each time it moves: it is a shorter mean then.
     float leastGain() const
     {
@@ -95,7 +97,9 @@ private:
     int m_s32Frames = 0;
     LastFrame m_oLast;
 
-    Line m_vecEstimate, m_vecAge;
+    Line m_vecEstimate;
+    Line m_vecAge; ///< the picture's, and as much again, so that it moves without being copied
+    std::ptrdiff_t m_nFirstAge = 0;
     float m_fBase = 0;        ///< a value in the middle of the first frame
     float m_fLevel = 0;       ///< of the frame above the estimate
     float m_fDeviation = 0;   ///< of the residual
@@ -115,7 +119,7 @@ private:
     // Memory for what lasts no longer than a frame.
     ShiftFinder m_oShiftFinder;
     PictureMover m_oMover;
-    Line m_vecMoved;
+    Line m_vecFrame;
     OctaveNoiseMeter m_oNoiseMeter;
     Line m_vecSorted, m_vecSegment, m_vecLines;
     std::vector<short> m_vecFixedLanes;
