@@ -1,6 +1,7 @@
 #include "camera/measures/Fidelity.h"
 
 #include "camera/measures/Noise.h"
+#include "camera/measures/Statistics.h"
 #include "tests/camera/Support.h"
 
 #include <opencv2/imgproc.hpp>
@@ -118,6 +119,12 @@ TEST(Fidelity, IsThatOfEdgesAndOfWhatLagsBehind)
     meter.add(barAt(0), blurred);
     EXPECT_NEAR(meter.figures().edges, 2.0 / 3, 1e-3);
     EXPECT_TRUE(std::isnan(meter.figures().ghosting));
+}
+
+TEST(Statistics, QuantilesGoFromTheLeastValueToTheLargest)
+{
+    for (const auto& [share, value] : {std::pair(0.0, 1), {0.5, 3}, {0.75, 4}, {1.0, 9}})
+        EXPECT_EQ(quantileOf((cv::Mat_<double>(1, 5) << 9, 1, 4, 2, 3), share), value) << share;
 }
 
 } // namespace
