@@ -1,11 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 /// A folder that is gone after the test.
 class TemporaryFolder
@@ -26,12 +25,11 @@ public:
     const std::filesystem::path& path() const { return m_oPath; }
 
     /// The names of what lies in it, hidden ones too.
-    std::vector<std::string> entries() const
+    std::set<std::string> entries() const
     {
-        std::vector<std::string> names;
+        std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(m_oPath))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
+            names.insert(entry.path().filename());
         return names;
     }
 

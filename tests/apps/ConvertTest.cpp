@@ -25,8 +25,7 @@ TEST_F(Convert, MakesPicturesOfEveryLayout)
 
 TEST_F(Convert, MakesWhatTheEncoderTakes)
 {
-    const cv::Mat_<cv::Vec3b> colours =
-        (cv::Mat_<cv::Vec3b>(1, 2) << cv::Vec3b(10, 100, 200), cv::Vec3b(255, 255, 255));
+    const cv::Mat colours = (cv::Mat_<cv::Vec3b>(1, 2) << cv::Vec3b(10, 100, 200), cv::Vec3b(255, 255, 255));
     cv::imwrite(path("colours.png"), colours);
     said("convert colours.png --from png --to ycbcr --out encoder.ycbcr");
     EXPECT_EQ(bytes("encoder.ycbcr"), "\x78\x42\xB9\xFF\x80\x80"); // 120, 66, 185; 255, 128, 128

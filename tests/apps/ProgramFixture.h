@@ -9,7 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <iostream>
 #include <stdexcept>
 
 /// What one run of the program said.
@@ -51,14 +50,11 @@ struct ProgramFixture : FilesTest
 
         const std::filesystem::path before = std::filesystem::current_path();
         std::filesystem::current_path(folder.path());
-        std::ostringstream output, errors;
-        std::streambuf* const cout = std::cout.rdbuf(output.rdbuf());
-        std::streambuf* const cerr = std::cerr.rdbuf(errors.rdbuf());
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
         const int code = thermal::runProgram(static_cast<int>(pointers.size()), pointers.data());
-        std::cout.rdbuf(cout);
-        std::cerr.rdbuf(cerr);
         std::filesystem::current_path(before);
-        return {code, output.str(), errors.str()};
+        return {code, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
     }
 
     /// What it prints where nothing goes wrong.
@@ -74,13 +70,13 @@ struct ProgramFixture : FilesTest
     /// @param refused  arguments, and what the line names
     void expectRefusals(const std::vector<std::pair<std::string, std::string>>& refused) const
     {
-        const std::vector<std::string> before = folder.entries();
+        const auto before = folder.entries();
         for (const auto& [arguments, named] : refused) {
             const ProgramRun run = call(arguments);
-            EXPECT_EQ(run.code, 2) << arguments;
-            EXPECT_THAT(run.errors, HasSubstr(named)) << arguments;
-            EXPECT_THAT(run.errors, testing::MatchesRegex("thermal: [^\n]+\n")) << arguments;
-            EXPECT_EQ(run.output, "") << arguments;
+            EXPECT_EQ(std::to_string(run.code) + run.output, "2") << arguments;
+            EXPECT_THAT(run.errors,
+                        testing::AllOf(HasSubstr(named), testing::MatchesRegex("thermal: [^\n]+\n")))
+                << arguments;
             EXPECT_EQ(folder.entries(), before) << arguments;
         }
     }

@@ -2,8 +2,6 @@
 
 #include <opencv2/videoio.hpp>
 
-using testing::MatchesRegex;
-
 struct Program : ProgramFixture
 {
     /// Frames of a warm square that moves over a gradient.
@@ -19,7 +17,7 @@ struct Program : ProgramFixture
 
 TEST_F(Program, TellsItsVersionAndHelp)
 {
-    EXPECT_THAT(shell("--version").output, MatchesRegex("thermal [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_THAT(shell("--version").output, testing::MatchesRegex("thermal [0-9]+\\.[0-9]+\\.[0-9]+\n"));
     EXPECT_THAT(said("render --help"), HasSubstr("--range"));
 }
 
@@ -118,7 +116,6 @@ TEST_F(Program, TakesSettingsFromAFileAndOptionsAboveThem)
     write("camera.ini", said("settings --palette Hotcold --scale 2 --range 29000:30500"));
     said("render run --settings camera.ini --scale 3 --out o.png");
     said("render run --palette hotcold --range 29000:30500 --scale 3 --out same.png");
-    EXPECT_EQ(picture("o.png").size(), cv::Size(192, 144));
     EXPECT_TRUE(same(picture("o.png"), picture("same.png")));
     EXPECT_THAT(said("render run --humidity 20:50 --celsius --out o.png"), HasSubstr("air: 9.3 °C\n"));
 }

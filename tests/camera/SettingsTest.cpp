@@ -27,8 +27,7 @@ TEST(Settings, AreAtTheirDefaultsUntilTheyAreSet)
 {
     Settings settings;
     EXPECT_EQ(settings.text("noise/temporal"), "off");
-    EXPECT_THAT(settings.numbers("noise/temporal"), ElementsAre());
-    EXPECT_FALSE(settings.flag("picture/legend"));
+    EXPECT_TRUE(settings.numbers("noise/temporal").empty() && !settings.flag("picture/legend"));
     settings.set("noise/temporal", "16:1843");
     settings.set("picture/legend", true);
     settings.set("picture/scale", 3);
@@ -105,6 +104,5 @@ TEST(Settings, RefuseWhatIsNotInTheTable)
 
 TEST(Settings, HaveAPageThatSaysThemAll)
 {
-    EXPECT_EQ(contentOf(SETTINGS_PAGE), settingsReference())
-        << "thermal settings --reference > docs/settings.md";
+    EXPECT_EQ(contentOf(SETTINGS_PAGE), settingsReference()) << "thermal settings --reference writes it";
 }

@@ -6,14 +6,13 @@ using namespace velmo::exp::vision;
 
 /// A populated core with a few outliers. Those near it leave fewer values than pixels, those far away more.
 const auto population = [](Random& random, cv::Size size) {
-    const int centre = random.oneIn(3) ? random(-50, 50) : random(-32768, 32767);
-    const int width = 1 + std::abs(centre) / random.pick({30, 300, 1000}),
-              far = random.pick({300, 1200, 40000});
+    const int mid = random.oneIn(3) ? random(-50, 50) : random(-32768, 32767);
+    const int width = 1 + std::abs(mid) / random.pick({30, 300, 1000}), far = random.pick({300, 1200, 40000});
     cv::Mat_<short> frame = random.frame<short>(size, 0, 0);
     for (short& value : frame) {
         const int offset =
             random.oneIn(50) ? random(-far, far) : (random(-width, width) + random(-width, width)) / 2;
-        value = cv::saturate_cast<short>(centre + offset);
+        value = cv::saturate_cast<short>(mid + offset);
     }
     return frame;
 };

@@ -4,16 +4,13 @@
 
 using namespace velmo::vision;
 
-namespace {
-
 using Bytes = std::vector<unsigned char>;
 
 constexpr int lengths = 300;
 
 /// All 65536 inputs with the given first byte: triples, or pairs with both chroma values and one luma, the
 /// other luma being another one.
-Bytes plane(int first, std::size_t bytesIn)
-{
+const auto plane = [](int first, std::size_t bytesIn) {
     Bytes bytes;
     for (int rest = 0; rest < 65536; ++rest) {
         const int second = rest >> 8, third = rest & 255;
@@ -25,12 +22,11 @@ Bytes plane(int first, std::size_t bytesIn)
                 bytes.push_back(static_cast<unsigned char>(byte));
     }
     return bytes;
-}
+};
 
 /// Every length up to 300, then every input there is.
-KernelCase conversion(const velmo::exp::Forms<ConvertPixels>& forms, std::size_t bytesIn,
-                      std::size_t bytesOut)
-{
+const auto conversion = [](const velmo::exp::Forms<ConvertPixels>& forms, std::size_t bytesIn,
+                           std::size_t bytesOut) {
     return kernel(forms, lengths + 256, [=](Random& random, int round, auto& form) {
         const auto length = static_cast<std::size_t>(bytesIn == 2 ? round & ~1 : round);
         const Bytes src = round < lengths ? random.values<unsigned char>(bytesIn * length)
@@ -40,9 +36,7 @@ KernelCase conversion(const velmo::exp::Forms<ConvertPixels>& forms, std::size_t
         form(src.data(), dst.data(), pixels);
         return Left() << dst.all;
     });
-}
-
-} // namespace
+};
 
 std::vector<KernelCase> colourKernels()
 {

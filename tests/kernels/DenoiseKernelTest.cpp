@@ -111,19 +111,20 @@ void addFloatLoops(std::vector<KernelCase>& all)
             line(random, count, level, spread), line(random, count, level, spread),
             line(random, count, level, spread), line(random, count, 0, 10)};
     };
+    const auto written = [](int count, auto write) {
+        Guarded<float> out(static_cast<std::size_t>(count));
+        write(out.data());
+        return Left() << out.all;
+    };
     add(all, halve, [=](Random& random, int round, auto& form) {
         const auto in = three(random, 2 * round);
-        Guarded<float> out(static_cast<std::size_t>(round));
-        form(in[0].data(), in[1].data(), out.data(), round);
-        return Left() << out.all;
+        return written(round, [&](float* out) { form(in[0].data(), in[1].data(), out, round); });
     });
     add(all, mixLines, [=](Random& random, int round, auto& form) {
         const auto in = three(random, round);
-        Guarded<float> out(static_cast<std::size_t>(round));
         const float* lines[] = {in[0].data(), in[1].data(), in[2].data(), in[3].data()};
         const float weights[] = {-0.07F, 0.9F, 0.2F, -0.03F};
-        form(lines, weights, out.data(), round);
-        return Left() << out.all;
+        return written(round, [&](float* out) { form(lines, weights, out, round); });
     });
     const auto partOf = [](Random& random, int round) {
         return Part{round + random(2, 9), random(1, 5), random(1, 3), round};
@@ -132,11 +133,10 @@ void addFloatLoops(std::vector<KernelCase>& all)
         const Part part = partOf(random, round);
         const int size = static_cast<int>(part.stride) * (part.rows + 2);
         const auto in = three(random, size);
-        const auto level = between(random, -5, 5);
         GradientSums sums;
         sums.xy[round % 8] = 3;
         const std::ptrdiff_t at = part.stride + 1;
-        form(in[0].data() + at, in[3].data() + at, level, 1 / 16.0F, part, sums);
+        form(in[0].data() + at, in[3].data() + at, between(random, -5, 5), 1 / 16.0F, part, sums);
         Left left;
         for (int i = 0; i < 8; ++i)
             left << sums.xx[i] << sums.xy[i] << sums.yy[i] << sums.xr[i] << sums.yr[i] << sums.rr[i];
@@ -144,9 +144,8 @@ void addFloatLoops(std::vector<KernelCase>& all)
     });
     add(all, takeRest, [=](Random& random, int round, auto& form) {
         const auto in = three(random, round);
-        Guarded<float> rest(static_cast<std::size_t>(round));
-        form(in[0].data(), in[3].data(), in[1].data(), rest.data(), round);
-        return Left() << rest.all;
+        return written(round,
+                       [&](float* out) { form(in[0].data(), in[3].data(), in[1].data(), out, round); });
     });
     add(all, sumLine, [=](Random& random, int round, auto& form) {
         const auto in = three(random, round);
@@ -173,24 +172,22 @@ void addFloatLoops(std::vector<KernelCase>& all)
         const Shift shift{between(random, -1, 1), between(random, -1, 1), between(random, 0.02F, 900),
                           random.oneIn(2) ? 0 : between(random, 0, 1)};
         const auto in = three(random, round);
-        Guarded<float> out(static_cast<std::size_t>(round));
-        form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, shift, out.data(), round);
-        return Left() << out.all;
+        return written(round, [&](float* out) {
+            form(in[0].data() + 1, in[1].data() + 1, in[2].data() + 1, shift, out, round);
+        });
     });
     add(all, splitAcross, [=](Random& random, int round, auto& form) {
-        const int step = random(1, 2);
         const auto in = three(random, round);
         Guarded<float> low(static_cast<std::size_t>(round)), high(static_cast<std::size_t>(round));
-        form(in[0].data() + 2, step, low.data(), high.data(), round);
+        form(in[0].data() + 2, random(1, 2), low.data(), high.data(), round);
         return Left() << low.all << high.all;
     });
     add(all, splitDown, [=](Random& random, int round, auto& form) {
-        const bool keep = random.oneIn(2);
-        const auto in = three(random, round);
+        auto in = three(random, round);
         Guarded<float> low(static_cast<std::size_t>(round));
-        std::vector<float> squares = in[3];
-        form(in[0].data(), in[1].data(), in[2].data(), keep ? low.data() : nullptr, squares.data(), round);
-        return Left() << low.all << squares;
+        float* const kept = random.oneIn(2) ? low.data() : nullptr;
+        form(in[0].data(), in[1].data(), in[2].data(), kept, in[3].data(), round);
+        return Left() << low.all << in[3];
     });
     add(all, toLanes, [=](Random& random, int round, auto& form) {
         const auto in = three(random, round);
@@ -224,16 +221,14 @@ void addLaneLoops(std::vector<KernelCase>& all)
         return Left() << sum.sum << sum.inside;
     });
     add(all, slideLine, [](Random& random, int round, auto& form) {
-        const auto in = lanes(random, round, 32767), out = lanes(random, round, 32767);
+        const auto in = lanes(random, round, 32767);
         std::vector<short> sums(in.size(), 30000);
-        form(in.data(), out.data(), sums.data(), round);
+        form(in.data(), lanes(random, round, 32767).data(), sums.data(), round);
         return Left() << sums;
     });
     add(all, subtractStripes, [](Random& random, int round, auto& form) {
-        const auto row = static_cast<short>(random(-500, 500));
-        const auto in = lanes(random, round, 32767), columns = lanes(random, round, 500);
-        std::vector<short> picture = in;
-        form(picture.data(), columns.data(), row, round);
+        auto picture = lanes(random, round, 32767);
+        form(picture.data(), lanes(random, round, 500).data(), static_cast<short>(random(-500, 500)), round);
         return Left() << picture;
     });
 }

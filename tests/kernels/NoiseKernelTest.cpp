@@ -13,8 +13,7 @@ namespace {
 using Frame = cv::Mat_<short>;
 
 /// Calm at both ends of the range, around zero and where carries are; edges; everything.
-Frame scene(Random& random, cv::Size size)
-{
+const auto scene = [](Random& random, cv::Size size) {
     const int height = random.pick({2, 60, 600, 1600, 4095, 9000, 65535});
     const int low = random.pick({-32768, 32767 - height, -height / 2, random(-32768, 32767 - height)});
     Frame frame = random.frame<short>(size, low, low + height);
@@ -22,7 +21,7 @@ Frame scene(Random& random, cv::Size size)
         for (short& value : frame)
             value = random.oneIn(20) ? value : frame(0, 0);
     return frame;
-}
+};
 
 /// What a form leaves in a part of a larger frame.
 template <class Run>
@@ -46,20 +45,18 @@ KernelCase downsizing(const velmo::exp::Forms<Resize>& forms, cv::Size target)
 }
 
 /// The first round of a gain climbs through all levels with activities from nothing to beyond the limit.
-Frame climb(Random& random, int gain)
-{
+const auto climb = [](Random& random, int gain) {
     const auto level = [&](int, int c) { return 2 * c - 32768 + random(0, 1 + 8 * gain) * (c % 5) / 4; };
     return matrixOf<short>({32768, 6}, level);
-}
+};
 
 /// Spikes of every height.
-Frame spikes(int base)
-{
+const auto spikes = [](int base) {
     Frame in(3, 3 * 4096, static_cast<short>(base));
     for (int n = 0; n < 4096; ++n)
         in(1, 3 * n + 1) = cv::saturate_cast<short>(base + n);
     return in;
-}
+};
 
 /// A state within its limits, now and then one that a limit was lowered below.
 template <class T>
@@ -134,12 +131,11 @@ std::vector<KernelCase> noiseKernels()
         auto columns = states<int>(random, {size.width, 1}, 8192, parameters.lineLimit),
              pixels = states<int>(random, size, 256, parameters.frameLimit);
         std::vector<short> scratch;
-        return written(size,
-                       [&](Frame& out) {
-                           form(in, out, columns, pixels, parameters, scratch);
-                           form(next, out, columns, pixels, parameters, scratch);
-                       })
-               << columns << pixels;
+        Left left = written(size, [&](Frame& out) {
+            for (const Frame& frame : {in, next})
+                form(frame, out, columns, pixels, parameters, scratch);
+        });
+        return left << columns << pixels;
     }));
     return all;
 }

@@ -12,12 +12,6 @@ const auto entries = [](Random& random, std::size_t count) -> std::vector<unsign
     return {all.begin(), all.end()};
 };
 
-const auto air = [](Random& random) {
-    return MoistAir{quantity::Temperature<MarkedFloat>(
-                        MarkedFloat(random.pick({-243.12f, -250.0f, -20.0f, 20.3f, 382.0f}))),
-                    quantity::Relation<MarkedFloat>(MarkedFloat(random.pick({0.0f, 37.7f, 100.0f})))};
-};
-
 std::vector<KernelCase> paletteKernels()
 {
     std::vector<KernelCase> all;
@@ -58,7 +52,10 @@ std::vector<KernelCase> paletteKernels()
                                                     INFINITY, -INFINITY, NAN})
                                      : static_cast<float>(random(-27315, 38220)) / 100;
         Guarded<float> moisture(celsius.size());
-        form(air(random), celsius.data(), moisture.data(), celsius.size());
+        const MarkedFloat warm = random.pick({-243.12f, -250.0f, -20.0f, 20.3f, 382.0f}),
+                          percent = random.pick({0.0f, 37.7f, 100.0f});
+        form({quantity::Temperature<MarkedFloat>(warm), quantity::Relation<MarkedFloat>(percent)},
+             celsius.data(), moisture.data(), celsius.size());
         return Left() << moisture.all;
     }));
     return all;

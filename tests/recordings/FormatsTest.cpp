@@ -41,16 +41,14 @@ const auto writeAll = [](std::unique_ptr<ImageWriter> writer, const Images& imag
     writer->finish();
 };
 
-const auto expectEqual = [](const std::vector<Frame>& frames, const Images& expected,
-                            const std::string& what) {
-    ASSERT_EQ(frames.size(), expected.size()) << what;
+const auto expectEqual = [](const std::vector<Frame>& frames, const Images& wanted, const std::string& what) {
+    ASSERT_EQ(frames.size(), wanted.size()) << what;
     for (std::size_t i = 0; i < frames.size(); ++i)
-        EXPECT_TRUE(same(frames[i], expected[i])) << what << ", frame " << i;
+        EXPECT_TRUE(same(frames[i], wanted[i])) << what << ", frame " << i;
 };
 
 /// Regions of larger frames, so that rows are padded; each has the values at which bytes and signs change.
-Images paddedFrames()
-{
+const auto paddedFrames = []() {
     Images frames;
     for (int i = 0; i < 3; ++i) {
         cv::Mat large(9, 11, CV_16U);
@@ -61,7 +59,7 @@ Images paddedFrames()
             frames.back().at<unsigned short>(i, x++) = static_cast<unsigned short>(value);
     }
     return frames;
-}
+};
 
 TEST_F(Formats, OfCountsGiveEveryBitBackAndTheUnit)
 {
@@ -80,8 +78,7 @@ TEST_F(Formats, OfCountsGiveEveryBitBackAndTheUnit)
 }
 
 /// A TIFF of other programs: high byte first, packed, in tiles, with a thumbnail between the pages.
-void writeForeignTiff(const std::string& path, const Images& pages)
-{
+const auto writeForeignTiff = [](const std::string& path, const Images& pages) {
     TIFF* const tiff = TIFFOpen(path.c_str(), "wb");
     for (std::size_t i = 0; i < 2 * pages.size(); ++i) {
         const bool thumbnail = i % 2 == 0;
@@ -93,8 +90,8 @@ void writeForeignTiff(const std::string& path, const Images& pages)
         TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
         TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
         TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
-        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
-        TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+        for (const auto tag : {TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH})
+            TIFFSetField(tiff, tag, 16);
         cv::Mat whole(32, 32, page.type(), cv::Scalar::all(77));
         page.copyTo(whole(cv::Rect({}, page.size())));
         for (int y = 0; y < page.rows; y += 16)
@@ -106,7 +103,7 @@ void writeForeignTiff(const std::string& path, const Images& pages)
         TIFFWriteDirectory(tiff);
     }
     TIFFClose(tiff);
-}
+};
 
 TEST_F(Formats, ReadEveryPageOfATiffAndNoThumbnail)
 {

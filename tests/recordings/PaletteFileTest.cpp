@@ -10,11 +10,10 @@ using PaletteFile = FilesTest;
 
 TEST_F(PaletteFile, ThatHoldsNoneIsRefusedByName)
 {
-    for (const char* text : {"", "no XML", "<group name=\"empty\"></group>",
-                             "<group name=\"g\"><item name=\"Half\" type=\"uint8[]\">1 2</item></group>",
-                             "<group name=\"g\"><item name=\"Word\" type=\"string\">red</item></group>"})
-        EXPECT_THAT(refusal([&] { loadPaletteFile(put("a.xml", text)); }).message, HasSubstr("a.xml"))
-            << text;
+    for (const char* xml : {"", "no XML", "<group name=\"empty\"></group>",
+                            "<group name=\"g\"><item name=\"Half\" type=\"uint8[]\">1 2</item></group>",
+                            "<group name=\"g\"><item name=\"Word\" type=\"string\">red</item></group>"})
+        EXPECT_THAT(refusal([&] { loadPaletteFile(put("a.xml", xml)); }).message, HasSubstr("a.xml")) << xml;
     for (const char* name : {"missing.xml", ""})
         EXPECT_THROW(loadPaletteFile(path(name)), Exception) << name;
 }

@@ -2,8 +2,6 @@
 #include "recordings/ThreadedSink.h"
 #include "tests/Support.h"
 
-#include <opencv2/imgcodecs.hpp>
-
 #include <chrono>
 #include <thread>
 

@@ -17,11 +17,13 @@ TEST(Range, IsOfThePixelsThatItsRuleNames)
     Frame frame = matrixOf<unsigned short>({1000, 1}, [](int, int column) { return 10000 + column; });
     frame(0, 0) = 0;
     frame(0, 999) = 65535;
-    EXPECT_EQ(rangeOf("p0:p100", frame), std::pair(0, 65535));
-    EXPECT_EQ(rangeOf("p1:p99", frame), std::pair(10009, 10989));
-    EXPECT_EQ(rangeOf("p0.5:p50", frame), std::pair(10004, 10499));
-    EXPECT_EQ(rangeOf("auto", frame), std::pair(10001, 10997)); // 0.2 percent at either end
-    EXPECT_EQ(rangeOf("29000:30000", frame), std::pair(29000, 30000));
+    const std::tuple<const char*, int, int> rules[] = {{"p0:p100", 0, 65535},
+                                                       {"p1:p99", 10009, 10989},
+                                                       {"p0.5:p50", 10004, 10499},
+                                                       {"auto", 10001, 10997},
+                                                       {"29000:30000", 29000, 30000}};
+    for (const auto& [rule, low, high] : rules) // automatically 0.2 percent at either end are left out
+        EXPECT_EQ(rangeOf(rule, frame), std::pair(low, high)) << rule;
     Frame wide(4, 40, static_cast<unsigned short>(60000));
     wide(cv::Rect(0, 0, 20, 4)) = 300;
     EXPECT_EQ(rangeOf("p0:p100", wide(cv::Rect(0, 0, 20, 4))), std::pair(300, 300)); // rows are padded
@@ -46,8 +48,7 @@ TEST(Range, AutomaticGlidesAndJumpsToAnotherScene)
         rule.of(between(1080, 2160));
     EXPECT_EQ(rule.of(between(1080, 2160)).high, 2160);
     EXPECT_EQ(rule.of(between(1600, 2700)).low, 1600); // has but a third in common with the last one
-    EXPECT_EQ(rule.of(between(1080, 9000)).high, 9000);
-    EXPECT_EQ(rule.of(between(30000, 30900)).low, 30000);
+    EXPECT_TRUE(rule.of(between(1080, 9000)).high == 9000 && rule.of(between(30000, 30900)).low == 30000);
 }
 
 TEST(Range, LockIsThatOfTheFirstFramesTogether)

@@ -4,11 +4,10 @@
 #include "tests/camera/Support.h"
 
 /// A slope of `rise` counts a pixel from the left to the right, with white noise.
-const auto slope = [](double level, double rise, double noise, unsigned seed = 1) {
-    std::mt19937 random(seed);
+const auto slope = [](double base, double rise, double noise, unsigned seed = 1) {
+    std::mt19937 rng(seed);
     std::normal_distribution<double> of(0, 1);
-    return matrixOf<unsigned short>({128, 96},
-                                    [&](int, int x) { return level + rise * x + noise * of(random); });
+    return matrixOf<unsigned short>({128, 96}, [&](int, int x) { return base + rise * x + noise * of(rng); });
 };
 
 const auto deviationOf = [](const cv::Mat& values) {

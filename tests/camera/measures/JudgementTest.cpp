@@ -31,8 +31,7 @@ Filter late()
 }
 
 /// Boxes in noise, and one that moves.
-std::vector<Frame> recording()
-{
+const auto recording = []() {
     const cv::Size size(96, 72);
     const auto at = [&](int time) {
         cv::Mat_<float> scene(size, 8000.0F);
@@ -41,19 +40,18 @@ std::vector<Frame> recording()
         return scene;
     };
     return Simulation({"", false, at}, {4, true}, size, 48).frames();
-}
+};
 
 TEST(Judgement, AFilterThatDoesNothingLeavesEverythingAsItIs)
 {
     const Judgement figures = judge(idle, recording(), 5);
     for (const double share : {figures.edges, figures.contrast15, figures.contrast300, figures.patch})
         EXPECT_DOUBLE_EQ(share, 1);
-    for (const double nothing :
-         {figures.bias, figures.biasOfMost, figures.ghosting, figures.trail30, figures.ahead})
+    for (const double nothing : {figures.bias, figures.biasOfMost, figures.ghosting, figures.trail30,
+                                 figures.ahead, figures.unchanged})
         EXPECT_DOUBLE_EQ(nothing, 0);
     EXPECT_NEAR(figures.halves, 4 * std::sqrt(2.0), 0.5); // slow noise of two frames that are far apart
     EXPECT_NEAR(figures.still, 3.2, 0.3); // in 43 frames slow noise shows two thirds of its variance
-    EXPECT_EQ(figures.unchanged, 0);
 }
 
 TEST(Judgement, NoFilterThatFreezesBlursOrLagsPassesForAGoodOne)
@@ -62,9 +60,8 @@ TEST(Judgement, NoFilterThatFreezesBlursOrLagsPassesForAGoodOne)
     const Judgement before = judge(idle, frames, 5), freezing = judge(frozen, frames, 5),
                     blurring = judge(blurred, frames, 5), lagging = judge(late, frames, 5);
     EXPECT_TRUE(freezing.slow == 0 && freezing.unchanged == 1); // what it seems to be good at
-    EXPECT_GT(freezing.halves, 0.95 * before.halves);
+    EXPECT_TRUE(freezing.halves > 0.95 * before.halves && freezing.ghosting > 0.5);
     EXPECT_LT(std::max(freezing.contrast300, freezing.patch), 0.1);
-    EXPECT_GT(freezing.ghosting, 0.5);
 
     EXPECT_LT(blurring.slow, 0.4 * before.slow);
     EXPECT_TRUE(blurring.edges < 0.7 && blurring.contrast30 < 0.9 && blurring.ghosting > 0.1);
@@ -89,8 +86,7 @@ TEST(Judgement, WhoeverKnowsTheFramesToComeIsFoundOut)
     const std::vector<Frame> frames = recording();
     std::size_t runs = 0; // the first run is the one over the whole recording: that one knows the last frame
     const auto prophet = [&] {
-        return
-            [first = runs++ == 0, &frames](Frame& frame) { frame = first ? frames.back().clone() : frame; };
+        return [all = runs++ == 0, &frames](Frame& frame) { frame = all ? frames.back().clone() : frame; };
     };
     EXPECT_EQ(trialsOf(prophet, frames).ahead, 1);
 }

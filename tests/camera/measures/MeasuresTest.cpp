@@ -59,8 +59,7 @@ TEST_F(Measures, SlowNoiseIsNotLostBetweenConsecutiveFrames)
 TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
 {
     const cv::Mat_<double> steps = normals(1, 30);
-    const NoiseFigures figures =
-        figuresOf([&](int, int row, int column) { return 9000 + 5 * row + steps(0, column); });
+    const NoiseFigures figures = figuresOf([&](int, int y, int x) { return 9000 + 5 * y + steps(0, x); });
     // The average over nine columns holds a ninth of the column itself.
     EXPECT_NEAR(figures.columns, 30 * std::sqrt(8.0 / 9), 6);
     EXPECT_TRUE(figures.rows < 1 && figures.pattern < 6 && figures.temporal == 0);
@@ -78,8 +77,7 @@ TEST_F(Measures, PatternIsWhatStaysPerPixel)
 
 TEST_F(Measures, DriftIsTheWayOfTheLevelAndTooFewFramesShowNone)
 {
-    const NoiseFigures figures =
-        figuresOf([](int frame, int, int column) { return 9000 + 2 * frame + 7 * column; }, 11);
+    const NoiseFigures figures = figuresOf([](int n, int, int x) { return 9000 + 2 * n + 7 * x; }, 11);
     EXPECT_NEAR(figures.drift, 20, 1e-9);
     EXPECT_TRUE(figures.low == 9000 && figures.high == 9000 + 20 + 7 * 79);
 
@@ -93,12 +91,11 @@ TEST_F(Measures, DriftIsTheWayOfTheLevelAndTooFewFramesShowNone)
 }
 
 /// A bright bar of 12 columns that moves 3 columns per frame.
-Frame barAt(int frame)
-{
+const auto barAt = [](int frame) {
     Frame picture(20, 90, static_cast<unsigned short>(9000));
     picture.colRange(10 + 3 * frame, 22 + 3 * frame) = 9600;
     return picture;
-}
+};
 
 TEST(Fidelity, IsThatOfEdgesAndOfWhatLagsBehind)
 {

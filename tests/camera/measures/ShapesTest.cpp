@@ -67,9 +67,8 @@ TEST(Shape, IsRefusedWithTheValueAndTheLimit)
         [](Kind kind, const char* text) { Shape::parse(kind, text).runs(frameSize, "hot"); });
 }
 
-using Shapes = std::vector<std::pair<Kind, const char*>>;
-
-ShapeMeter meterOf(const std::string& unit, const Shapes& shapes, Degrees degrees = {})
+ShapeMeter meterOf(const std::string& unit, const std::vector<std::pair<Kind, const char*>>& shapes,
+                   Degrees degrees = {})
 {
     ShapeMeter meter(Thermometer(Scale::parse(unit), degrees), true);
     for (const auto& [kind, text] : shapes)
@@ -77,15 +76,9 @@ ShapeMeter meterOf(const std::string& unit, const Shapes& shapes, Degrees degree
     return meter;
 }
 
-/// Least, greatest, mean, deviation and three percentiles.
-const auto numbersOf = [](const Figures& of) -> std::vector<double> {
-    return {of.low, of.high, of.mean, of.deviation, of.p5, of.p50, of.p95};
-};
-
 TEST(ShapeMeter, MeasuresAsTheThermometerReads)
 {
-    ShapeMeter meter =
-        meterOf("decikelvin", {{Kind::Box, "1,0,5,1"}, {Kind::Spot, "0,1"}, {Kind::Box, "0,0,3,2"}});
+    auto meter = meterOf("decikelvin", {{Kind::Box, "1,0,5,1"}, {Kind::Spot, "0,1"}, {Kind::Box, "0,0,3,2"}});
     // Tenths of a kelvin: 2931.5 is 20 degrees Celsius. The first row without its first pixel is
     // 20, 25, 25, 35 and 15 degrees less a twentieth.
     meter.measure((Frame(2, 6) << 0, 2931, 2981, 2981, 3081, 2881, 2831, 0, 0, 0, 0, 0));
@@ -94,7 +87,7 @@ TEST(ShapeMeter, MeasuresAsTheThermometerReads)
     EXPECT_EQ(all[0].name + all[1].name + all[2].name, "box1spot1box2");
     const Figures& box = all[0].figures;
     // The deviation is the root of 44; the first percentile a fifth of the way from 14.95 to 19.95.
-    EXPECT_THAT(numbersOf(box),
+    EXPECT_THAT((std::vector{box.low, box.high, box.mean, box.deviation, box.p5, box.p50, box.p95}),
                 Pointwise(DoubleNear(1e-5), {14.95, 34.95, 23.95, 6.63324958, 15.95, 24.95, 32.95}));
     EXPECT_TRUE(box.pixels == 5 && box.without == 0);
     EXPECT_TRUE(box.lowAt == cv::Point(5, 0) && box.highAt == cv::Point(4, 0));

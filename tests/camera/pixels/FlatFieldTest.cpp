@@ -4,8 +4,6 @@
 #include "camera/stages/Chain.h"
 #include "tests/camera/Support.h"
 
-namespace {
-
 using Planes = std::vector<cv::Mat_<float>>;
 
 TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
@@ -45,8 +43,7 @@ TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
             // What most pixels read of the shutter is some counts off by chance, and their gains are.
             const double off = cv::mean(frame)[0] - cv::mean(scene)[0];
             EXPECT_NEAR(off, 0, 30 + 0.005 * std::abs(level - 8000));
-            EXPECT_LE(cv::norm(cv::Mat_<double>(frame) - off, scene, cv::NORM_INF), spread > 0 ? 12 : 1)
-                << level;
+            EXPECT_LE(cv::norm(cv::Mat_<double>(frame) - off, scene, cv::NORM_INF), spread > 0 ? 12 : 1);
         }
     }
 }
@@ -54,10 +51,9 @@ TEST(FlatField, CorrectsOffsetsAndGainsWithoutATieToTheLevelOfTheShutter)
 TEST(FlatField, ClampsAndSaysWhichSizesDiffer)
 {
     Calibration calibration;
-    calibration.flatOrigin = "wall.npy";
-    const auto plane = [](float a, float b, float c) { return cv::Mat_<float>({1, 3}, {a, b, c}); };
-    calibration.flat =
-        FlatField::fromPlanes({plane(100, 200, 300), plane(2, 1, 1), plane(0, 0, 0)}, "wall.npy");
+    calibration.flatOrigin = "w.npy";
+    const auto row = [](float a, float b, float c) { return cv::Mat_<float>({1, 3}, {a, b, c}); };
+    calibration.flat = FlatField::fromPlanes({row(100, 200, 300), row(2, 1, 1), row(0, 0, 0)}, "w.npy");
     Chain chain({}, calibration);
     Frame frame = (Frame(1, 3) << 0, 5, 65535);
     chain.apply(frame);
@@ -66,8 +62,7 @@ TEST(FlatField, ClampsAndSaysWhichSizesDiffer)
     chain.apply(frame);
     EXPECT_THAT(frame, ElementsAre(300, 65535, 0));
     Frame other(2, 2);
-    EXPECT_EQ(refusal([&] { chain.apply(other); }).message,
-              "wall.npy: a flat field of 3x1 for frames of 2x2");
+    EXPECT_EQ(refusal([&] { chain.apply(other); }).message, "w.npy: a flat field of 3x1 for frames of 2x2");
     calibration.badPixels = {{{3, 0}, {}}};
     calibration.flat.defects(0) = 1;
     EXPECT_THAT(refusal([&] { Chain({}, calibration); }).message,
@@ -96,5 +91,3 @@ TEST(FlatField, RefusesWhatIsNone)
     learner.addOther(Frame(24, 32, 8000));
     EXPECT_THAT(refusal([&] { learner.learn(); }).message, HasSubstr("no gains can be learnt"));
 }
-
-} // namespace

@@ -3,8 +3,6 @@
 #include "tests/camera/Support.h"
 #include "tests/kernels/KernelTest.h"
 
-namespace {
-
 TEST(PixelStatistics, HaveKernelsThatLeaveTheBitsOfTheirPlainForms)
 {
     const auto lines = [](Random& random, int count) {
@@ -35,13 +33,12 @@ TEST(PixelStatistics, HaveKernelsThatLeaveTheBitsOfTheirPlainForms)
 }
 
 /// The mean of what one series is off its own mean, times what another is, to some power.
-double moment(const std::vector<double>& one, const std::vector<double>& other, int power = 1)
-{
+const auto moment = [](const std::vector<double>& one, const std::vector<double>& other, int power = 1) {
     double sum = 0;
     for (std::size_t n = 0; n < one.size(); ++n)
         sum += (one[n] - cv::mean(one)[0]) * std::pow(other[n] - cv::mean(other)[0], power);
     return sum / static_cast<double>(one.size());
-}
+};
 
 TEST(PixelStatistics, AreTheMomentsOfEachPixelInTime)
 {
@@ -84,5 +81,3 @@ TEST(PixelStatistics, RefuseFramesThatDoNotBelongTogether)
     statistics.add(Frame(6, 6, 1));
     EXPECT_THROW(statistics.add(Frame(6, 7)), Exception);
 }
-
-} // namespace

@@ -36,9 +36,8 @@ TEST(Chain, KeepsCalmFramesOfAnyValue)
     for (int i = 0; i < 3; ++i) {
         Frame frame = wideFrame();
         chain.apply(frame);
-        for (const auto& [first, last, most] : {std::tuple(0, 95, 0), {95, 198, 6}, {202, 240, 0}})
-            EXPECT_LE(cv::norm(frame.colRange(first, last), wideFrame().colRange(first, last), cv::NORM_INF),
-                      most);
+        for (const auto& [from, to, most] : {std::tuple(0, 95, 0), {95, 198, 6}, {202, 240, 0}})
+            EXPECT_LE(cv::norm(frame.colRange(from, to), wideFrame().colRange(from, to), cv::NORM_INF), most);
     }
     EXPECT_GT(chain.microseconds(0), 0);
 }

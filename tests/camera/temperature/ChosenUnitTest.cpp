@@ -2,8 +2,6 @@
 
 #include "tests/camera/Support.h"
 
-using testing::AllOf;
-
 using Choices = std::vector<std::pair<const char*, const char*>>;
 
 const auto chosen = [](const Choices& choices, const std::string& recorded = "centikelvin") {
@@ -44,7 +42,8 @@ TEST(ChosenUnit, ReadsObjectsAsTheirSurroundingsLeaveThem)
     EXPECT_NEAR(mirror.thermometer.read(17917), 23.874081 * 1.8 + 32, 1e-4);
     EXPECT_THAT(
         chosen({{"temperature/emissivity", "0.9"}, {"temperature/window", "0.8:5"}}, heron).radiometry,
-        AllOf(HasSubstr("0.9 mirror 20.0 °C"), HasSubstr("window of 5.0 °C"), HasSubstr("band 1501,1")));
+        testing::AllOf(HasSubstr("0.9 mirror 20.0 °C"), HasSubstr("window of 5.0 °C"),
+                       HasSubstr("band 1501,1")));
 }
 
 TEST(ChosenUnit, RefusesWhatContradictsItselfOrSaysNothing)

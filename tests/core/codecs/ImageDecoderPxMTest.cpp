@@ -55,15 +55,13 @@ struct PxM : FilesTest
 TEST_F(PxM, ReadsWhatTheNetpbmToolsWrite)
 {
     // A row of every value from 0 to MAXVAL.
-    for (const int maxValue : {2, 9, 255, 256, 4095, 65535}) {
-        Samples values(static_cast<std::size_t>(maxValue) + 1);
+    for (const int most : {2, 9, 255, 256, 4095, 65535}) {
+        Samples values(static_cast<std::size_t>(most) + 1);
         std::iota(values.begin(), values.end(), static_cast<unsigned short>(0));
         for (const char* form : mg_aForms) {
-            const cv::Mat image =
-                madeBy("pamseq 1 " + std::to_string(maxValue) + " -tupletype=GRAYSCALE" + form);
-            EXPECT_EQ(image.type(), CV_16UC1);
-            EXPECT_EQ(image.rows, 1);
-            EXPECT_EQ(samplesOf(image), values) << maxValue << form;
+            const cv::Mat image = madeBy("pamseq 1 " + std::to_string(most) + " -tupletype=GRAYSCALE" + form);
+            EXPECT_TRUE(image.type() == CV_16UC1 && image.rows == 1);
+            EXPECT_EQ(samplesOf(image), values) << most << form;
         }
     }
     // Every triple of 0, 1, 2; blue runs fastest.
@@ -90,13 +88,11 @@ TEST_F(PxM, ReadsWhatTheNetpbmToolsWrite)
 TEST_F(PxM, DecodesARegionAsTheNetpbmToolsCutIt)
 {
     const cv::Rect region(3, 1, 7, 2);
-    for (const char* row : {"pamseq 1 19 -tupletype=GRAYSCALE", "pamseq 1 999 -tupletype=GRAYSCALE",
-                            "pamseq 3 2 -tupletype=RGB"})
+    for (const std::string row : {"pamseq 1 19 -tupletype=GRAYSCALE", "pamseq 1 999 -tupletype=GRAYSCALE",
+                                  "pamseq 3 2 -tupletype=RGB"})
         for (const char* form : mg_aForms) {
-            const std::string rows =
-                std::string(row) + " | pamtopnm >a; pamflip -lr a >b; pnmcat -tb a b b a";
-            const Samples cut =
-                samplesOf(madeBy(rows + " | pamcut -left 3 -top 1 -width 7 -height 2" + form));
+            const std::string rows = row + " | pamtopnm >a; pamflip -lr a >b; pnmcat -tb a b b a";
+            const auto cut = samplesOf(madeBy(rows + " | pamcut -left 3 -top 1 -width 7 -height 2" + form));
             ASSERT_EQ(madeBy(rows + form).rows, 4);
             EXPECT_EQ(samplesOf(grabbed(&region)), cut) << rows << form;
         }

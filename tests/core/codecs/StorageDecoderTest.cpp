@@ -138,8 +138,7 @@ TEST(StorageDecoderXml, ReadsGroupsAndItems)
                "  <item name=\"raw\" type=\"string\"><![CDATA[ <a&b> ]]></item>\n"
                "  <item name=\"twice\" type=\"int8\">1</item><item name=\"twice\" type=\"bool\">true</item>\n"
                "<?XML?></group><?d ?>\n");
-    EXPECT_EQ(name, "Site & more");
-    EXPECT_EQ(storage.size(), 4u);
+    EXPECT_TRUE(name == "Site & more" && storage.size() == 4) << name;
     EXPECT_EQ(storage.get("gain")->value<std::uint16_t>(), 12);
     EXPECT_EQ(storage.get("lens/label")->value<std::string>(), "35\xC2\xB0 <wide> \xC3\xA4");
     EXPECT_EQ(storage.get("lens/empty")->value<Storage>().size(), 0u);
@@ -354,8 +353,7 @@ TEST(StorageDecoderIni, ReadsSectionsAndValuesOfTheTypeThatFits)
                "colour = 255, 0,7\ntext = a = b; c\nbeyond = 1,256\nopen = 1,2,\nword = inf\nnone =\n"
                "sub/key = 007\n[empty]\n[site]\nname = True",
                ini);
-    EXPECT_EQ(name, "");
-    EXPECT_EQ(storage.size(), 3u);
+    EXPECT_TRUE(name.empty() && storage.size() == 3) << name;
     EXPECT_TRUE(storage.get("top")->value<bool>());
     EXPECT_EQ(storage.get("site/lens/count")->value<std::int64_t>(), INT64_MIN);
     EXPECT_EQ(storage.get("site/lens/large")->value<double>(), 9223372036854775808.0);

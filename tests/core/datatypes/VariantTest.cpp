@@ -11,12 +11,11 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Storage = DataStorage<std::string>;
 
-Bytes serialized(const std::shared_ptr<Variant>& value, Endian endian)
-{
+const auto serialized = [](const std::shared_ptr<Variant>& value, Endian endian) {
     Bytes bytes(value->serialize(endian, nullptr));
     EXPECT_EQ(value->serialize(endian, reinterpret_cast<char*>(bytes.data())), bytes.size());
     return bytes;
-}
+};
 
 /// Created from an lvalue, with and without its type named.
 template <class... T>
@@ -73,10 +72,9 @@ TEST(Variant, SaysWhatKindOfTypeItHolds)
                      value->isIntegral() || value->isFloatingPoint() || value->isConst());
         EXPECT_TRUE(value->isClass() && value->isStreamable() && value->isEqualComparable() &&
                     value->isSerializable());
-        const Refusal expected{value->getTypeInfo().name() + std::string(" is not convertible to "),
-                               "convert"};
-        EXPECT_EQ(refusal([&] { value->toDouble(); }), (Refusal{expected.message + "d", "convert"}));
-        EXPECT_EQ(refusal([&] { value->toBool(); }), (Refusal{expected.message + "b", "convert"}));
+        const Refusal wanted{value->getTypeInfo().name() + std::string(" is not convertible to "), "convert"};
+        EXPECT_EQ(refusal([&] { value->toDouble(); }), (Refusal{wanted.message + "d", "convert"}));
+        EXPECT_EQ(refusal([&] { value->toBool(); }), (Refusal{wanted.message + "b", "convert"}));
     }
     EXPECT_TRUE(bytes->isContainer() && real->isArithmetic() && real->isFundamental() &&
                 real->isFloatingPoint() && Variant::create(1)->isIntegral());
@@ -144,9 +142,9 @@ TEST(Variant, RefusesTextThatIsNotWhollyAValue)
 
 TEST(Variant, ConvertsNumbersWithinTheirRange)
 {
-    EXPECT_EQ(Variant::create(255)->toUnsignedInt8(), 255);
+    EXPECT_TRUE(Variant::create(255)->toUnsignedInt8() == 255 &&
+                Variant::create(-0.9)->toUnsignedInt8() == 0);
     EXPECT_EQ(Variant::create(-2.9)->toSignedInt8(), -2);
-    EXPECT_EQ(Variant::create(-0.9)->toUnsignedInt8(), 0);
     EXPECT_EQ(Variant::create(32767.9)->toSignedInt16(), 32767);
     EXPECT_EQ(Variant::create(-9223372036854775808.0)->toSignedInt64(), INT64_MIN);
     EXPECT_EQ(Variant::create(true)->toFloat(), 1.0f);

@@ -44,9 +44,8 @@ TEST(BadPixelHistogram, SaysNothingOfAPeakAtAnEnd)
         const Frame line = row(10, {other, other, other, other}, static_cast<short>(most));
         for (const int rows : {1, 200}) { // fewer pixels than values, and more
             Map map;
-            EXPECT_EQ(Tools::detectBadPixelHistogram(cv::repeat(line, rows, 1), map, 1),
-                      flagged * static_cast<unsigned>(rows))
-                << most << ", " << rows;
+            const unsigned long found = Tools::detectBadPixelHistogram(cv::repeat(line, rows, 1), map, 1);
+            EXPECT_EQ(found, flagged * static_cast<unsigned>(rows)) << most << ", " << rows;
         }
     }
 }

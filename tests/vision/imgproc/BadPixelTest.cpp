@@ -107,8 +107,7 @@ TEST_F(BadPixelFile, HoldsAtMost65535Records)
     std::vector<BadPixel> records(65535, mg_oRecord);
     records.back().pixel.x = 77;
     const cv::Mat image = BadPixelTools::convertBadPixelToPxmFormat(records);
-    EXPECT_EQ(image.rows, 65535);
-    EXPECT_EQ(image.at<short>(65534, 0), 77);
+    EXPECT_TRUE(image.rows == 65535 && image.at<short>(65534, 0) == 77);
     records.emplace_back();
     EXPECT_THROW(BadPixelTools::convertBadPixelToPxmFormat(records), Exception);
     EXPECT_EQ(loaded(pgm(65535, 10, std::string(65535 * 20, '\0'))).size(), 65535U);

@@ -17,24 +17,22 @@ const auto black = [](int rows, int cols) { return Canvas(rows, cols, Color(0, 0
 const auto one = [](const Points& points) -> Components { return {{1, ConnectedComponent(points, 1)}}; };
 
 /// The colours that the generator holds next, in the order in which components get them.
-std::vector<Color> nextColors(std::size_t count)
-{
+const auto nextColors = [](std::size_t count) {
     cv::RNG ahead = cv::theRNG();
     std::vector<Color> colors(count);
     for (Color& color : colors)
         for (int n = 0; n < 3; ++n)
             color[n] = static_cast<unsigned char>(ahead.next());
     return colors;
-}
+};
 
-Points painted(const Canvas& canvas)
-{
+const auto painted = [](const Canvas& canvas) {
     cv::Mat dark;
     cv::inRange(canvas, cv::Scalar::all(0), cv::Scalar::all(0), dark);
     Points points;
     cv::findNonZero(dark == 0, points);
     return points;
-}
+};
 
 template <void (*draw)(Canvas&, const Components&, bool)>
 Points drawn(const Points& points, int rows, int cols)
@@ -161,8 +159,7 @@ TEST_F(ComponentDrawing, OutlinesHulls)
 
     // Of what reaches left or above, the part on the canvas.
     for (const int far : {4, 8, 100000})
-        EXPECT_EQ(withHull({{7 - far, 3 - far}, {7, 3}}, 6, 8), (Points{{4, 0}, {5, 1}, {6, 2}, {7, 3}}))
-            << far;
+        EXPECT_EQ(withHull({{7 - far, 3 - far}, {7, 3}}, 6, 8), (Points{{4, 0}, {5, 1}, {6, 2}, {7, 3}}));
     EXPECT_EQ(withHull({{2, 3}, {5, 3}}, 6, 8), (Points{{2, 3}, {3, 3}, {4, 3}, {5, 3}}));
     EXPECT_TRUE(withHull({{2, 3}}, 6, 8).empty());
     EXPECT_TRUE(withHull({}, 6, 8).empty());

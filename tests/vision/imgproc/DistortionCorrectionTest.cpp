@@ -54,8 +54,8 @@ TEST_F(Distortion, ReadsRecordsRowByRow)
     const Records records{{0, 1, 2, 3, 4},      {2, 65535, 6, 7, 8}, {-1, 9, 9, 9, 9},
                           {-2, 10, 11, 12, 13}, {-3, 0, 0, 0, 0},    {0, 14, 15, 16, 17}};
     EXPECT_EQ(loaded(map, 2, 3), records);
-    EXPECT_EQ(DistortionCorrection(DistortionCorrection(map, 0, 0).getPixelCorrInfo()).getPixelCorrInfo(),
-              records);
+    const DistortionCorrection fromFile(map, 0, 0);
+    EXPECT_EQ(DistortionCorrection(fromFile.getPixelCorrInfo()).getPixelCorrInfo(), records);
     EXPECT_EQ(loaded(file(1, 1, {{0, 0, 0, 0, 0, 0}})), Records(1));
     for (const PixelCorrInfo& other : {PixelCorrInfo(1, 1, 2, 3, 4), PixelCorrInfo(0, 1, 2, 3, 5)})
         EXPECT_NE(records[0], other);

@@ -3,8 +3,6 @@
 #include "tests/Support.h"
 #include "tests/vision/imgproc/Filters.h"
 
-namespace {
-
 struct EveryFilter : testing::TestWithParam<FilterKind>
 {
     /// Sizes that it takes: rows and columns alone, and such that pairs and fours of pixels span rows.
@@ -37,8 +35,6 @@ struct EveryFilter : testing::TestWithParam<FilterKind>
     cv::RNG random{7};
 };
 
-} // namespace
-
 TEST_P(EveryFilter, ReadsAndWritesViewsAndNothingAroundThem)
 {
     for (const cv::Size size : sizes()) {
@@ -67,14 +63,13 @@ TEST_P(EveryFilter, GivesTheResultOfTheUntouchedInputWhereverTheOutputLies)
     if (kind.bInPlace)
         return;
     for (const cv::Size size : sizes()) {
-        const cv::Mat first = frame(size), second = frame(size);
+        const cv::Mat first = frame(size), next = frame(size);
         std::any straight = kind.filter;
         result(straight, first);
-        const cv::Mat expected = result(straight, second);
-        const std::size_t inRow = second.cols * second.elemSize(),
-                          outRow = expected.cols * expected.elemSize();
+        const cv::Mat expected = result(straight, next);
+        const std::size_t inRow = next.cols * next.elemSize(), outRow = expected.cols * expected.elemSize();
         const std::size_t shared = (std::max(inRow, outRow) + 12) / 2 * 2;
-        const std::size_t bytes = shared * (std::max(second.rows, expected.rows) + 2);
+        const std::size_t bytes = shared * (std::max(next.rows, expected.rows) + 2);
         for (const auto& [inStep, outStep] :
              {std::pair(inRow, outRow), {shared, shared}, {shared, outRow}, {inRow, shared}})
             for (const std::size_t shift :
@@ -84,51 +79,38 @@ TEST_P(EveryFilter, GivesTheResultOfTheUntouchedInputWhereverTheOutputLies)
                     std::vector<std::uint16_t> buffer(3 * bytes / 2 + 3, 0x6363);
                     unsigned char* const begin = reinterpret_cast<unsigned char*>(buffer.data()) + bytes;
                     cv::Mat in(size, kind.type, begin, inStep);
-                    second.copyTo(in);
+                    next.copyTo(in);
                     cv::Mat out(expected.size(), expected.type(), begin + offset, outStep);
                     std::any filter = kind.filter;
                     result(filter, first);
                     kind.process(filter, in, out);
                     ASSERT_EQ(out.data, begin + offset);
-                    ASSERT_TRUE(same(out, expected))
-                        << size << ", steps " << inStep << " and " << outStep << ", offset " << offset;
+                    ASSERT_TRUE(same(out, expected)) << size << inStep << ' ' << outStep << ' ' << offset;
                 }
     }
 }
 
-TEST_P(EveryFilter, GoesOnFromTheSameStateInItsCopies)
+TEST_P(EveryFilter, IsAsNewAfterAMoveAndItsHeirsAndCopiesGoOnEachForItself)
 {
     const cv::Size size = sizes().back();
     const cv::Mat frames[] = {frame(size), frame(size), frame(size)};
-    std::any original = kind.filter, untouched = kind.filter;
-    result(original, frames[0]);
-    result(untouched, frames[0]);
-    std::any copy = original, assigned = kind.filter;
-    result(assigned, frames[2]);
-    kind.copy(assigned, original);
-    kind.copy(assigned, assigned);
-    result(original, frames[2]); // none of their business
-    const cv::Mat expected = result(untouched, frames[1]);
-    EXPECT_TRUE(same(result(copy, frames[1]), expected));
-    EXPECT_TRUE(same(result(assigned, frames[1]), expected));
-}
-
-TEST_P(EveryFilter, IsAsNewAfterAMoveAndItsHeirGoesOn)
-{
-    const cv::Size size = sizes().back();
-    const cv::Mat frames[] = {frame(size), frame(size)};
     std::any original = kind.filter, fresh = kind.filter, untouched = kind.filter;
     result(original, frames[0]);
     result(untouched, frames[0]);
     const cv::Mat next = result(untouched, frames[1]), first = result(fresh, frames[1]);
 
-    std::any heir = kind.moved(original), second = kind.filter;
+    std::any copy = original, assigned = kind.filter, second = kind.filter;
+    result(assigned, frames[2]);
+    kind.copy(assigned, original);
+    kind.copy(assigned, assigned);
+    std::any heir = kind.moved(original);
     EXPECT_TRUE(same(result(original, frames[1]), first));
     EXPECT_TRUE(same(result(original, frames[0]), result(fresh, frames[0])));
     result(second, frames[1]);
     kind.move(second, heir);
     EXPECT_TRUE(same(result(heir, frames[1]), first));
-    EXPECT_TRUE(same(result(second, frames[1]), next));
+    for (std::any* each : {&second, &copy, &assigned})
+        EXPECT_TRUE(same(result(*each, frames[1]), next));
 }
 
 TEST_P(EveryFilter, StartsAnewWithAnotherSizeAndTakesEmptyFrames)

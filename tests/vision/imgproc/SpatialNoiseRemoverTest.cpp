@@ -32,21 +32,19 @@ TEST(SpatialNoiseRemover, KeepsEdgesAndConstantFrames)
     EXPECT_TRUE(same(smoothed(31, edge), edge));
     for (const short value : {-32768, -1, 0, 1, 12345, 32767})
         for (const int gain : {1, 8, 31})
-            EXPECT_TRUE(same(smoothed(gain, Frame(5, 7, value)), Frame(5, 7, value)))
-                << value << ", gain " << gain;
+            EXPECT_TRUE(same(smoothed(gain, Frame(5, 7, value)), Frame(5, 7, value))) << value << gain;
 }
 
 TEST(SpatialNoiseRemover, RefusesGainsOutsideItsRange)
 {
     const Frame in = (Frame(1, 3) << 0, 90, 0);
     Frame out;
-    SpatialNoiseRemover filter(30);
-    EXPECT_TRUE(filter.setGain(SpatialNoiseRemover::s32MaxGain) && !filter.setGain(32) &&
-                !filter.setGain(-1));
-    filter.process(in, out);
+    SpatialNoiseRemover one(30);
+    EXPECT_TRUE(one.setGain(SpatialNoiseRemover::s32MaxGain) && !one.setGain(32) && !one.setGain(-1));
+    one.process(in, out);
     EXPECT_TRUE(same(out, smoothed(31, in)) && !same(out, in));
-    EXPECT_TRUE(filter.setGain(0));
-    filter.process(in, out);
+    EXPECT_TRUE(one.setGain(0));
+    one.process(in, out);
     EXPECT_TRUE(same(out, in));
     for (const int gain : {40, -1})
         EXPECT_TRUE(same(smoothed(gain, in), in)) << gain;
