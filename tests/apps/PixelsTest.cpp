@@ -89,7 +89,8 @@ TEST_F(Pixels, AreNotBelievedWhenTheyAreTooMany)
     });
     const ProgramRun find = call("pixels find f0.pgm --out map.pgm");
     EXPECT_THAT(find.errors, HasSubstr("15 of 240 pixels are flagged, most of them as dead"));
-    EXPECT_TRUE(find.code == 3 && folder.entries().size() == 1) << find.code;
+    EXPECT_EQ(find.code, 3);
+    EXPECT_EQ(folder.entries().size(), 1U);
     call("pixels find f0.pgm --out map.pgm --force");
     EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("map.pgm"))), 15);
 }

@@ -101,7 +101,8 @@ TEST_F(Program, TakesARawStreamFromStandardInput)
     write("stream", stream + "the beginning of a third frame");
     const ProgramRun run = shell("render - --raw 16x12 --out o < stream");
     EXPECT_THAT(run.errors, HasSubstr("cut off"));
-    EXPECT_TRUE(run.code == 0 && std::distance(std::filesystem::directory_iterator(path("o")), {}) == 2);
+    EXPECT_EQ(run.code, 0) << run.errors;
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("o")), {}), 2);
     // Low byte first: of the first frame the last pixel is the hottest.
     const cv::Mat_<cv::Vec3b> first = picture("o/frame_0000.png");
     EXPECT_GT(cv::sum(first(11, 15))[0], cv::sum(first(0, 0))[0] + 300);

@@ -60,11 +60,14 @@ TEST(Judgement, NoFilterThatFreezesBlursOrLagsPassesForAGoodOne)
     const Judgement before = judge(idle, frames, 5), freezing = judge(frozen, frames, 5),
                     blurring = judge(blurred, frames, 5), lagging = judge(late, frames, 5);
     EXPECT_TRUE(freezing.slow == 0 && freezing.unchanged == 1); // what it seems to be good at
-    EXPECT_TRUE(freezing.halves > 0.95 * before.halves && freezing.ghosting > 0.5);
+    EXPECT_GT(freezing.halves, 0.95 * before.halves);
+    EXPECT_GT(freezing.ghosting, 0.5);
     EXPECT_LT(std::max(freezing.contrast300, freezing.patch), 0.1);
 
     EXPECT_LT(blurring.slow, 0.4 * before.slow);
-    EXPECT_TRUE(blurring.edges < 0.7 && blurring.contrast30 < 0.9 && blurring.ghosting > 0.1);
+    EXPECT_LT(blurring.edges, 0.7);
+    EXPECT_LT(blurring.contrast30, 0.9);
+    EXPECT_GT(blurring.ghosting, 0.1);
 
     EXPECT_NEAR(lagging.ghosting, 1, 0.1);
     EXPECT_NEAR(lagging.contrast300, 7.0 / 8, 0.01); // a pixel of eight is not there yet

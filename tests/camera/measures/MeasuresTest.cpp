@@ -62,7 +62,9 @@ TEST_F(Measures, StripesOfColumnsAreNotThoseOfRows)
     const NoiseFigures figures = figuresOf([&](int, int y, int x) { return 9000 + 5 * y + steps(0, x); });
     // The average over nine columns holds a ninth of the column itself.
     EXPECT_NEAR(figures.columns, 30 * std::sqrt(8.0 / 9), 6);
-    EXPECT_TRUE(figures.rows < 1 && figures.pattern < 6 && figures.temporal == 0);
+    EXPECT_LT(figures.rows, 1);
+    EXPECT_LT(figures.pattern, 6);
+    EXPECT_EQ(figures.temporal, 0);
 }
 
 TEST_F(Measures, PatternIsWhatStaysPerPixel)

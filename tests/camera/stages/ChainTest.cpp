@@ -61,6 +61,8 @@ TEST(Chain, DownSizeKeepsTheOrderOfValues)
     Frame frame = wideFrame();
     chain.apply(frame);
     ASSERT_EQ(frame.size(), cv::Size(160, 120));
-    EXPECT_TRUE(frame(60, 10) == 32760 && frame(60, 100) == 32780 && frame(60, 150) == 65535);
+    EXPECT_EQ(frame(60, 10), 32760);
+    EXPECT_EQ(frame(60, 100), 32780);
+    EXPECT_EQ(frame(60, 150), 65535);
     EXPECT_THROW(chain.apply(frame), Exception);
 }
