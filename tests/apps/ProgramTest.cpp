@@ -28,6 +28,8 @@ TEST_F(Program, RefusesBadArgumentsInOneLine)
                     {"render run", "--out"},
                     {"render run --out o --range 300:200", "less than two values"},
                     {"render run --out o --palette Pink", "Rainbow"},
+                    {"render run --out o --rows 5:5", "has no row"},
+                    {"render run --out o --rows 6:5", "has no row"},
                     {"render run --out o --tone local --humidity 20:50", "--tone and --detail"},
                     {"render run --out o --settings none.ini", "none.ini"},
                     {"blobs run --out o.png", "--above"},

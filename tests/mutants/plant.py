@@ -16,6 +16,7 @@ import os
 import pathlib
 import re
 import resource
+import signal
 import subprocess
 import sys
 import time
@@ -24,6 +25,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 TREE = ROOT / "build" / "mutants" / "tree"
 SECONDS = 300  # for each program of tests: a fault may make them hang
 SEARCH = 60  # for a fuzz target
+HANGS = "was ended for the time it took"  # its own count: a slow machine may be the reason
 
 WITHOUT_FAULT = []  # tests that fail without one say nothing about others
 USED = {}  # the processor time that a program needs without a fault
@@ -144,8 +146,10 @@ def failures(preset, program, only, *options):
         result = run(str(path), "--gtest_brief=1", f"--gtest_filter={only}-{':'.join(WITHOUT_FAULT)}", *options,
                      cwd=path.parent, timeout=SECONDS, preexec_fn=limited(program))
     except subprocess.TimeoutExpired:
-        return [f"{program} hangs"]
+        return [f"{program} {HANGS}"]
     USED.setdefault(program, resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before)
+    if -result.returncode in (signal.SIGKILL, signal.SIGXCPU):
+        return [f"{program} {HANGS}"]
     names = dict.fromkeys(re.findall(r"\[  FAILED  \] ([^\s,(]+\.[^\s,(]+)", result.stdout))
     return list(names) or ([f"{program} ends with {result.returncode}"] if result.returncode != 0 else [])
 
@@ -186,7 +190,7 @@ def shown(fault):
 
 
 def plant(fault):
-    """What became of the fault: "killed", "survived", "does not build" or "not found"; and by what."""
+    """What became of the fault: "killed", "hangs", "survived", "does not build" or "not found"; and by what."""
     path = TREE / fault.path
     source = path.read_text() if path.exists() else ""
     changed = fault.planted(source)
@@ -199,7 +203,9 @@ def plant(fault):
         path.write_text(source)
     if built.returncode != 0:
         return "does not build", "\n".join(built.stdout.splitlines()[-15:])
-    return ("killed", failed[0]) if failed else ("survived", "")
+    if not failed:
+        return "survived", ""
+    return "hangs" if failed[0].endswith(HANGS) else "killed", failed[0]
 
 
 def main():
@@ -222,7 +228,7 @@ def main():
         ends.setdefault(end, []).append(fault)
         print(f"{number}/{len(chosen)} {end:8} {fault}" + (f"\n    {by}" if by else ""), flush=True)
     print(", ".join(f"{len(of)} {end}" for end, of in ends.items()))
-    sys.exit(set(ends) != {"killed"})
+    sys.exit(not set(ends) <= {"killed", "hangs"})
 
 
 if __name__ == "__main__":

@@ -88,6 +88,11 @@ TEST_F(Measures, DriftIsTheWayOfTheLevelAndTooFewFramesShowNone)
     NoiseMeter meter;
     meter.add(Frame::zeros(4, 4));
     EXPECT_TRUE(std::isnan(meter.figures().columns)); // no room for an average over nine
+    for (const int rows : {1, 2, 3}) {
+        NoiseMeter lines;
+        lines.add(Frame::zeros(rows, 80));
+        EXPECT_EQ(std::isnan(lines.figures().commonColumns), rows == 1) << rows; // which has no halves
+    }
     EXPECT_THROW(meter.add(Frame::zeros(4, 5)), Exception);
     EXPECT_THROW(NoiseMeter().add(Frame::zeros(4096, 4097)), Exception);
 }
