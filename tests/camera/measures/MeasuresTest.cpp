@@ -129,6 +129,8 @@ TEST(Statistics, QuantilesGoFromTheLeastValueToTheLargest)
 {
     for (const auto& [share, value] : {std::pair(0.0, 1), {0.5, 3}, {0.75, 4}, {1.0, 9}})
         EXPECT_EQ(quantileOf((cv::Mat_<double>(1, 5) << 9, 1, 4, 2, 3), share), value) << share;
+    EXPECT_EQ(medianOf((cv::Mat_<double>(1, 5) << 9, 1, 4, 2, 3)), 3);
+    EXPECT_EQ(medianOf((cv::Mat_<double>(1, 4) << 9, 1, 4, 2)), 3); // between two
 }
 
 } // namespace
