@@ -71,12 +71,12 @@ double signedRoot(double value)
     return std::copysign(std::sqrt(std::abs(value)), value);
 }
 
+/// Halves to even; conversions of matrices round them as the machine likes.
 Values rounded(const Values& values)
 {
-    Values whole;
-    cv::Mat_<int> numbers;
-    values.convertTo(numbers, CV_32S);
-    numbers.convertTo(whole, CV_64F);
+    Values whole(values.size());
+    std::transform(values.begin(), values.end(), whole.begin(),
+                   [](double value) { return std::nearbyint(value); });
     return whole;
 }
 
@@ -146,7 +146,10 @@ void NoiseMeter::add(const Frame& frame)
     const Values change = values - m_oFirst;
     m_oSteady.add(change - medianOf(change));
     m_oChanged |= change != 0;
-    m_oMean += (values - m_oMean) * std::max(dMeanGain, 1 / static_cast<double>(m_nFrames + 1));
+    const double gain = std::max(dMeanGain, 1 / static_cast<double>(m_nFrames + 1));
+    // Number by number: sums of matrices, too, are rounded as the machine likes.
+    std::transform(values.begin(), values.end(), m_oMean.begin(), m_oMean.begin(),
+                   [gain](double value, double mean) { return mean + (value - mean) * gain; });
     m_oMeanChanged |= rounded(m_oMean) != m_oFirst;
     m_dCommonColumns += stripesInCommon(values);
     m_dCommonRows += stripesInCommon(values.t());
