@@ -42,8 +42,8 @@ Frames scene(unsigned seed, int count = 40)
     Random random(seed);
     cv::Mat_<float> world(160, 190, 7000.0F);
     for (int n = 0; n < 40; ++n) {
-        const cv::Point corner(random.below(190), random.below(160));
-        const cv::Size size(1 + random.below(25), 1 + random.below(25));
+        const cv::Point corner{random.below(190), random.below(160)};
+        const cv::Size size{1 + random.below(25), 1 + random.below(25)};
         const float level = static_cast<float>(7000 + random(-100, 100));
         n % 2 == 0 ? cv::rectangle(world, {corner, size}, level, cv::FILLED)
                    : cv::ellipse(world, corner, size / 2, random(0, 180), 0, 360, level, cv::FILLED);
@@ -154,7 +154,9 @@ const std::vector<Kind> kinds = {
 };
 
 /// Spoils places that do not touch each other; 1 where a pixel is defective.
-cv::Mat_<unsigned char> plant(Frames& frames, const Kind& kind, unsigned seed, int places = 60)
+/// @param least  deviations of what is around a place
+cv::Mat_<unsigned char> plant(Frames& frames, const Kind& kind, unsigned seed, int places = 60,
+                              double least = 12)
 {
     const Frames before = frames;
     Random random(seed);
@@ -171,7 +173,7 @@ cv::Mat_<unsigned char> plant(Frames& frames, const Kind& kind, unsigned seed, i
             continue;
         ++planted;
         const double sign = random.coin() ? 1 : -1;
-        const double size = sign * random(12, 30) *
+        const double size = sign * random(least, 30) *
                             deviationAt(before, place.tl() + cv::Point(place.width / 2, place.width / 2));
         for (int y = place.y; y < place.br().y; ++y)
             for (int x = place.x; x < place.br().x; ++x) {
@@ -218,30 +220,6 @@ TEST_P(PixelSearchFor, FindsWhatWasPlantedAndNothingElse)
 INSTANTIATE_TEST_SUITE_P(Kinds, PixelSearchFor, testing::ValuesIn(kinds),
                          [](const auto& kind) { return kind.param.name; });
 
-TEST(PixelSearch, FindsWeakPixelsInTheCorners)
-{
-    int found = 0, planted = 0;
-    for (unsigned seed = 1; seed <= 4; ++seed) {
-        Frames frames = scene(seed);
-        const Frame first = frames[0].clone();
-        for (const cv::Point& corner : {cv::Point(0, 0), {127, 0}, {0, 95}, {127, 95}})
-            if (spreadInTime(frames, corner) >= 16) {
-                ++planted;
-                for (Frame& frame : frames)
-                    frame(corner) = clip(0.8 * first(corner) + 0.2 * frame(corner));
-            }
-        found += cv::countNonZero(search(frames).faults & Weak);
-    }
-    EXPECT_GE(found, planted / 3); // eight neighbours know less than 24
-}
-
-int oddOf(const cv::Mat_<float>& plane, cv::Mat_<unsigned char> bad)
-{
-    int pixels = 0;
-    OddSpots(plane, bad, {7, 1, 0.3F, 1, 1}).find([&](cv::Point, float) { ++pixels; });
-    return pixels;
-}
-
 TEST(OddSpots, AreNotTheBrightPlacesOfALine)
 {
     const auto found = [](float line, cv::Point step) {
@@ -249,23 +227,15 @@ TEST(OddSpots, AreNotTheBrightPlacesOfALine)
         for (int k = -20; k <= 20; ++k)
             plane(20 + k * step.y, 20 + k * step.x) = line;
         plane(20, 20) = 70;
-        return oddOf(plane, cv::Mat::zeros(plane.size(), CV_8U));
+        cv::Mat_<unsigned char> bad(plane.size(), static_cast<unsigned char>(0));
+        int pixels = 0;
+        OddSpots(plane, bad, {7, 1, 0.3F, 1, 1}).find([&](cv::Point, float) { ++pixels; });
+        return pixels;
     };
     for (const cv::Point& step : {cv::Point(1, 0), {0, 1}, {1, 1}, {-1, 1}}) {
         EXPECT_EQ(found(0, step), 1);
         EXPECT_EQ(found(30, step), 0) << step;
     }
-}
-
-TEST(OddSpots, NeedFiveGoodPixelsAroundThem)
-{
-    cv::Mat_<float> plane(12, 12, 0.0F);
-    cv::Mat_<unsigned char> bad(12, 12, static_cast<unsigned char>(0));
-    plane(0, 0) = 70; // in the corner it has eight
-    bad(cv::Rect(0, 2, 3, 1)) = 1;
-    EXPECT_EQ(oddOf(plane, bad.clone()), 1);
-    bad(1, 2) = 1;
-    EXPECT_EQ(oddOf(plane, bad), 0);
 }
 
 TEST(PixelSearch, FindsNothingInScenesWithoutDefects)
@@ -332,29 +302,59 @@ TEST(PixelSearch, TakesABlindColumnForDeadButNotALampThatSaturates)
     EXPECT_EQ(findings.count(), 96U);
 }
 
+/// A small recording with much that is just so or just not so: few frames and pixels, lamps with rims and
+/// without, lines that are off in part, faint defects.
+Frames motley(unsigned seed)
+{
+    Random random(seed);
+    const cv::Size size{7 + random.below(50), 7 + random.below(40)};
+    const int count =
+        std::array{1, 2, 3, 4, 5, 9, 14, 15, 16, 36}[static_cast<std::size_t>(random.below(10))];
+    const int side = 20 + random.below(60), contrast = random.below(5), noise = random.below(9),
+              right = random.below(40), down = random.below(40), level = 200 + 1600 * random.below(10),
+              sway = random.coin() ? random.below(60) : 0;
+    Frames frames;
+    for (int n = 0; n < count; ++n)
+        frames.push_back(matrixOf<unsigned short>(size, [&](int y, int x) {
+            const int u = 4096 + 16 * x + right * (n % 9), v = 4096 + 16 * y + down * (n % 7);
+            return level + textureAt(u, v, side) * contrast + noiseOf(n, y, x) * noise / 74 +
+                   noiseOf(0, 0, x) / 37 + sway * (n % 6);
+        }));
+    for (int lamps = random.below(3); lamps > 0; --lamps) {
+        const cv::Point at{random.below(size.width), random.below(size.height)};
+        const int radius = random.below(4), rim = random.below(6), top = random.coin() ? 16383 : 0;
+        for (Frame& frame : frames)
+            for (int y = 0; y < size.height; ++y)
+                for (int x = 0; x < size.width; ++x)
+                    if (const int far = std::max(std::abs(x - at.x), std::abs(y - at.y)); far <= radius)
+                        frame(y, x) = static_cast<unsigned short>(top);
+                    else if (far == radius + 1)
+                        frame(y, x) =
+                            static_cast<unsigned short>(frame(y, x) + (top - frame(y, x)) * rim / 20);
+    }
+    for (Kind kind : kinds) {
+        kind.expected = 0;
+        const int places = random.below(4);
+        plant(frames, kind, seed, places, random(1, 12));
+    }
+    for (int lines = random.below(4); lines > 0; --lines) {
+        const cv::Rect all({}, size);
+        const cv::Rect line = random.coin()
+                                  ? cv::Rect{random.below(size.width), random.below(6), 1, size.height}
+                                  : cv::Rect{random.below(6), random.below(size.height), size.width, 1};
+        const int off = random.below(100) - 50;
+        for (Frame& frame : frames)
+            frame(line & all) += off;
+    }
+    return frames;
+}
+
 TEST(PixelSearch, SaysTheSameWhateverCompilesAndRunsIt)
 {
-    std::vector<unsigned> hashes;
-    for (const int count : {1, 4, 40}) {
-        Frames frames;
-        for (int n = 0; n < count; ++n)
-            frames.push_back(matrixOf<unsigned short>({128, 96}, [&](int y, int x) {
-                const int u = 4096 + 16 * x + 40 * (n % 9), v = 4096 + 16 * y + 24 * (n % 7);
-                const int away = std::max(std::abs(x % 11 - 5), std::abs(y % 11 - 5)),
-                          spot = x / 11 + y / 11 * 11;
-                return 7000 + textureAt(u, v, 60) * (1 + x / 32) + noiseOf(n, y, x) / 18 +
-                       noiseOf(0, 0, x) / 37 +
-                       (away == 0   ? 300
-                        : away == 1 ? spot * 3 / 2
-                                    : 0);
-            }));
-        for (const Kind& kind : kinds)
-            plant(frames, kind, 3, kind.expected == Weak && count < 40 ? 0 : 15);
-        for (Frame& frame : frames)
-            frame.row(70) += 25;
-        hashes.push_back(hashOf(search(frames).list()));
-    }
-    EXPECT_EQ(hashes, (std::vector<unsigned>{1320006031, 3328095447, 4291183692}));
+    unsigned hash = 0;
+    for (unsigned seed = 0; seed < 300; ++seed)
+        hash = hashOf(search(motley(seed)).list(), hash);
+    EXPECT_EQ(hash, 1232557743U);
 }
 
 TEST(PixelSearch, TakesTheShutterOff)
