@@ -80,14 +80,3 @@ TEST(Legend, PutsLabelsBesideTheirValues)
     whole = withLegend(Picture(120, 20, cv::Vec3b(1, 2, 3)), marked, {1000, 2000}, Thermometer());
     EXPECT_GE(rowOf(whole, "above 1500"), 0);
 }
-
-TEST(Legend, FitsAnyPicture)
-{
-    Colouring colouring = with("Ironbow");
-    for (const cv::Size size : {cv::Size(1, 1), cv::Size(3, 9), cv::Size(640, 512)}) {
-        const Picture picture(size, cv::Vec3b(1, 2, 3));
-        const Picture whole = withLegend(picture, colouring, {0, 65535}, centikelvin);
-        ASSERT_TRUE(whole.rows == size.height && whole.cols > size.width) << size;
-        EXPECT_TRUE(same(whole(cv::Rect({}, size)), picture)) << size;
-    }
-}

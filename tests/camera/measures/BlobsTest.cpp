@@ -1,11 +1,8 @@
 #include "camera/measures/Blobs.h"
 
-#include "camera/drawing/Text.h"
 #include "camera/measures/BlobPicture.h"
 #include "camera/measures/BlobTracker.h"
 #include "tests/camera/Support.h"
-
-#include <opencv2/imgproc.hpp>
 
 namespace {
 
@@ -138,36 +135,4 @@ TEST(BlobPicture, MarksBlobsAndLeavesTheRestAlone)
     EXPECT_EQ(axes(11, 16), axes(10, 10)); // both halves of the long one, as bright as the outline
     EXPECT_EQ(axes(11, 12), axes(10, 10));
     EXPECT_THROW(withBlobs(Picture(28, 60), blobs, tracker, 1), velmo::exp::Exception); // one row short
-}
-
-TEST(BlobPicture, DrawsThePathFromMiddleToMiddleAndTheNumberWhereThereIsRoom)
-{
-    const Picture before(40, 60, cv::Vec3b(100, 100, 100));
-    BlobTracker tracker;
-    std::vector<Blob> blobs;
-    for (int step = 0; step < 10; ++step) {
-        blobs = blobsOf({{20 + 3 * std::max(0, step - 4), 6 + 3 * std::min(step, 4), 5, 5}});
-        tracker.label(blobs);
-    }
-    // In the middles of squares of three pixels, and about as much on both sides.
-    const Picture path = withBlobs(before, blobs, tracker, 3);
-    const cv::Point down(67, 40), along(90, 61);
-    EXPECT_NE(path(down), before(0, 0));
-    EXPECT_NE(path(along), before(0, 0));
-    EXPECT_NEAR(path(down + cv::Point(1, 0))[1], path(down - cv::Point(1, 0))[1], 5);
-    EXPECT_NEAR(path(along + cv::Point(0, 1))[1], path(along - cv::Point(0, 1))[1], 5);
-
-    // Above the pixel, or below, or as far to the right as there is room; with a shadow around it.
-    for (const auto& [pixel, number] : {std::pair(cv::Point(20, 20), cv::Point(180, 168)),
-                                        {{20, 1}, {180, 21}},
-                                        {{59, 20}, {540 - textWidth("1"), 168}}}) {
-        tracker = BlobTracker();
-        blobs = blobsOf({{pixel, cv::Size(1, 1)}});
-        tracker.label(blobs);
-        const Picture after = withBlobs(before, blobs, tracker, 9);
-        cv::Mat_<unsigned char> changed =
-            matrixOf<unsigned char>(after.size(), [&](int y, int x) { return after(y, x) != before(0, 0); });
-        changed(cv::Rect(pixel * 9, cv::Size(9, 9))) = 0;
-        EXPECT_EQ(cv::boundingRect(changed), cv::Rect(number.x + 2, number.y, 5, 11)) << pixel;
-    }
 }

@@ -1,6 +1,5 @@
 #include "camera/drawing/Ticks.h"
 
-#include "camera/measures/Course.h"
 #include "camera/measures/ShapePicture.h"
 #include "tests/camera/Support.h"
 
@@ -158,27 +157,6 @@ const auto colourful = [](const Picture& part) {
         count += std::max({pixel[0], pixel[1], pixel[2]}) - std::min({pixel[0], pixel[1], pixel[2]}) > 60;
     return count;
 };
-
-TEST(Course, DrawsRisingMeansAsARisingCurve)
-{
-    ShapeMeter meter = meterOf("centikelvin", {{Kind::Spot, "0,0"}});
-    Course course;
-    for (int i = 0; i < 20; ++i) {
-        meter.measure(Frame(1, 1, static_cast<unsigned short>(29000 + 50 * i)));
-        course.add(meter);
-    }
-    const Picture plot = course.draw(meter, 9.0);
-    const auto curve = [&](double x) { // its mean height in a narrow band
-        const Picture band = plot.colRange(cvRound(x * plot.cols), cvRound(x * plot.cols) + 4);
-        double sum = 0;
-        for (int r = 0; r < band.rows; ++r)
-            sum += r * colourful(band.row(r));
-        return sum / colourful(band);
-    };
-    const double left = curve(0.2), middle = curve(0.5), right = curve(0.8);
-    EXPECT_GT(middle, right + 50);
-    EXPECT_NEAR(left - middle, middle - right, 3); // straight
-}
 
 TEST(ShapePicture, MarksShapesWhereTheyAre)
 {
