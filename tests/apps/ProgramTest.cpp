@@ -161,13 +161,6 @@ TEST_F(Program, ListsDrawsAndKeepsPalettes)
     EXPECT_EQ(picture("two.png")(0, 0), cv::Vec3b(255, 128, 0));
 }
 
-TEST_F(Program, ShowsWhatEachStageDoes)
-{
-    EXPECT_THAT(said("demo --out demo --json"), HasSubstr("\"us_per_frame\": "));
-    EXPECT_GT(picture("demo/contact-sheet.png").cols, 2 * 240);
-    EXPECT_THAT(folder.entries(), ElementsAre("demo"));
-}
-
 TEST_F(Program, MakesThePicturesOfThePageAboutBadPixels)
 {
     const std::string page = contentOf(PAGES "/bad-pixels.md");

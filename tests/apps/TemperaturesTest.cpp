@@ -110,21 +110,6 @@ TEST_F(Temperatures, OfShapesAreMeasuredInTheOrderInWhichTheyAreTyped)
                       HasSubstr("\"to_fahrenheit\": 86, \"pixels\": 64}")));
 }
 
-TEST_F(Temperatures, GoIntoPlotsTablesAndOverlays)
-{
-    Frame dark(30, 40, static_cast<unsigned short>(7)); // Planck's form has no temperature for it
-    dark(0, 1) = 17917;
-    write("dark.png", dark);
-    call("measure dark.png plate.png --unit planck:21106.77,1501,1,-7340,0.012545 --spot 12,6 --plot p.png "
-         "--csv-frames tables --overlay marked --scale 4 --legend --fps 5");
-    EXPECT_THAT(bytes("tables/frame_0000.csv"), StartsWith("below,22.5779,below,"));
-    EXPECT_EQ(stored("p.png").cols, 900);
-    const cv::Mat marked = stored("marked/frame_0001.png");
-    EXPECT_EQ(marked.rows, 120);
-    said("render plate.png --celsius --scale 4 --out bare.png");
-    EXPECT_FALSE(same(marked.colRange(0, 160), stored("bare.png")));
-}
-
 TEST_F(Temperatures, ThatCannotBeAreRefusedInOneLineThatNamesTheLimit)
 {
     write("s.ini", "[temperature]\ndistance = 5\n");

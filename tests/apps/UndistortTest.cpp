@@ -1,26 +1,6 @@
 #include "tests/apps/ProgramFixture.h"
 
-#include "camera/lens/LensMap.h"
-
-using namespace velmo::camera;
-
 using Undistort = ProgramFixture;
-
-TEST_F(Undistort, MovesThePixelsOfEveryFrame)
-{
-    Frame frame(72, 96);
-    cv::randu(frame, 0, 65536);
-    write("in/0.png", frame);
-    write("in/1.png", Frame(frame.t()).reshape(1, 72));
-    said("undistort --make -0.3,0.05,60,60,47.5,35.5 --size 96x72 --out lens.pam");
-    said("undistort in --map lens.pam --out straight");
-    const velmo::vision::DistortionCorrection lens(path("lens.pam"), 72, 96);
-    for (const std::string n : {"0", "1"}) {
-        const Frame in = stored("in/" + n + ".png");
-        const Frame out = stored("straight/frame_000" + n + ".png");
-        EXPECT_TRUE(same(out, undistorted(in, lens)) && !same(out, in));
-    }
-}
 
 TEST_F(Undistort, SaysWhatIsWrongInOneLineAndLeavesNothing)
 {
