@@ -133,7 +133,8 @@ void Detail::decide(double noise, double edge)
         for (int x = 0; x < m_oMeans.cols; ++x) {
             const float mean = m_oSlopesHere[y][x];
             const float variance = std::max(0.0F, m_oOffsetsHere[y][x] - mean * mean);
-            const float keeps = variance / (variance + ofEdges); // 1 where there is an edge
+            // 1 where there is an edge; a flat frame may have a range without one.
+            const float keeps = variance > 0 ? variance / (variance + ofEdges) : 0;
             const float fine = m_oSquares[y][x];
             const float gain = fine > 0 ? more * std::max(0.0F, 1 - fByChance * ofNoise / fine) : 0;
             // base = keeps v + (1 - keeps) mean; gain times what it leaves of v.

@@ -102,6 +102,9 @@ TEST(Detail, AmplifiesWhatStandsOutOfTheNoiseAndNothingElse)
     const Frame bare = slope(20000, 4, 0);
     Detail(4).apply(bare, 0, edge, out);
     EXPECT_TRUE(same(out, bare)); // a slope is no detail
+    const Frame even(9, 5, static_cast<unsigned short>(700));
+    Detail(4).apply(even, 1, 0, out);
+    EXPECT_TRUE(same(out, even)); // nor is nothing at all
     // Blocks that are cut off below are like those to the right.
     Frame cut = frame(cv::Rect(0, 40, 29, 41)).clone(), turned;
     Detail(4).apply(cut, noise, edge, out);
