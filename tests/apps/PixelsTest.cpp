@@ -95,24 +95,6 @@ TEST_F(Pixels, AreNotBelievedWhenTheyAreTooMany)
     EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("map.pgm"))), 15);
 }
 
-TEST_F(Pixels, ComeInMapsMasksAndListsOfManyKinds)
-{
-    cv::Mat_<unsigned char> mask(12, 20, static_cast<unsigned char>(0));
-    mask(4, 5) = 255;
-    cv::imwrite(path("mask.png"), mask);
-    write("list.csv", std::string("x,y\n19,11\n5,4\n0,0\n"));
-    for (const std::string name : {"all.pgm", "all.png", "all.npy", "all.csv"}) {
-        said("pixels merge list.csv mask.png --out " + name);
-        EXPECT_THAT(
-            said("pixels diff mask.png " + name + " --out diff.png --csv"),
-            AllOf(HasSubstr("new,2\ngone,0\nin both,1\n"), HasSubstr("0,0,new,spread\n19,11,new,spread")));
-    }
-    EXPECT_EQ(bytes("all.csv"), "x,y,flags,reasons\n0,0,64,spread\n5,4,64,spread\n19,11,64,spread\n");
-    EXPECT_EQ(cv::countNonZero(velmo::recordings::readPixelMap(path("all.pgm"))), 3);
-    expectRefusals({{"pixels merge list.csv --out l.pgm", "--size"},
-                    {"pixels merge list.csv --size 19x12 --out l.pgm", "line 2"}});
-}
-
 TEST_F(Pixels, InTheMidstOfAClusterAreReplacedFromFurtherAway)
 {
     PixelMap map(15, 15, 0);
@@ -136,6 +118,7 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
 {
     writeFrames("f", 1, 10000, [](Frame& frame, int) { frame(0, 0) = 40000; });
     velmo::recordings::writePixelMap({path("bad.pgm"), "bad.pgm"}, PixelMap(3, 3, 64));
+    write("list.csv", std::string("x,y\n19,11\n5,4\n"));
     expectRefusals({{"pixels", "subcommand"},
                     {"pixels detect f0.pgm --out map.pgm", "say how"},
                     {"pixels detect --spread 1 --out map.pgm", "INPUT"},
@@ -143,6 +126,8 @@ TEST_F(Pixels, RefuseWhatIsWrongInOneLine)
                     {"pixels detect f0.pgm --monotony --rows-columns 5 --out map.pgm", "--rows-columns"},
                     {"pixels detect --netd f0.pgm cold f0.pgm 30 --out map.pgm", "cold"},
                     {"pixels detect --netd f0.pgm 20 30 --out map.pgm", "--netd"},
+                    {"pixels merge list.csv --out l.pgm", "--size"},
+                    {"pixels merge list.csv --size 19x12 --out l.pgm", "line 2"},
                     {"pixels records bad.pgm --radius 3 --out r.pgm", "without a good pixel"}});
     said("pixels detect f0.pgm --spread 1 --offset 9000 --out map.pgm");
 }

@@ -146,21 +146,6 @@ TEST_F(Program, SaysThatASingleFrameHasOnlyItsOwnNeighboursToBeSmoothedBy)
     said("clean run/run_0.png --out o.pgm");
 }
 
-TEST_F(Program, ListsDrawsAndKeepsPalettes)
-{
-    const std::string list = shell("palettes --csv --out sheet.png").output; // those of no other test
-    EXPECT_THAT(list, HasSubstr("Ironbow,120,#000000,#FFFFF9\n"));
-    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 1 + 12);
-    EXPECT_FALSE(picture("sheet.png").empty());
-    write("two.csv", "0,128,255\n10,20,30\n");
-    said("palettes import two.csv --name Two --out two.xml");
-    said("palettes export two --file two.xml --out again.xml");
-    EXPECT_THAT(said("palettes --csv --file again.xml"), HasSubstr("\ntwo,2,#0080FF,#0A141E\n"));
-    write("dark.png", Frame(2, 2, static_cast<unsigned short>(0)));
-    said("render dark.png --range 0:100 --palette-file two.xml --out two.png"); // its first palette
-    EXPECT_EQ(picture("two.png")(0, 0), cv::Vec3b(255, 128, 0));
-}
-
 TEST_F(Program, MakesThePicturesOfThePageAboutBadPixels)
 {
     const std::string page = contentOf(PAGES "/bad-pixels.md");

@@ -30,6 +30,7 @@ struct Transcript : ProgramFixture
         write("p.lut", bytes);
         write("p.gpl",
               "GIMP Palette\nName: Three\nColumns: 3\n#\n  0  10 200\tone\n 90  80  70\ttwo\n250 5 0\n");
+        write("p.csv", "0,128,255\n10,20,30\n");
         write("p.pal", "JASC-PAL\r\n0100\r\n2\r\n1 2 3\r\n200 100 50\r\n");
         write("colours.ppm", "P6\n16 8\n255\n" + bytes.substr(0, 3 * 16 * 8));
         write("list.csv", "x,y\n3,4\n63,47\n10,0\n");
@@ -132,6 +133,8 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
         {"palettes import p.lut --name Lut --out lut.xml", 1874721329},
         {"palettes import p.gpl --name Gpl --out gpl.xml", 1342661444},
         {"palettes import p.pal --name Pal --out pal.xml", 2650958894},
+        {"palettes import p.csv --name Csv --out csv.xml", 126569578},
+        {"palettes --csv --file csv.xml", 736428748},
         {"palettes export ironbow --out ironbow.xml", 889215899},
         {"render in/00.png --palette-file gpl.xml --out gpl.png", 1945716355},
         {"demo --json --out demo --record demo.npy", 72124001},

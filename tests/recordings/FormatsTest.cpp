@@ -122,9 +122,10 @@ TEST_F(Formats, ReadEveryPageOfATiffAndNoThumbnail)
 }
 
 /// A NumPy file: the dictionary as some program wrote it, and the values.
-const auto npy = [](const std::string& dictionary, const std::string& values) {
-    const std::string text = dictionary + "\n";
-    return std::string("\x93NUMPY\x01\0", 8) + static_cast<char>(text.size()) + '\0' + text + values;
+const auto npy = [](const std::string& dictionary, const std::string& values, char version = 1) {
+    const std::string length{static_cast<char>(dictionary.size()), '\0', '\0', '\0'};
+    return std::string("\x93NUMPY") + version + '\0' + length.substr(0, version == 1 ? 2 : 4) + dictionary +
+           values;
 };
 
 TEST_F(Formats, ReadNumPyArraysOfOtherPrograms)
@@ -141,10 +142,11 @@ TEST_F(Formats, ReadNumPyArraysOfOtherPrograms)
          {(Frame(1, 1) << 65535)}},
         {"{'descr': '<u2', 'fortran_order': False, 'shape': (0, 4, 4)}", "", {}},
     };
-    for (const auto& [dictionary, values, frames] : arrays) {
-        put("a.npy", npy(dictionary, values));
-        expectEqual(read("a.npy"), frames, dictionary);
-    }
+    for (const auto& [dictionary, values, frames] : arrays)
+        for (const char version : {1, 2}) { // lengths of headers of two bytes and of four
+            put("a.npy", npy(dictionary, values, version));
+            expectEqual(read("a.npy"), frames, dictionary);
+        }
 }
 
 TEST_F(Formats, OfDegreesBecomeCountsOfOneScale)
