@@ -46,7 +46,8 @@ struct Transcript : ProgramFixture
     }
 
     /// Of what a command says and of the files that it writes; of a PNG the pixels, of a film nothing.
-    unsigned hashOfCall(const std::string& arguments) const
+    /// @param said  the beginning of what it says
+    unsigned hashOfCall(const std::string& arguments, std::string& said) const
     {
         const auto before = files();
         const bool lists = arguments.compare(0, 8, "palettes") == 0; // also those that other tests have read
@@ -55,6 +56,7 @@ struct Transcript : ProgramFixture
             run.output.erase(std::remove_if(run.output.begin(), run.output.end(),
                                             [](char c) { return std::strchr("0123456789.", c) != nullptr; }),
                              run.output.end());
+        said = (run.output + run.errors).substr(0, 2000);
         unsigned hash = hashOf(run.output + run.errors, static_cast<unsigned>(run.code));
         for (const auto& [name, content] : files())
             if (const auto was = before.find(name); was == before.end() || was->second != content) {
@@ -141,6 +143,9 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
         {"settings --palette Sepia --denoise", 3004697670},
         {"settings --legend --above 3 --tone local", 768470846},
     };
-    for (const auto& [arguments, expected] : rows)
-        EXPECT_EQ(hashOfCall(arguments), expected) << arguments;
+    for (const auto& [arguments, expected] : rows) {
+        std::string said;
+        const unsigned hash = hashOfCall(arguments, said);
+        EXPECT_EQ(hash, expected) << arguments << '\n' << said;
+    }
 }
