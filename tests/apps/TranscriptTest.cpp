@@ -1,6 +1,8 @@
 #include "tests/Hashes.h"
 #include "tests/apps/ProgramFixture.h"
 
+#include <regex>
+
 struct Transcript : ProgramFixture
 {
     /// Forty frames of hundredths of a kelvin: warm things in noise and stripes, one of which moves, and bad
@@ -52,10 +54,9 @@ struct Transcript : ProgramFixture
         const auto before = files();
         const bool lists = arguments.compare(0, 8, "palettes") == 0; // also those that other tests have read
         ProgramRun run = lists ? shell(arguments) : call(arguments);
-        if (arguments.compare(0, 4, "demo") == 0) // says how long it takes
-            run.output.erase(std::remove_if(run.output.begin(), run.output.end(),
-                                            [](char c) { return std::strchr("0123456789.", c) != nullptr; }),
-                             run.output.end());
+        // Not how long it takes, nor digits that machines may round otherwise.
+        run.output =
+            std::regex_replace(run.output, std::regex("us_per_frame\": [^,}]*|(\\.\\d\\d\\d)\\d+"), "$1");
         said = (run.output + run.errors).substr(0, 2000);
         unsigned hash = hashOf(run.output + run.errors, static_cast<unsigned>(run.code));
         for (const auto& [name, content] : files())
@@ -75,9 +76,9 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
     writeInputs();
     const std::pair<const char*, unsigned> rows[] = {
         {"noise in", 3153727240},
-        {"noise in/0*.png --skip 3 --json --celsius", 1885927619},
+        {"noise in/0*.png --skip 3 --json --celsius", 2886066230},
         {"noise in --compare --out both.png", 952367851},
-        {"noise in --compare --temporal 8:1800 --spatial 4 --csv --unit kelvin/64", 385426328},
+        {"noise in --compare --temporal 8:1800 --spatial 4 --csv --unit kelvin/64", 2063397952},
         {"render in --out r --range lock --legend --palette Rainbow --tone plateau --scale 2", 3523256672},
         {"render in/03.png --out one.png --celsius --region 22:23:00FF00 --isotherm above:28:FF0000 --legend "
          "--scale 6",
@@ -91,10 +92,10 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
          "--delta box1-spot2 --plot plot.png --overlay over --scale 5 --histogram 9",
          832006517},
         {"measure in/1?.png --celsius --degrees F --csv --whole --csv-frames frames --emissivity 0.8",
-         3390804383},
+         1668939611},
         {"measure in --unit kelvin/64 --degrees K --json --histogram 3 --spot 0,0 --spot 9,9:1 --delta "
          "spot1-spot2",
-         1808162075},
+         3848815564},
         {"measure in/0?.png --unit planck:21106,1501,1,-7340,0.0125 --plot p.png --overlay low --legend "
          "--csv-frames tables",
          2760849017},
@@ -106,13 +107,13 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
         {"clean in --out all.mkv --flat missing.npy", 1241708878},
         {"clean in --out all.mkv --bad-pixels auto --unit decikelvin", 43977356},
         {"clean all.mkv --out back.tiff", 776110374},
-        {"measure all.tiff --csv --box 0,0,9,9", 1243978602},
+        {"measure all.tiff --csv --box 0,0,9,9", 1308712802},
         {"pixels find in --out map.pgm", 2394059781},
         {"pixels find in/00.png --shutter shutter --out shut.pgm --json --force", 1667972473},
         {"pixels detect in --spread 2 --monotony --out seen.pgm --force", 1257457735},
         {"pixels detect --netd shutter/[01]?.pgm 16 shutter/*.pgm 20 --netd-tolerance 0.1:0.2:0.3 --out "
          "netd.pgm",
-         1770873968},
+         2188949998},
         {"pixels merge map.pgm list.csv --out merged.png", 126430802},
         {"pixels merge list.csv --size 64x48 --out merged.npy", 4191168439},
         {"pixels merge p.act map.pgm --out merged.csv", 3735913440},
@@ -121,7 +122,7 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
         {"pixels records merged.png --out records.pgm", 3240043999},
         {"pixels show records.pgm", 2746863662},
         {"flat learn shutter/[01]?.pgm --out flat.npy", 1504258806},
-        {"flat learn shutter/[01]?.pgm --other shutter/*.pgm --out two.npy --csv", 3748152191},
+        {"flat learn shutter/[01]?.pgm --other shutter/*.pgm --out two.npy --csv", 1598697683},
         {"clean in/05.png --flat flat.npy --bad-pixels records.pgm --out flat.pgm", 403011809},
         {"undistort --make -0.2,0.02,50,50,31,23 --size 64x48 --out lens.pam", 3090010457},
         {"undistort in --map lens.pam --out straight.npy", 1511677352},
@@ -139,7 +140,7 @@ TEST_F(Transcript, IsTheSameWhateverCompilesAndRunsIt)
         {"palettes --csv --file csv.xml", 736428748},
         {"palettes export ironbow --out ironbow.xml", 889215899},
         {"render in/00.png --palette-file gpl.xml --out gpl.png", 1945716355},
-        {"demo --json --out demo --record demo.npy", 72124001},
+        {"demo --json --out demo --record demo.npy", 1654733174},
         {"settings --palette Sepia --denoise", 3004697670},
         {"settings --legend --above 3 --tone local", 768470846},
     };
